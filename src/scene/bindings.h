@@ -1,0 +1,23 @@
+// What the tree calls in the render extension, which defines it.
+#ifndef SCENE_BINDINGS_H
+#define SCENE_BINDINGS_H
+
+#include "scene/group.h"
+
+// Enters a group into the control's map of groups under its name; a nameless group is left out.
+void group_store(const char* key, group* g, render_context* context);
+
+// Node operation: resets the transform and the deformers from the file's values, or to neutral ones,
+// as the control is set up to, then configures the children.
+void group_config(void* node, render_context* context);
+
+// Writes a line when `level` is at most the plug-in's diagnostic level, past the host's own filter.
+void model3d_diag_log(app_record* app, int32_t level, const char* format, ...) KORA_PRINTF(3, 4);
+
+// Whether model3d_diag_log would write: lets loops skip whole runs of lines.
+bool model3d_diag_enabled(int32_t level);
+
+// Does nothing: a place to look at matrices from.
+void model3d_diag_log_matrix(app_record* app, int32_t level, const char* title, const float m[16]);
+
+#endif
