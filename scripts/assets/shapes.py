@@ -60,6 +60,30 @@ def rounded(points, radius=0.0, closed=False, steps=4):
     return out
 
 
+def soft(points, crease_deg=35.0, closed=True):
+    """Gives a polyline the normals of the curve it follows; turns beyond the crease stay sharp."""
+    n, out = len(points), []
+
+    def way(a, b):
+        d = math.hypot(b[0] - a[0], b[1] - a[1])
+        return (b[0] - a[0]) / d, (b[1] - a[1]) / d
+
+    for i, (x, y) in enumerate(points):
+        into = way(points[i - 1], (x, y)) if closed or i > 0 else None
+        onto = way((x, y), points[(i + 1) % n]) if closed or i < n - 1 else into
+        into = into or onto
+        turn = math.degrees(math.atan2(into[0] * onto[1] - into[1] * onto[0], into[0] * onto[0] + into[1] * onto[1]))
+        if abs(turn) > crease_deg:
+            out += [(x, y, into[1], -into[0]), (x, y, onto[1], -onto[0])]
+        else:
+            nx, ny = into[1] + onto[1], -into[0] - onto[0]
+            d = math.hypot(nx, ny)
+            out.append((x, y, nx / d, ny / d))
+    if closed:
+        out.append(out[0])
+    return out
+
+
 def lathe(model, material, outline, segments=64, frame=Frame(), start=0.0, sweep=360.0, uv=None):
     """Turns an outline of (r, h, nr, nh) about the frame's z axis; h runs along z.
 
@@ -114,6 +138,17 @@ def fan(points):
     return out
 
 
+def mitres(outline):
+    """The way inwards at each point, for one unit of inset: at a sharp corner it is the mitre."""
+    inward = [(-nx, -ny) for _, _, nx, ny in outline]
+    for i, (a, b) in enumerate(zip(outline, outline[1:])):
+        if math.hypot(a[0] - b[0], a[1] - b[1]) < 1e-9:
+            k = -1 / (1 + a[2] * b[2] + a[3] * b[3])
+            inward[i] = inward[i + 1] = ((a[2] + b[2]) * k, (a[3] + b[3]) * k)
+    inward[-1] = inward[0]
+    return inward
+
+
 def extrude(model, material, outline, low, high, frame=Frame(), bevel=0.0, side_material=None, steps=3, uv=None):
     """A plate: a closed, counter-clockwise outline of `rounded` between two heights along z.
 
@@ -131,16 +166,20 @@ def extrude(model, material, outline, low, high, frame=Frame(), bevel=0.0, side_
         levels += [(i, low + high - z, s, -c) for i, z, s, c in reversed(levels)]
     else:
         levels = [(0, low, 1, 0), (0, high, 1, 0)]
+    inward = mitres(outline)
     rows = []
     for inset, z, side, axis in levels:
         rows.append(
-            [sample(x - nx * inset, y - ny * inset, z, (nx * side, ny * side, axis)) for x, y, nx, ny in outline]
+            [
+                sample(x + ix * inset, y + iy * inset, z, (nx * side, ny * side, axis))
+                for (x, y, nx, ny), (ix, iy) in zip(outline, inward)
+            ]
         )
     model.grid(side_material or material, rows)
     inset = levels[0][0]
     rim = []
-    for x, y, nx, ny in outline[:-1]:
-        p = (x - nx * inset, y - ny * inset)
+    for (x, y, _, _), (ix, iy) in zip(outline[:-1], inward):
+        p = (x + ix * inset, y + iy * inset)
         if not rim or math.hypot(p[0] - rim[-1][0], p[1] - rim[-1][1]) > 1e-6:
             rim.append(p)
     if math.hypot(rim[0][0] - rim[-1][0], rim[0][1] - rim[-1][1]) < 1e-6:
