@@ -1,0 +1,40 @@
+// What the frame sends to the programs mesh by mesh and light by light.
+#ifndef REXT_SHADING_H
+#define REXT_SHADING_H
+
+#include "rext/state.h"
+
+// Draw callback: picks the program by material and shading model, binds it and sends what changes from
+// segment to segment. `user` is the model3d_state. Returns 1.
+int rendercb(const char* mesh_name, const material* m, const float combined[16], void* user);
+
+// A reference to a built-in program, or null after a log line.
+kora_reference* renderext_model3d_get_shader_ref(resource_manager* resources, const shader_desc* desc);
+
+// Bind the program and send its lights: the control's own one, `direction` pointing towards it, or those
+// of the scene. Return 1.
+int set_internal_light_uniforms(shader_program* program, const scene* s, const float direction[3],
+                                float intensity);
+int set_scene_light_uniforms(shader_program* program, const scene* s);
+
+// Short forms of lum_gl_shader_set_uniform_value.
+inline void set_float(shader_program* program, const char* name, float value) {
+    lum_gl_shader_set_uniform_value(program, name, UNIFORM_VALUE_FLOAT, 1, &value);
+}
+inline void set_vec3(shader_program* program, const char* name, const float value[3]) {
+    lum_gl_shader_set_uniform_value(program, name, UNIFORM_VALUE_FLOAT, 3, value);
+}
+inline void set_vec4(shader_program* program, const char* name, const float value[4]) {
+    lum_gl_shader_set_uniform_value(program, name, UNIFORM_VALUE_FLOAT, 4, value);
+}
+inline void set_int(shader_program* program, const char* name, int32_t value) {
+    lum_gl_shader_set_uniform_value(program, name, UNIFORM_VALUE_INT, 1, &value);
+}
+inline void set_mat3(shader_program* program, const char* name, const float value[9]) {
+    lum_gl_shader_set_uniform_value(program, name, UNIFORM_VALUE_MATRIX, 3, value);
+}
+inline void set_mat4(shader_program* program, const char* name, const float value[16]) {
+    lum_gl_shader_set_uniform_value(program, name, UNIFORM_VALUE_MATRIX, 4, value);
+}
+
+#endif

@@ -1,0 +1,74 @@
+// What a control keeps: its attributes in internal units, what follows from them, and its model.
+#ifndef REXT_STATE_H
+#define REXT_STATE_H
+
+#include "model3d/shader.h"
+#include "scene/scene.h"
+#include "shader/shaders.h"
+
+enum model3d_flag : uint32_t {
+    MODEL3D_FLAG_DEFAULTS_SET = 1u << 0,
+    MODEL3D_FLAG_UPDATED = 1u << 1,        // a dirty check found a change that is not drawn yet
+    MODEL3D_FLAG_DIRTY_DEFORMER = 1u << 2, // a bound value changed
+    MODEL3D_FLAG_CONFIG_CHANGED = 1u << 3  // the groups must be configured again
+};
+
+enum shading : int32_t { shading_gouraud, shading_blinn_phong, shading_flat };
+enum lighting : int32_t { lighting_internal, lighting_model };
+enum camera : int32_t { camera_legacy, camera_fly, camera_orbit };
+enum culling : int32_t { culling_off, culling_back };
+
+// Zero-filled by the host before anything else. Angles in radians unless a name says degrees.
+struct model3d_state {
+    char* filename; // owned
+    uint32_t flags; // model3d_flag
+    float projection[16];
+    float view[16];
+    float camera_position[3];
+    float azimuth;
+    float elevation;
+    float clip_near; // both clip distances 0: automatic
+    float clip_far;
+    float fovy_deg;
+    float model[16];
+    float model_position[3];
+    float model_orientation[3]; // phi, theta, psi: about x, y, z
+    float light_direction[3];   // towards the internal light
+    float light_azimuth;
+    float light_elevation;
+    float light_intensity;
+    ::scene scene;
+    shader_program* programs[builtin_shader_count]; // valid while a frame is drawn
+    int32_t loaded;                                 // the scene is the file's, and uploaded
+    int32_t shading_model;
+    int32_t lighting_mode;
+    int32_t camera_mode;
+    int32_t culling_mode;
+    float alpha; // of the whole control, 0 to 1
+    float ambient;
+    float lightness;
+    int32_t ignore_bind_transforms;
+    int32_t zero_deformers;
+    kor_string_map* groups; // name to group
+};
+
+// Process-wide settings, written by init only.
+extern int32_t MODEL3D_GLOBAL_USE_VBOS;
+extern int32_t MODEL3D_DIAG_LEVEL;
+
+inline model3d_state* state_of(const renderext_instance* rext) {
+    return static_cast<model3d_state*>(rext->state);
+}
+
+// Degrees as attributes and data bindings give them. The constant is part of the interface.
+inline float radians(float degrees) {
+    return (degrees / 180.0f) * 3.14159f;
+}
+
+// Applies the first-use defaults, once.
+void set_defaults(model3d_state* state);
+
+// Gives the model back; the next frame loads it again.
+void unload_model(model3d_state* state);
+
+#endif

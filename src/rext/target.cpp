@@ -1,0 +1,76 @@
+#include "rext/target.h"
+
+#include "model3d/math.h"
+#include "scene/bindings.h"
+
+namespace {
+
+// Half up, then truncated towards zero; 0 for what no display has.
+int pixels(float value) {
+    const float rounded = value + 0.5f;
+    return rounded > -2147483648.0f && rounded < 2147483648.0f ? static_cast<int>(rounded) : 0;
+}
+
+} // namespace
+
+void target_place(render_canvas* canvas, const control_record* control, const kor_size& size,
+                  const GLint host_viewport[4], const float projection[16], float out[16]) {
+    app_record* const app = control->app;
+    const GLint target_width = host_viewport[2];
+    const GLint target_height = host_viewport[3];
+    int32_t ox = 0;
+    int32_t oy = 0;
+    canvas->get_origin(canvas, &ox, &oy);
+    const kor_rect& rect = control->rect;
+
+    // The bottom left corner and the size in pixels of the physical display, y downwards.
+    int x = ox + rect.x1;
+    int y = oy + rect.y2;
+    int width = size.width;
+    int height = size.height;
+    int32_t rotation_deg = 0;
+    const auto display_info =
+        reinterpret_cast<kora_display_info>(canvas->find_service(canvas, "gles_display_info"));
+    if (display_info) {
+        model3d_diag_log(nullptr, 8, "using gles_display_info to get screen size");
+        float sx = 1.0f, sy = 1.0f, tx = 0.0f, ty = 0.0f;
+        display_info(canvas, &sx, &sy, &tx, &ty, &rotation_deg);
+        model3d_diag_log(nullptr, 8, "sx=%f sy=%f rotation=%d", double{sx}, double{sy}, rotation_deg);
+        x = pixels(tx + sx * static_cast<float>(x));
+        y = pixels(ty + sy * static_cast<float>(y));
+        width = pixels(sx * static_cast<float>(width));
+        height = pixels(sy * static_cast<float>(height));
+    } else {
+        model3d_diag_log(app, 8, "gles_display_info not available");
+    }
+
+    int32_t is_surface = 0;
+    canvas->is_surface(canvas, &is_surface);
+    float turn[16];
+    model3d_diag_log_matrix(app, 5, "pre-transformed projection matrix", projection);
+    if (is_surface) {
+        model3d_diag_log(nullptr, 8, "rendering to surface");
+        mat_scale(turn, 1.0f, -1.0f, 1.0f);
+        glFrontFace(GL_CW); // the flip turns every triangle round
+        mat_mul(turn, projection, out);
+        glViewport(ox + rect.x1, oy + rect.y1, size.width, size.height - 1);
+        return;
+    }
+    model3d_diag_log(nullptr, 5, "rendering to frame buffer");
+    mat_rotate_z(turn, (-static_cast<float>(rotation_deg) / 180.0f) * 3.1415927f);
+    mat_mul(turn, projection, out);
+    switch (rotation_deg) {
+    case 180:
+        glViewport(target_width - width - x, y - height, width, height);
+        break;
+    case 270:
+        glViewport(y - height, x, height, width);
+        break;
+    case 90:
+        glViewport(target_width - y, target_height - x - width, height, width);
+        break;
+    default:
+        glViewport(x, target_height - y, width, height);
+        break;
+    }
+}

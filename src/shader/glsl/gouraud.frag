@@ -1,0 +1,23 @@
+precision highp float;
+varying vec3 diff_col;
+varying vec3 spec_col;
+uniform vec3 ka;
+uniform vec3 ke;
+uniform float alpha;
+uniform float lightness;
+uniform float ambient_factor;
+#ifdef TEXTURED
+varying vec2 v_tex_out;
+uniform sampler2D diffuseSampler;
+#endif
+
+void main() {
+#ifdef TEXTURED
+    vec4 t = texture2D(diffuseSampler, v_tex_out);
+    vec3 color = ambient_factor * ka * t.rgb + diff_col * t.rgb + spec_col + ke;
+    gl_FragColor = vec4(lightness * color, t.a * alpha);
+#else
+    vec3 color = ambient_factor * ka + diff_col + spec_col + ke;
+    gl_FragColor = vec4(lightness * color, alpha);
+#endif
+}
