@@ -9,9 +9,9 @@ import os
 import sys
 
 sys.dont_write_bytecode = True
-from assets import gauge, piston  # noqa: E402
+from assets import gauge, piston, shell  # noqa: E402
 
-MODELS = {"gauge": gauge.build, "piston": piston.build}
+MODELS = {"gauge": gauge.build, "piston": piston.build, "shell": shell.build}
 
 
 def main():
