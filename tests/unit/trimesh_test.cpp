@@ -1,0 +1,167 @@
+#include "base/heap.h"
+#include "model3d/math.h"
+#include "scene/material.h"
+#include "scene/trimesh.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <map>
+#include <random>
+
+namespace {
+
+using vec3 = std::array<float, 3>;
+
+struct mesh_fixture : trimesh {
+    explicit mesh_fixture(int32_t vertex_room = 0, int32_t face_room = 0, int normals_on = 1, int sets = 1) {
+        EXPECT_EQ(trimesh_create(this, "mesh", vertex_room, face_room, 0, normals_on, sets, 0, 0), 1);
+    }
+    ~mesh_fixture() { trimesh_free(this); }
+    void face(const vec3& a, const vec3& b, const vec3& c) {
+        for (const vec3& v : {a, b, c}) {
+            trimesh_pushvertex(this, v[0], v[1], v[2]);
+        }
+        const auto n = static_cast<uint32_t>(nvertices);
+        trimesh_pushface(this, n - 3, n - 2, n - 1);
+    }
+    vec3 normal(int32_t vertex) const {
+        const float* n = normals + static_cast<size_t>(vertex) * 3;
+        return {n[0], n[1], n[2]};
+    }
+};
+
+material* textured(float scale_u, float scale_v) {
+    auto* m = heap_array<material>(1);
+    material_create(m, "m");
+    m->diffuseMap = heap_zeroed<texture>();
+    texture_create(m->diffuseMap, "t.png");
+    m->diffuseMap->scale_u = scale_u;
+    m->diffuseMap->scale_v = scale_v;
+    return m;
+}
+
+} // namespace
+
+TEST(trimesh, arrays_grow_when_they_are_full_and_keep_what_they_hold) {
+    mesh_fixture empty;
+    EXPECT_EQ(empty.vertex_capacity, 1);
+    EXPECT_EQ(empty.face_capacity, 1);
+    EXPECT_EQ(empty.material_capacity, 1);
+
+    mesh_fixture mesh(4, 2, 1, 2);
+    for (int i = 0; i < 11; i++) {
+        ASSERT_EQ(trimesh_pushvertex(&mesh, static_cast<float>(i), 0, 0), 1);
+        trimesh_settexcoordn(&mesh, 1, i, static_cast<float>(-i), 1);
+        trimesh_settexcoordn(&mesh, 2, i, 7, 7); // no such set
+        ASSERT_EQ(trimesh_pushface(&mesh, 0, 1, static_cast<uint32_t>(i)), 1);
+        ASSERT_EQ(trimesh_pushmaterial(&mesh, nullptr), 1);
+        EXPECT_EQ(mesh.vertex_capacity, i < 4 ? 5 : i < 9 ? 10 : 20);
+        EXPECT_EQ(mesh.face_capacity, i < 2 ? 3 : i < 5 ? 6 : 12);
+    }
+    for (int i = 0; i < 11; i++) {
+        EXPECT_EQ(mesh.vertices[i * 3], static_cast<float>(i));
+        EXPECT_EQ(mesh.texcoords[0][i * 2], 0.0f);
+        EXPECT_EQ(mesh.texcoords[1][i * 2], static_cast<float>(-i));
+        EXPECT_EQ(mesh.indices[i * 3 + 2], static_cast<uint32_t>(i));
+        EXPECT_EQ(mesh.materials[i].startIndex, i + 1);
+        EXPECT_EQ(mesh.normal(i), (vec3{0, 0, 0}));
+    }
+}
+
+TEST(trimesh, sizes_that_cannot_be_had_are_refused) {
+    const struct {
+        int32_t vertices, faces, materials;
+    } cases[] = {
+        {INT32_MAX, 0,         0        },
+        {0,         INT32_MAX, 0        },
+        {0,         0,         INT32_MAX}
+    };
+    for (const auto& c : cases) {
+        trimesh mesh;
+        EXPECT_EQ(trimesh_create(&mesh, "m", c.vertices, c.faces, c.materials, 1, 1, 1, 1), 0);
+        trimesh_free(&mesh);
+        trimesh_free(&mesh);
+    }
+}
+
+TEST(trimesh, one_normal_given_means_none_computed) {
+    mesh_fixture mesh;
+    mesh.face({0, 0, 0}, {1, 0, 0}, {0, 1, 0});
+    trimesh_setnormal(&mesh, 1, 0, 1, 0);
+    trimesh_calculatenormals(&mesh);
+    EXPECT_EQ(mesh.normal(0), (vec3{0, 0, 0}));
+    EXPECT_EQ(mesh.normal(1), (vec3{0, 1, 0}));
+
+    mesh_fixture without(0, 0, 0);
+    without.face({0, 0, 0}, {1, 0, 0}, {0, 1, 0});
+    trimesh_calculatenormals(&without);
+    EXPECT_EQ(without.calc_normals, 0);
+}
+
+// Against the definition, pair by pair: the mean over all vertices at the very same place.
+TEST(trimesh, computed_normals_are_means_over_equal_positions) {
+    std::mt19937 random(3);
+    mesh_fixture mesh;
+    const float places[] = {-1.0f, -0.0f, 0.0f, 1.0f, std::nextafter(1.0f, 2.0f), NAN};
+    const auto place = [&] { return places[random() % (random() % 20 == 0 ? 6 : 5)]; };
+    for (int i = 0; i < 200; i++) {
+        mesh.face({place(), place(), place()}, {place(), place(), place()}, {place(), place(), place()});
+    }
+    std::map<int32_t, vec3> faces; // the normal each vertex has from its face
+    for (int32_t f = 0; f < mesh.nfaces; f++) {
+        // Single precision like the product: slivers between neighbouring floats need the same rounding.
+        const float* v = mesh.vertices + f * 9;
+        vec3 ab, ac, n;
+        vec_sub(v + 3, v, ab.data());
+        vec_sub(v + 6, v, ac.data());
+        vec_cross(ab.data(), ac.data(), n.data());
+        vec_normalize(n.data());
+        for (int32_t corner = 0; corner < 3; corner++) {
+            faces[f * 3 + corner] = n;
+        }
+    }
+    trimesh_calculatenormals(&mesh);
+    for (int32_t i = 0; i < mesh.nvertices; i++) {
+        const float* p = mesh.vertices + i * 3;
+        double sum[3] = {};
+        int count = 0;
+        for (int32_t j = 0; j < mesh.nvertices; j++) {
+            const float* q = mesh.vertices + j * 3;
+            if (!(p[0] == q[0] && p[1] == q[1] && p[2] == q[2])) continue;
+            count++;
+            for (size_t k = 0; k < 3; k++) {
+                sum[k] += double{faces[j][k]};
+            }
+        }
+        const double length = std::sqrt(sum[0] * sum[0] + sum[1] * sum[1] + sum[2] * sum[2]);
+        if (count >= 2 && length < 1e-3) continue; // nearly cancelled: no direction to speak of
+        for (size_t k = 0; k < 3; k++) {
+            const double expected = count < 2 ? double{faces[i][k]} : sum[k] / length;
+            if (std::isnan(expected)) {
+                EXPECT_TRUE(std::isnan(mesh.normal(i)[k]));
+            } else {
+                EXPECT_NEAR(double{mesh.normal(i)[k]}, expected, 1e-3) << "vertex " << i;
+            }
+        }
+    }
+}
+
+TEST(trimesh, texture_scaling_touches_each_vertex_once) {
+    mesh_fixture mesh;
+    for (int i = 0; i < 5; i++) {
+        trimesh_pushvertex(&mesh, 0, 0, 0);
+        trimesh_settexcoord(&mesh, i, 1, 1);
+    }
+    trimesh_pushface(&mesh, 0, 1, 2);               // before any segment: not scaled
+    trimesh_pushmaterial(&mesh, textured(0.5f, 1)); // faces 1 and 2 share vertex 1
+    trimesh_pushface(&mesh, 1, 1, 3);
+    trimesh_pushface(&mesh, 1, 3, 3);
+    trimesh_pushmaterial(&mesh, textured(0.25f, 0.5f));
+    trimesh_pushface(&mesh, 3, 4, 4);
+    trimesh_scaletexcoords(&mesh);
+    const float expected[] = {1, 1, 0.5f, 1, 1, 1, 0.5f, 1, 0.25f, 0.5f};
+    EXPECT_EQ(memcmp(mesh.texcoords[0], expected, sizeof(expected)), 0);
+}
