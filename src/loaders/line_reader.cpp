@@ -1,0 +1,122 @@
+#include "loaders/line_reader.h"
+
+#include "base/heap.h"
+
+#include <algorithm>
+#include <unistd.h>
+
+namespace {
+
+constexpr ptrdiff_t block_size = 1023;
+constexpr ptrdiff_t longest_kept = 1021; // bytes of a cut line that a new block may start with
+constexpr size_t buffer_size = 64 * 1024;
+constexpr size_t slack = block_size + 8; // block_end stays inside, and wide reads behind the last line
+
+bool is_line_end(char c) {
+    return c == '\n' || c == '\r';
+}
+
+bool is_blank(char c) {
+    return is_line_end(c) || c == '\t' || c == ' ';
+}
+
+char* find(const line_reader* reader, char* from, char c) {
+    void* found = memchr(from, c, static_cast<size_t>(reader->limit - from));
+    return found ? static_cast<char*>(found) : reader->limit;
+}
+
+// Moves what is left to the front and reads on behind it.
+void refill(line_reader* reader) {
+    const ptrdiff_t shift = reader->next - reader->buffer;
+    const auto kept = static_cast<size_t>(reader->limit - reader->next);
+    memmove(reader->buffer, reader->next, kept);
+    const ssize_t size = read(reader->fd, reader->buffer + kept, buffer_size - kept);
+    if (size <= 0) reader->at_end = true;
+    reader->next = reader->buffer;
+    reader->limit = reader->buffer + kept + std::max<ssize_t>(size, 0);
+    *reader->limit = '\0';
+    reader->block_end -= shift;
+    reader->line_feed = find(reader, reader->next, '\n');
+    reader->carriage_return = find(reader, reader->next, '\r');
+    reader->backslash = find(reader, reader->next, '\\');
+}
+
+// Turns backslashes and the line ends directly behind them into spaces, up to the line's end.
+char* join_lines(char* p, const char* stop) {
+    for (; p < stop && !is_line_end(*p); p++) {
+        if (*p != '\\') continue;
+        *p = ' ';
+        while (p + 1 < stop && is_line_end(p[1])) {
+            *++p = ' ';
+        }
+    }
+    return p;
+}
+
+// The line's end, or `stop` when that comes first.
+char* find_end(line_reader* reader, char* line, char* stop) {
+    if (reader->line_feed < line) reader->line_feed = find(reader, line, '\n');
+    if (reader->carriage_return < line) reader->carriage_return = find(reader, line, '\r');
+    char* end = std::min({reader->line_feed, reader->carriage_return, stop});
+    if (reader->backslashes == backslash_continues) {
+        if (reader->backslash < line) reader->backslash = find(reader, line, '\\');
+        if (reader->backslash < end) end = join_lines(reader->backslash, stop);
+    }
+    return end;
+}
+
+} // namespace
+
+bool line_reader_create(line_reader* reader, int fd, line_backslash backslashes) {
+    *reader = {};
+    reader->fd = fd;
+    reader->backslashes = backslashes;
+    reader->buffer = static_cast<char*>(calloc(1, buffer_size + slack));
+    if (!reader->buffer) {
+        close(fd);
+        return false;
+    }
+    reader->next = reader->limit = reader->buffer;
+    reader->block_end = reader->buffer + block_size;
+    return true;
+}
+
+char* line_reader_next(line_reader* reader) {
+    for (;;) {
+        char* line = reader->next;
+        while (is_blank(*line)) {
+            line++;
+        }
+        // Between lines blocks follow one another without a gap.
+        if (line >= reader->block_end) {
+            reader->block_end += ((line - reader->block_end) / block_size + 1) * block_size;
+        }
+        reader->next = line;
+        // A line with its end fits in a block; one byte more tells whether the file ends there.
+        if (reader->limit - line <= block_size && !reader->at_end) {
+            refill(reader);
+            continue;
+        }
+        char* end = find_end(reader, line, std::min(line + block_size, reader->limit));
+        if (end == reader->limit) return nullptr;
+        if (end >= reader->block_end && reader->block_end - line <= longest_kept) {
+            reader->block_end = line + block_size;
+        }
+        if (end >= reader->block_end) {
+            reader->next = reader->block_end + 1;
+            reader->block_end = reader->next + block_size;
+            continue;
+        }
+        reader->next = end + 1;
+        *end = '\0';
+        while (end > line && end[-1] == ' ') {
+            *--end = '\0';
+        }
+        return line;
+    }
+}
+
+void line_reader_free(line_reader* reader) {
+    close(reader->fd);
+    heap_clear(reader->buffer);
+}

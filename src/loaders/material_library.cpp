@@ -1,0 +1,96 @@
+#include "loaders/material_library.h"
+
+#include "base/heap.h"
+#include "loaders/line_reader.h"
+#include "loaders/scan_float.h"
+#include "scene/material.h"
+
+namespace {
+
+// Keywords are compared in this order, by their letters only: "d" also stands for words that begin with it,
+// and fails on them for want of a number.
+struct number_line {
+    char keyword[3];
+    int length;
+    int count;
+    float* (*target)(material*);
+};
+
+constexpr number_line number_lines[] = {
+    {"d",  1, 1, [](material* m) { return &m->alpha; }   },
+    {"Ka", 2, 3, [](material* m) { return m->ambient; }  },
+    {"Kd", 2, 3, [](material* m) { return m->diffuse; }  },
+    {"Ks", 2, 3, [](material* m) { return m->specular; } },
+    {"Ns", 2, 1, [](material* m) { return &m->spec_exp; }},
+};
+
+// Null when memory ran out.
+material* add_material(hashtable* materials, const char* name) {
+    auto* m = heap_array<material>(1);
+    if (!m) return nullptr;
+    material_create(m, name);
+    auto* replaced = static_cast<material*>(hashtable_get(materials, name));
+    hashtable_set(materials, name, m);
+    if (hashtable_get(materials, name) != m) {
+        material_free(m);
+        return nullptr;
+    }
+    if (replaced) material_free(replaced);
+    return m;
+}
+
+// False when memory ran out. texture_create turns the backslashes of some exporters into slashes.
+bool set_diffuse_map(material* m, const char* directory, const char* name) {
+    const heap_ptr<char> path{join_path(directory, name)};
+    auto* map = path ? heap_array<texture>(1) : nullptr;
+    if (!map) return false;
+    if (m->diffuseMap) texture_free(m->diffuseMap);
+    m->diffuseMap = map;
+    if (texture_create(map, path.get())) return true;
+    free(map);
+    m->diffuseMap = nullptr;
+    return true;
+}
+
+} // namespace
+
+char* join_path(const char* directory, const char* name) {
+    const size_t length = strlen(directory);
+    const size_t name_size = strlen(name) + 1;
+    char* path = heap_array<char>(length + 1 + name_size);
+    if (!path) return nullptr;
+    memcpy(path, directory, length);
+    path[length] = '/';
+    memcpy(path + length + 1, name, name_size);
+    return path;
+}
+
+void read_material_library(int fd, const char* directory, hashtable* materials) {
+    line_reader reader;
+    if (!line_reader_create(&reader, fd, backslash_plain)) return;
+    material* current = nullptr;
+    while (const char* line = line_reader_next(&reader)) {
+        if (strncmp(line, "newmtl", 6) == 0) {
+            current = add_material(materials, line[6] == ' ' ? line + 7 : "");
+            if (!current) break;
+            continue;
+        }
+        // Nothing to apply to before the first material.
+        if (!current) continue;
+        if (strncmp(line, "map_Kd", 6) == 0) {
+            const char* name = keyword_rest(line);
+            if (*name && !set_diffuse_map(current, directory, name)) break;
+            continue;
+        }
+        for (const number_line& kind : number_lines) {
+            const auto length = static_cast<size_t>(kind.length);
+            if (strncmp(line, kind.keyword, length) != 0) continue;
+            float values[3];
+            if (scan_floats(line + length, values, kind.count) == kind.count) {
+                memcpy(kind.target(current), values, sizeof(float) * static_cast<size_t>(kind.count));
+            }
+            break;
+        }
+    }
+    line_reader_free(&reader);
+}

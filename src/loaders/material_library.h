@@ -1,0 +1,20 @@
+// Wavefront MTL material libraries.
+#ifndef LOADERS_MATERIAL_LIBRARY_H
+#define LOADERS_MATERIAL_LIBRARY_H
+
+#include "loaders/hashtable.h"
+
+// Reads a library into a table of materials by name; a later material replaces an earlier one of its
+// name. Takes the file over. Textures are named relative to `directory`. What does not fit in memory
+// ends the reading.
+void read_material_library(int fd, const char* directory, hashtable* materials);
+
+// The text behind a keyword of six letters and one more character.
+inline const char* keyword_rest(const char* line) {
+    return line[6] ? line + 7 : line + 6;
+}
+
+// "directory/name" for the caller to free(), or null.
+char* join_path(const char* directory, const char* name);
+
+#endif

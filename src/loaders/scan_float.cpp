@@ -1,0 +1,190 @@
+#include "loaders/scan_float.h"
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <fast_float/fast_float.h>
+
+namespace {
+
+bool is_digit(char c) {
+    return static_cast<unsigned char>(c - '0') < 10;
+}
+
+bool is_space(char c) {
+    return c == ' ' || static_cast<unsigned char>(c - '\t') < 5;
+}
+
+// Lower case for letters; other characters never become letters.
+char lower(char c) {
+    return static_cast<unsigned char>(c - 'A') < 26 ? static_cast<char>(c | 0x20) : c;
+}
+
+const char* skip_digits(const char* p) {
+    while (is_digit(*p)) {
+        p++;
+    }
+    return p;
+}
+
+// Value of a hexadecimal digit, or 16.
+unsigned hex_digit(char c) {
+    if (is_digit(c)) return static_cast<unsigned>(c - '0');
+    const auto letter = static_cast<unsigned char>(lower(c) - 'a');
+    return letter < 6 ? letter + 10u : 16u;
+}
+
+// The position after a word in any case, or null.
+const char* skip_word(const char* p, const char* word) {
+    for (; *word; word++, p++) {
+        if (lower(*p) != *word) return nullptr;
+    }
+    return p;
+}
+
+// mantissa * 2^exponent rounded to nearest, ties to even. `more`: the mantissa was cut and goes on.
+float round_binary(uint64_t mantissa, int exponent, bool more) {
+    if (mantissa == 0) return 0.0f;
+    const int leading = std::countl_zero(mantissa);
+    mantissa <<= leading;
+    exponent -= leading;
+    // 24 bits, fewer below 2^-126, where the smallest step is 2^-149.
+    int bits = 24;
+    if (exponent + 63 < -126) bits = exponent + 63 + 149 + 1;
+    if (bits < 0) return 0.0f;
+
+    constexpr uint64_t half = uint64_t{1} << 63;
+    uint64_t kept = bits ? mantissa >> (64 - bits) : 0;
+    const uint64_t rest = mantissa << bits;
+    if (rest > half || (rest == half && (more || (kept & 1)))) kept++;
+    return ldexpf(static_cast<float>(kept), exponent + 64 - bits);
+}
+
+// Reads behind "0x". scanf takes "0x." as 0 and an exponent without digits as 0; "0x" alone is no number.
+const char* scan_hexadecimal(const char* p, float* value) {
+    uint64_t mantissa = 0;
+    int exponent = 0;
+    bool more = false, any = false, dot = false;
+    const char* const begin = p;
+    for (;; p++) {
+        const unsigned digit = hex_digit(*p);
+        if (digit < 16) {
+            any = true;
+            if (mantissa >> 60) {
+                more |= digit != 0;
+                exponent += dot ? 0 : 4;
+            } else {
+                mantissa = mantissa << 4 | digit;
+                exponent -= dot ? 4 : 0;
+            }
+        } else if (*p == '.' && !dot) {
+            dot = true;
+        } else {
+            break;
+        }
+    }
+    if (p == begin) return nullptr;
+    if (any && lower(*p) == 'p') {
+        const bool negative = *++p == '-';
+        if (*p == '-' || *p == '+') p++;
+        int power = 0;
+        for (; is_digit(*p); p++) {
+            if (power < 1000000) power = power * 10 + (*p - '0');
+        }
+        exponent += negative ? -power : power;
+    }
+    *value = round_binary(mantissa, exponent, more);
+    return p;
+}
+
+const char* scan_decimal(const char* p, float* value) {
+    const char* const begin = p;
+    p = skip_digits(p);
+    const bool dot = *p == '.';
+    if (dot) p = skip_digits(p + 1);
+    if (p - begin == dot) return nullptr;
+    if (lower(*p) == 'e') {
+        // scanf takes the letter and the sign even without digits behind them, and then ignores them.
+        p++;
+        if (*p == '-' || *p == '+') p++;
+        p = skip_digits(p);
+    }
+    fast_float::from_chars(begin, p, *value);
+    return p;
+}
+
+// Any number in scanf's grammar. Returns the position after it, or null when there is none. This follows
+// the C library in what it takes and leaves: "nan" without a parenthesis behind it, "infinity" whole or
+// not at all once its second half has begun.
+const char* scan_any(const char* p, float* value) {
+    const bool negative = *p == '-';
+    if (*p == '-' || *p == '+') p++;
+    float magnitude = 0.0f;
+    if (lower(*p) == 'n') {
+        p = skip_word(p, "nan");
+        magnitude = NAN;
+    } else if (lower(*p) == 'i') {
+        p = skip_word(p, "inf");
+        if (p && lower(*p) == 'i') p = skip_word(p, "inity");
+        magnitude = INFINITY;
+    } else if (p[0] == '0' && lower(p[1]) == 'x') {
+        p = scan_hexadecimal(p + 2, &magnitude);
+    } else {
+        p = scan_decimal(p, &magnitude);
+    }
+    if (p) *value = negative ? -magnitude : magnitude;
+    return p;
+}
+
+constexpr double negative_powers[] = {1e-0,  1e-1,  1e-2,  1e-3,  1e-4,  1e-5,  1e-6,  1e-7,  1e-8, 1e-9,
+                                      1e-10, 1e-11, 1e-12, 1e-13, 1e-14, 1e-15, 1e-16, 1e-17, 1e-18};
+constexpr int max_digits = 18; // fit in 63 bits
+
+// Digits with at most one point among them, which is what files are full of; the rest goes to scan_any.
+inline const char* scan_number(const char* p, float* value) {
+    const bool negative = *p == '-';
+    const char* q = p + negative;
+    uint64_t mantissa = 0;
+    const char* const begin = q;
+    for (; is_digit(*q); q++) {
+        mantissa = mantissa * 10 + static_cast<unsigned>(*q - '0');
+    }
+    int digits = static_cast<int>(q - begin);
+    int decimals = 0;
+    if (*q == '.') {
+        const char* const point = q++;
+        for (; is_digit(*q); q++) {
+            mantissa = mantissa * 10 + static_cast<unsigned>(*q - '0');
+        }
+        decimals = static_cast<int>(q - point) - 1;
+        digits += decimals;
+    }
+    const char letter = static_cast<char>(*q | 0x20);
+    if (digits == 0 || digits > max_digits || letter == 'e' || letter == 'x') return scan_any(p, value);
+
+    // Three roundings leave this within 3 units of the last place of the double. Unless a point halfway
+    // between two floats is that near, rounding once more gives the float nearest to the number.
+    const double approximate =
+        static_cast<double>(static_cast<int64_t>(mantissa)) * negative_powers[decimals];
+    uint64_t bits = 0;
+    memcpy(&bits, &approximate, sizeof(bits));
+    constexpr uint64_t halfway = uint64_t{1} << 28; // of the 29 bits that a float lacks
+    if ((bits & (2 * halfway - 1)) - (halfway - 4) <= 8) return scan_any(p, value);
+    const auto magnitude = static_cast<float>(approximate);
+    *value = negative ? -magnitude : magnitude;
+    return q;
+}
+
+} // namespace
+
+int scan_floats(const char* text, float* values, int count) {
+    for (int i = 0; i < count; i++) {
+        while (is_space(*text)) {
+            text++;
+        }
+        text = scan_number(text, &values[i]);
+        if (!text) return i;
+    }
+    return count;
+}
