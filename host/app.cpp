@@ -86,9 +86,13 @@ bool kora_app::load_plugin(const char* path, const char* options) {
     using create_pool_fn = void (*)(app_record*, void*);
     const auto create_shader_pool = find_symbol<create_pool_fn>(library, "lum_gl_create_shader_pool");
     if (create_shader_pool) create_shader_pool(this, nullptr);
+    const size_t extensions_before = extensions.descriptors.size();
     const int result = record.init ? record.init(this, options) : 0;
-    if (result != 0) fail("%s: the plug-in's init failed with %d", path, result);
-    return result == 0;
+    if (result == 0) return true;
+    extensions.descriptors.resize(extensions_before);
+    plugins.back().record.fini = nullptr;
+    fail("%s: the plug-in's init failed with %d", path, result);
+    return false;
 }
 
 kora_app* kora_app_create(void) {
