@@ -1,0 +1,307 @@
+"""Runs the built model3d on small models: exit codes, messages, facts and pictures."""
+
+import ctypes
+import json
+import os
+import stat
+import struct
+import subprocess
+import tempfile
+import unittest
+import zlib
+from pathlib import Path
+
+from png_read import read_png
+
+TOOL = os.environ["MODEL3D_TOOL"]
+PLUGIN = os.environ["MODEL3D_PLUGIN"]
+
+# A rectangle from (-1, -1) to (0.5, 1), so that no turn or flip looks like another.
+QUAD = """mtllib quad.mtl
+v -1 -1 0
+v 0.5 -1 0
+v 0.5 1 0
+v -1 1 0
+vt 0 0
+vt 1 0.25
+usemtl paint
+f 1/1 2/2 3/1 4/2
+"""
+QUAD_MTL = "newmtl paint\nKa 0.5 0.5 0\nKd 0.25 0.5 1\nNs 12.5\nd 0.5\n"
+
+# Seen by a camera at z = 2 with 90 degrees the picture is 4 units wide: 16 of 64 pixels a unit.
+VIEW = ["--raw", "--samples", "1", "--size", "64x64", "--background", "102030", "--set", "shading_model=flat",
+        "--set", "camera_position_z=2", "--set", "camera_field_of_view=90"]
+BACK = (0x10, 0x20, 0x30, 255)
+
+OCTAHEDRON = "".join(f"v {' '.join(str(s * (i == k)) for k in range(3))}\n" for i in range(3) for s in (1, -1)) + \
+    "".join(f"f {x} {y} {z}\n" for x in (1, 2) for y in (3, 4) for z in (5, 6))
+
+
+def f32(values):
+    return struct.pack(f"<{len(values)}f", *values)
+
+
+class ToolTest(unittest.TestCase):
+    maxDiff = None
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = Path(folder.name)
+        for name, text in {"quad.obj": QUAD, "quad.mtl": QUAD_MTL, "octahedron.obj": OCTAHEDRON,
+                           "broken.obj": "mtllib none.mtl\nmtllib tex.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\n"
+                                         "usemtl wood\nf 1 2 3\n",
+                           "tex.mtl": "newmtl wood\nmap_Kd wood.png\n", "empty.obj": "", "model.stl": "solid\n",
+                           "scene.qel": "FORM", "points.obj": "v 1 2 2\n"}.items():
+            (self.folder / name).write_text(text)
+        (self.folder / "folder.obj").mkdir()
+
+    def run_tool(self, *args, code=0, env=None):
+        done = subprocess.run([TOOL, *args], cwd=self.folder, capture_output=True, timeout=120,
+                              env={**os.environ, **(env or {})})
+        errors = done.stderr.decode()
+        self.assertEqual(done.returncode, code, f"{args}: {errors}")
+        return done.stdout, errors
+
+    def info(self, name):
+        return json.loads(self.run_tool("info", name, "--json")[0])
+
+    def picture(self, *args, file="quad.obj", view=VIEW):
+        self.run_tool("render", file, "-o", "out.png", *view, *args)
+        return read_png((self.folder / "out.png").read_bytes())[2]
+
+    def test_info_tells_what_the_loader_built(self):
+        facts = self.info("quad.obj")
+        self.assertEqual(list(facts), ["file", "format", "radius", "meshes", "groups", "lights", "textures",
+                                       "missing"])
+        # A fan of two triangles: the first corner is shared, every other one stands twice.
+        corners = [(-1, -1, 0), (0.5, -1, 0), (0.5, 1, 0), (0.5, 1, 0), (-1, 1, 0)]
+        texcoords = [(0, 1), (1, 0.75), (0, 1), (0, 1), (1, 0.75)]
+        crc = lambda data: f"{zlib.crc32(data):08x}"
+        self.assertEqual(facts, {
+            "file": "quad.obj", "format": "obj", "radius": 1.4142135,  # the shortest for sqrt(2) in single precision
+            "meshes": [{
+                "name": "quad.obj", "nvertices": 5, "nfaces": 2, "use_normals": 1, "normals_given": False,
+                "use_textures": 1, "position_sum": [-0.5, 1, 0], "texcoord_sum": [2, 4.5],
+                "crc32": {"vertices": crc(f32(sum(corners, ()))), "normals": crc(bytes(60)),
+                          "texcoords": crc(f32(sum(texcoords, ()))),
+                          "indices": crc(struct.pack("<6I", 0, 1, 2, 0, 3, 4))},
+                "segments": [{"material": "paint", "start_index": 0, "faces": 2, "ambient": [0.5, 0.5, 0],
+                              "diffuse": [0.25, 0.5, 1], "specular": [1, 1, 1], "spec_exp": 12.5, "alpha": 0.5,
+                              "diffuse_map": None}]}],
+            "groups": [], "lights": [], "textures": [], "missing": []})
+
+        text = self.run_tool("info", "quad.obj")[0].decode()
+        for fact in ("quad.obj", "5, sum -0.5", "computed when drawn", '"paint"', "exponent 12.5"):
+            self.assertIn(fact, text)
+        (self.folder / "odd.obj").write_bytes(b"v inf 0 0\nv 1 0 0\nv 0 1 0\nvn 0 0 1\nf 1//1 2//1 3//1\n")
+        odd = self.info("odd.obj")
+        self.assertIsNone(odd["radius"])
+        self.assertIsNone(odd["meshes"][0]["position_sum"][0])
+        self.assertTrue(odd["meshes"][0]["normals_given"])
+
+    def test_missing_files_are_named_once(self):
+        facts = self.info("broken.obj")
+        self.assertEqual([(m["kind"], m["name"]) for m in facts["missing"]],
+                         [("library", ".//none.mtl"), ("texture", ".//wood.png")])
+        self.assertEqual(facts["textures"], [{"path": ".//wood.png", "found": False}])
+        errors = self.run_tool("render", "broken.obj", "-o", "out.png")[1]
+        for what in ('material library ".//none.mtl"', 'texture ".//wood.png"'):
+            self.assertEqual(errors.count(f"not found: {what} (tried "), 1, errors)
+
+        # Bytes that are no PNG: the file is there, the picture is not.
+        (self.folder / "wood.png").write_text("no PNG")
+        self.assertEqual(self.info("broken.obj")["textures"], [{"path": ".//wood.png", "found": True}])
+        self.assertIn('not found: texture ".//wood.png"', self.run_tool("render", "broken.obj", "-o", "o.png")[1])
+
+    def test_wrong_input_gets_one_line_and_its_code(self):
+        out = ["-o", "out.png"]
+        cases = [
+            (1, ["none.obj", *out], ["none.obj", "No such file"]),
+            (1, ["folder.obj", *out], ["folder.obj", "directory"]),
+            (1, ["empty.obj", *out], ["empty.obj", "empty"]),
+            (1, ["model.stl", *out], ["model.stl", "unsupported format", ".obj"]),
+            (1, ["scene.qel", *out], ["scene.qel"]),
+            (1, ["quad.obj", "-o", "none/out.png"], ["none/out.png", "No such file"]),
+            (1, ["quad.obj", "-o", "folder.obj"], ["folder.obj", "directory"]),
+            (2, ["quad.obj"], ["--output"]),
+            (2, out, ["FILE"]),
+            (2, ["quad.obj", *out, "--set", "colour=1"], ["colour", "model3d attributes"]),
+            (2, ["quad.obj", *out, "--set", "azimuth=north"], ["azimuth", "north"]),
+            (2, ["quad.obj", *out, "--set", "alpha"], ["NAME=VALUE"]),
+            (2, ["quad.obj", *out, "--set", "filename=other.obj"], ["filename"]),
+            (2, ["quad.obj", *out, "--data", "door_RY=open"], ["open"]),
+            (2, ["quad.obj", *out, "--size", "64"], ["64"]),
+            (2, ["quad.obj", *out, "--size", "0x10"], ["0x10"]),
+            (2, ["quad.obj", *out, "--size", "100000x10"], ["at most"]),
+            (2, ["quad.obj", *out, "--background", "12345"], ["12345"]),
+            (2, ["quad.obj", *out, "--background", "+12345"], ["+12345"]),
+            (2, ["quad.obj", *out, "--rotation", "45"], ["45"]),
+            (2, ["quad.obj", *out, "--rotation", "90", "--surface"], ["--surface"]),
+            (2, ["quad.obj", *out, "--samples", "0"], ["--samples"]),
+            (2, ["quad.obj", *out, "--frames", "0"], ["--frames"]),
+            (2, ["quad.obj", "-o", "-", "--json"], ["--json"]),
+        ]
+        for code, args, words in cases:
+            with self.subTest(args=args):
+                errors = self.run_tool("render", *args, code=code)[1]
+                self.assertEqual(errors.count("\n"), 1, errors)
+                for word in ["model3d: ", *words]:
+                    self.assertIn(word, errors)
+        for name in ("none.obj", "folder.obj", "empty.obj", "model.stl", "scene.qel"):
+            self.assertIn(name, self.run_tool("info", name, code=1)[1])
+        for args in ([], ["info"], ["draw"], ["info", "quad.obj", "--frames", "1"]):
+            self.assertIn("model3d", self.run_tool(*args, code=2)[1])
+        if os.geteuid() != 0:
+            (self.folder / "quad.obj").chmod(0)
+            self.assertIn("Permission denied", self.run_tool("info", "quad.obj", code=1)[1])
+
+    def test_only_drawn_pictures_are_written_and_whole(self):
+        before = set(os.listdir(self.folder))
+        (self.folder / "out.png").write_text("earlier")
+        self.run_tool("render", "quad.obj", "-o", "out.png", "--set", "azimuth=x", code=2)
+        self.run_tool("render", "quad.obj", "-o", "out.png", env={"MODEL3D_PLUGIN": "none.so"}, code=1)
+        self.assertEqual((self.folder / "out.png").read_text(), "earlier")
+        self.assertEqual(set(os.listdir(self.folder)), before | {"out.png"})
+
+        (self.folder / "link.png").symlink_to("out.png")
+        self.run_tool("render", "quad.obj", "-o", "link.png", *VIEW)
+        self.assertTrue((self.folder / "link.png").is_symlink())
+        to_file = (self.folder / "out.png").read_bytes()
+        self.assertEqual(self.run_tool("render", "quad.obj", "-o", "-", *VIEW)[0], to_file)
+        self.run_tool("render", "quad.obj", "-o", "/dev/null", *VIEW)
+        self.assertTrue(stat.S_ISCHR(os.stat("/dev/null").st_mode))
+        self.run_tool("render", "quad.obj", "-o", "/dev/full", *VIEW, code=1)
+        self.assertIn("no triangles", self.run_tool("render", "points.obj", "-o", "out.png", *VIEW)[1])
+        self.assertEqual(set(os.listdir(self.folder)), before | {"out.png", "link.png"})
+
+    def test_pictures_are_exact(self):
+        (self.folder / "quad.mtl").write_text(QUAD_MTL.replace("d 0.5", "d 1"))
+        paint = tuple(round(255 * 0.75 * kd) for kd in (0.25, 0.5, 1)) + (255,)
+        plain = self.picture()
+        self.assertEqual(plain, [[paint if 16 <= x < 40 and 16 <= y < 48 else BACK for x in range(64)]
+                                 for y in range(64)])
+        wide = self.picture("--size", "64x32")
+        self.assertEqual((len(wide), len(wide[0])), (32, 64))
+        self.assertEqual(self.picture("--frames", "2"), plain)
+
+        turned_left = [list(row) for row in zip(*plain)][::-1]
+        half_turn = [row[::-1] for row in plain[::-1]]
+        turns = [self.picture("--rotation", r) for r in ("90", "180", "270")]
+        self.assertEqual(turns[1], half_turn)
+        self.assertCountEqual([turns[0], turns[2]], [turned_left, [row[::-1] for row in turned_left[::-1]]])
+        oblong = self.picture("--rotation", "90", "--size", "64x32")
+        self.assertEqual((len(oblong), len(oblong[0])), (64, 32))
+
+        # A surface's viewport is one row short, so edges may move by a row; nothing else does.
+        surface = self.picture("--surface")
+        self.assertEqual(surface[63], [BACK] * 64)
+        self.assertLessEqual(sum(a != b for a, b in zip(surface, plain)), 2)
+        moved = self.picture("--set", "x=8", "--set", "y=-4")
+        self.assertEqual([row[8:] for row in moved[:60]], [row[:56] for row in plain[4:]])
+
+    def test_transparent_pictures_have_straight_alpha(self):
+        paint = [round(255 * 0.75 * kd) for kd in (0.25, 0.5, 1)]
+        raw = self.picture("--background", "80402080")
+        self.assertEqual(raw[0][0], (0x80, 0x40, 0x20, 0x80))
+        view = [arg for arg in VIEW if arg != "--raw"]
+        clear = self.picture("--background", "80402000", view=view)
+        self.assertEqual(clear[0][0][3], 0)
+        for got, want in zip(clear[32][30], [*paint, 128]):
+            self.assertAlmostEqual(got, want, delta=2)
+        half = self.picture("--background", "#80402080", view=view)
+        self.assertEqual(half[0][0], (0x80, 0x40, 0x20, 0x80))
+        opaque = self.picture("--background", "804020", view=view)
+        self.assertEqual(opaque[32][30][3], 255)
+        for got, back, top in zip(opaque[32][30], (0x80, 0x40, 0x20), paint):
+            self.assertAlmostEqual(got, (back + top) / 2, delta=1)
+
+    def test_the_camera_frames_the_model(self):
+        moved = ["model_position_x=40", "model_position_y=-7", "model_position_z=30"]
+        turn = ["azimuth=50", "elevation=20"]
+        for size, sets in [("96x96", []), ("96x40", []), ("40x96", []), ("96x96", moved), ("96x96", turn),
+                           ("96x40", [*moved, *turn]), ("96x96", [*moved, *turn, "camera_mode=legacy"]),
+                           ("96x96", [*moved, *turn, "camera_mode=fly"]),
+                           ("96x96", ["camera_field_of_view=100", "azimuth=10"])]:
+            with self.subTest(size=size, sets=sets):
+                options = [o for s in sets for o in ("--set", s)]
+                rows = self.picture("--size", size, "--samples", "1", "--background", "102030", *options,
+                                    file="octahedron.obj", view=[])
+                width, height = len(rows[0]), len(rows)
+                seen = [(x, y) for y, row in enumerate(rows) for x, p in enumerate(row) if p != BACK]
+                self.assertTrue(seen)
+                (left, right), (top, bottom) = [(min(c), max(c)) for c in zip(*seen)]
+                self.assertTrue(0 < left and right < width - 1 and 0 < top and bottom < height - 1)
+                filled = max(right - left + 1, bottom - top + 1) / min(width, height)
+                self.assertGreater(filled, 0.5 if "camera_field_of_view=100" in sets else 0.7)
+                self.assertAlmostEqual(left + right, width - 1, delta=0.12 * width)
+
+    def test_json_tells_about_the_run(self):
+        facts = json.loads(self.run_tool("render", "quad.obj", "-o", "out.png", "--json", "--size", "40x30",
+                                         "--rotation", "270", "--frames", "3", "--samples", "1000")[0])
+        self.assertEqual((facts["width"], facts["height"], facts["frames"]), (30, 40, 3))
+        self.assertGreaterEqual(facts["samples"], 1)
+        self.assertEqual({k: facts["model"][k] for k in ("vertices", "faces", "segments", "materials", "textures")},
+                         {"vertices": 5, "faces": 2, "segments": 1, "materials": 1, "textures": 0})
+        times = facts["timings"]
+        self.assertEqual(times["model3d: load model"]["count"], 1)
+        draw = times["model3d: render scene graph"]
+        self.assertEqual(draw["count"], 3)
+        self.assertTrue(0 < draw["min_us"] <= draw["total_us"] / 3 <= draw["max_us"])
+        self.assertIn("OpenGL ES", facts["gl_version"])
+        traced = self.run_tool("render", "quad.obj", "-o", "out.png", "--option", "diag=5")[1]
+        self.assertIn("rendering to frame buffer", traced)
+        self.assertEqual(self.run_tool("render", "quad.obj", "-o", "out.png")[1].count("rendering"), 0)
+
+    def test_the_attribute_table_is_the_plugins(self):
+        table = json.loads(self.run_tool("attributes", "--json")[0])
+        self.assertEqual(self.run_tool("attributes")[0].decode().count("\n"), len(table) + 1)
+
+        # Every default is a value of its attribute, and the plug-in's own default.
+        sets = [f"{row['name']}={row['default']}" for row in table
+                if row["name"] != "filename" and not row["default"].startswith("the ")]
+        gouraud = ["--raw", "--samples", "1", "--size", "64x64", "--set", "model_position_z=-2"]
+        plain = self.picture(view=gouraud)
+        self.assertEqual(self.picture(*[o for s in sets if not s.startswith("model_position_z")
+                                        for o in ("--set", s)], view=gouraud), plain)
+        for row in table:
+            if row["type"] != "text":
+                self.run_tool("render", "quad.obj", "-o", "out.png", "--set", f"{row['name']}=1x", code=2)
+        keyword = self.run_tool("render", "quad.obj", "-o", "out.png", "--set", "shading_model=Flat")[1]
+        self.assertIn("blinn-phong", keyword)
+
+        class Arg(ctypes.Structure):
+            _fields_ = [("id", ctypes.c_int32), ("name", ctypes.c_char_p), ("format", ctypes.c_char_p)]
+
+        class Descriptor(ctypes.Structure):
+            _fields_ = [("name", ctypes.c_char_p), ("state_size", ctypes.c_size_t), ("args", ctypes.POINTER(Arg))]
+
+        if b"__asan_init" in Path(PLUGIN).read_bytes():
+            self.skipTest("a plug-in with sanitizers cannot be loaded here")
+        ctypes.CDLL(Path(PLUGIN).with_name("libkora.so"), ctypes.RTLD_GLOBAL)
+        plugin = ctypes.CDLL(PLUGIN)
+        args, types = Descriptor.in_dll(plugin, "renderext_model3d_handler").args, []
+        kinds = {b"4s1": "int", b"4u1": "unsigned", b"4f1": "float", b"1s0": "text"}
+        while args[len(types)].name:
+            arg = args[len(types)]
+            self.assertEqual(arg.id, len(types))
+            types.append((arg.name.decode(), kinds[arg.format]))
+        self.assertEqual([(row["name"], row["type"]) for row in table], types)
+
+    def test_without_gl_only_drawing_fails(self):
+        for name in ("libEGL.so.1", "libGLESv2.so.2"):
+            (self.folder / name).write_text("not a library")
+        env = {"LD_LIBRARY_PATH": str(self.folder)}
+        self.run_tool("info", "quad.obj", env=env)
+        self.run_tool("attributes", env=env)
+        errors = self.run_tool("render", "quad.obj", "-o", "out.png", env=env, code=1)[1]
+        self.assertIn("libEGL.so.1", errors)
+        self.assertFalse((self.folder / "out.png").exists())
+        for args in (["--help"], ["render", "--help"], ["info", "--help"], ["attributes", "--help"]):
+            self.assertIn("Example:\n  model3d ", self.run_tool(*args, env=env)[0].decode())
+        self.assertRegex(self.run_tool("--version", env=env)[0].decode(), r"^model3d \d+\.\d+\.\d+\n$")
+
+
+if __name__ == "__main__":
+    unittest.main()

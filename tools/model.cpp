@@ -1,0 +1,91 @@
+#include "model.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+void push_once(std::vector<std::string>& list, const char* text) {
+    if (std::find(list.begin(), list.end(), text) == list.end()) list.emplace_back(text);
+}
+
+// The plug-in only says that a model could not be loaded: find the cause beforehand.
+void check_file(const std::string& file) {
+    const auto fail = [&](const std::string& cause) { throw failure(exit_failed, file + ": " + cause); };
+    struct stat status {};
+    if (stat(file.c_str(), &status) != 0) fail(strerror(errno));
+    if (S_ISDIR(status.st_mode)) fail("is a directory, not a model");
+    if (!S_ISREG(status.st_mode)) fail("is not a regular file");
+
+    // Formats go by the last four characters of the whole name, folder and all.
+    std::string ending = file.size() < 4 ? "" : file.substr(file.size() - 4);
+    for (char& c : ending) {
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + ('a' - 'A'));
+    }
+    if (ending == ".qel") fail("scene files (.qel) cannot be read by this version; supported: .obj");
+    if (ending != ".obj") fail("unsupported format; supported: .obj");
+
+    const int descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) fail(strerror(errno));
+    close(descriptor);
+    if (status.st_size == 0) fail("the file is empty");
+}
+
+} // namespace
+
+model::model(const host_app& host, const std::string& file) : file_(file) {
+    check_file(file);
+
+    control_record control{};
+    control.app = kora_app_record(host.get());
+    render_context context{nullptr, &control};
+    if (!group_loadobj(&scene_, file.c_str(), &context)) {
+        throw failure(exit_failed, file + ": could not be loaded (unreadable, or memory is short)");
+    }
+    visit(scene_.root, "");
+}
+
+void model::visit(const group& g, const std::string& path) {
+    std::string own_path = path;
+    if (g.name && *g.name) {
+        if (!own_path.empty()) own_path += '/';
+        own_path += g.name;
+        groups_.push_back({own_path, g.name});
+    }
+    for (int32_t i = 0; i < g.nnodes; ++i) {
+        const node_entry& entry = g.nodes[i];
+        if (entry.load == group_load) {
+            visit(*static_cast<const group*>(entry.node), own_path);
+        } else if (entry.load == trimesh_load) {
+            const auto* mesh = static_cast<const trimesh*>(entry.node);
+            meshes_.push_back(mesh);
+            for (int32_t s = 0; s < mesh->nmaterials; ++s) {
+                if (mesh->materials[s].material) visit(*mesh->materials[s].material);
+            }
+        }
+    }
+}
+
+void model::visit(const material& m) {
+    push_once(material_names_, m.name ? m.name : "");
+    for (const texture* map : {m.diffuseMap, m.specularMap, m.ambientMap, m.emissiveMap, m.bumpMap,
+                               m.normalMap, m.reflectionMap}) {
+        if (map && map->filename) push_once(textures_, map->filename);
+    }
+}
+
+model_counts model::counts() const {
+    model_counts result;
+    for (const trimesh* mesh : meshes_) {
+        result.vertices += mesh->nvertices;
+        result.faces += mesh->nfaces;
+        result.segments += mesh->nmaterials;
+    }
+    result.materials = static_cast<int64_t>(material_names_.size());
+    result.textures = static_cast<int64_t>(textures_.size());
+    return result;
+}

@@ -1,0 +1,62 @@
+// What every command reports: failures with their exit code, notices, and what could not be found.
+#ifndef TOOLS_REPORT_H
+#define TOOLS_REPORT_H
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "kora/host.h"
+
+enum exit_code : int { exit_done = 0, exit_failed = 1, exit_usage = 2 };
+
+// Ends the command: main prints the text as the one line of the failure.
+struct failure : std::runtime_error {
+    exit_code code;
+    failure(exit_code exit, const std::string& text) : std::runtime_error(text), code(exit) {}
+};
+
+// A line on standard error, after the program's name. Control characters are shown as "?".
+void notice(std::string_view text);
+
+// A text from a file, safe to show on a terminal.
+std::string printable(std::string_view text);
+
+// Something a model asks for that could not be had.
+struct missing_entry {
+    std::string kind; // "library" or "texture"
+    std::string name; // as asked for
+    std::string path; // as tried
+    std::string reason;
+    bool operator==(const missing_entry&) const = default;
+};
+
+// A host application that collects what is missing: each path once, however often it is asked for.
+class host_app {
+  public:
+    host_app();
+    kora_app* get() const { return app_.get(); }
+
+    // What the host calls plain files from now on: "library" at first.
+    void set_file_kind(const char* kind) { file_kind_ = kind; }
+
+    const std::vector<missing_entry>& missing() const { return missing_; }
+
+    // One line each on standard error.
+    void report_missing() const;
+
+  private:
+    static void on_missing(const char* kind, const char* name, const char* path, const char* reason,
+                           void* user);
+
+    struct destroy {
+        void operator()(kora_app* app) const { kora_app_destroy(app); }
+    };
+    std::vector<missing_entry> missing_;
+    std::string file_kind_ = "library";
+    std::unique_ptr<kora_app, destroy> app_;
+};
+
+#endif
