@@ -1,0 +1,68 @@
+# The front door; the builds themselves are in CMakePresets.json. A fresh Debian machine needs make.
+
+JOBS ?= $(shell nproc)
+PREFIX ?= /usr/local
+NATIVE = release asan
+TARGETS = x86-32 x86-32-asan armv7
+
+.PHONY: all build demo test test-targets lint format bench install clean help
+
+all: build
+
+help:
+	@echo 'make demo          build, and render the sample models into demo/'
+	@echo 'make test          build, and run all tests, natively and with sanitizers'
+	@echo 'make test-targets  the same for i386 and ARMv7'
+	@echo 'make               build into build/release'
+	@echo 'make lint          clang-tidy over all sources'
+	@echo 'make format        clang-format over all sources'
+	@echo 'make bench         build and run the benchmarks'
+	@echo 'make install       install into PREFIX, /usr/local unless given'
+	@echo 'make clean         remove build/ and demo/'
+	@echo
+	@echo 'What is missing gets installed first, with apt (scripts/install-deps.sh).'
+
+.PHONY: deps deps-targets deps-bench
+deps:
+	@scripts/install-deps.sh
+deps-targets:
+	@scripts/install-deps.sh targets
+deps-bench:
+	@scripts/install-deps.sh bench
+
+# build-NAME, test-NAME: one preset.
+build-%:
+	cmake --preset $*
+	cmake --build --preset $* -j $(JOBS)
+test-%: build-%
+	ctest --preset $* -j $(JOBS)
+
+build: deps
+	@$(MAKE) --no-print-directory build-release
+
+demo: build
+	@scripts/demo.sh
+
+test: deps
+	@scripts/format.sh --check
+	@set -e; for preset in $(NATIVE); do $(MAKE) --no-print-directory test-$$preset; done
+
+test-targets: deps-targets
+	@set -e; for preset in $(TARGETS); do $(MAKE) --no-print-directory test-$$preset; done
+
+lint: build
+	@scripts/lint.sh
+
+format: deps
+	@scripts/format.sh
+
+bench: deps-bench
+	cmake --preset release -DMODEL3D_BUILD_BENCH=ON
+	cmake --build --preset release -j $(JOBS)
+	@set -e; for program in build/release/bin/*bench*; do "$$program"; done
+
+install: build
+	cmake --install build/release --prefix $(PREFIX)
+
+clean:
+	rm -rf build demo
