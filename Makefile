@@ -40,7 +40,9 @@ test-%: build-%
 build: deps
 	@$(MAKE) --no-print-directory build-release
 
-demo: build
+demo: deps
+	cmake --preset release
+	cmake --build --preset release -j $(JOBS) --target model3d_tool
 	@scripts/demo.sh
 
 test: deps
