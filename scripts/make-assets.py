@@ -9,9 +9,9 @@ import os
 import sys
 
 sys.dont_write_bytecode = True
-from assets import gauge, piston, polyhedra, shell  # noqa: E402
+from assets import car, gauge, piston, polyhedra, shell  # noqa: E402
 
-MODELS = {"gauge": gauge.build, "piston": piston.build, "shell": shell.build, "polyhedra": polyhedra.build}
+MODELS = {"car": car.build, "gauge": gauge.build, "piston": piston.build, "shell": shell.build, "polyhedra": polyhedra.build}
 
 
 def main():

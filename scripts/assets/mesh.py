@@ -186,7 +186,7 @@ class Model:
                     if uvs:
                         index[1] = intern(tables["vt"], out, "vt ", text(uvs[i]))
                     if normals and self.write_normals:
-                        index[2] = intern(tables["vn"], out, "vn ", text(normals[i], 4))
+                        index[2] = intern(tables["vn"], out, "vn ", text(normals[i], 3))
                     corners.append(index)
                 lines.append(corners)
             out.append("usemtl " + material)
@@ -202,7 +202,7 @@ def area(a, b, c):
     return length(cross(sub(b, a), sub(c, a)))
 
 
-def text(values, decimals=5):
+def text(values, decimals=4):
     return " ".join("%.*f" % (decimals, v + 0.0 if abs(v) > 0.5 * 10**-decimals else 0.0) for v in values)
 
 
