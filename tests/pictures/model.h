@@ -1,0 +1,62 @@
+// Models for the picture tests, kept as lists so that the same data becomes an OBJ file for the plug-in
+// and triangles for the reference renderer, without a parser in between.
+#pragma once
+
+#include "image.h"
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace pictures {
+
+struct vec2 {
+    double x = 0, y = 0;
+};
+struct vec3 {
+    double x = 0, y = 0, z = 0;
+};
+
+// Indices as in the file: from 1, 0 for not given.
+struct corner {
+    int position, texcoord = 0, normal = 0;
+};
+
+// material: index into the model's materials; -1 before the first one is chosen.
+struct face {
+    int material;
+    std::vector<corner> corners;
+};
+
+// The values are what a material has when its library does not say.
+struct material {
+    vec3 ambient{0.2, 0.2, 0.2}, diffuse{0.8, 0.8, 0.8}, specular{1, 1, 1};
+    double exponent = 0, alpha = 1;
+    std::string map; // file name of the diffuse texture, or empty
+};
+
+struct model {
+    std::vector<vec3> positions, normals;
+    std::vector<vec2> texcoords; // as in the file: v grows upwards
+    std::vector<material> materials;
+    std::vector<face> faces;
+    std::map<std::string, image> textures; // by file name; a map that is missing here has no file
+};
+
+// The builders add faces with the material added last (none yet: -1), wound counter-clockwise seen from
+// outside. `normals`: the file carries the exact normals; without, the plug-in computes its own.
+void add_material(model& m, const material& added);
+void add_sphere(model& m, vec3 centre, double radius, int slices, int stacks, bool normals);
+// With texture coordinates, the whole picture on every side, when its material has a map.
+void add_box(model& m, vec3 centre, vec3 half, bool normals);
+// A prism along z with regular n-gons as its ends.
+void add_prism(model& m, vec3 centre, double radius, double half_length, int n, bool normals);
+// A rectangle facing +z whose texture coordinates run from uv0 (bottom left) to uv1 (top right).
+void add_quad(model& m, vec3 centre, double half_width, double half_height, vec2 uv0 = {0, 0},
+              vec2 uv1 = {1, 1});
+
+// Writes model.obj, model.mtl and the textures into a folder. Material lines with default values are left
+// out of the library. False when a file cannot be written.
+bool model_write(const model& m, const std::string& folder);
+
+} // namespace pictures

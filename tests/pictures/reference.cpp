@@ -1,0 +1,439 @@
+// How a frame comes about:
+//   triangles  faces fan out from their first corner; normals are computed when the file has none
+//   vertices   model, view and projection matrices; Gouraud lighting
+//   pixels     homogeneous edge functions give perspective-correct weights without clipping: a pixel
+//              belongs to a triangle where all three weights are positive and to the view volume where
+//              its depth is, which is what clipping at the near and far planes amounts to
+//   blending   into 8-bit colours, layer by layer, as the framebuffer holds them
+#include "reference.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <optional>
+#include <tuple>
+
+namespace pictures {
+namespace {
+
+// ---- Vectors and matrices ------------------------------------------------------------------------
+
+vec3 operator+(vec3 a, vec3 b) {
+    return {a.x + b.x, a.y + b.y, a.z + b.z};
+}
+vec3 operator-(vec3 a, vec3 b) {
+    return {a.x - b.x, a.y - b.y, a.z - b.z};
+}
+vec3 operator*(vec3 a, vec3 b) {
+    return {a.x * b.x, a.y * b.y, a.z * b.z};
+}
+vec3 operator*(vec3 a, double s) {
+    return {a.x * s, a.y * s, a.z * s};
+}
+double dot(vec3 a, vec3 b) {
+    return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+double length(vec3 a) {
+    return std::sqrt(dot(a, a));
+}
+vec3 cross(vec3 a, vec3 b) {
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+vec3 normalized(vec3 a) {
+    return length(a) > 0 ? a * (1 / length(a)) : vec3{};
+}
+
+struct vec4 {
+    double x = 0, y = 0, z = 0, w = 0;
+};
+
+// Rows, as written on paper; vectors are columns on the right.
+using mat4 = std::array<std::array<double, 4>, 4>;
+
+mat4 operator*(const mat4& a, const mat4& b) {
+    mat4 out{};
+    for (size_t r = 0; r < 4; ++r)
+        for (size_t c = 0; c < 4; ++c)
+            for (size_t k = 0; k < 4; ++k)
+                out[r][c] += a[r][k] * b[k][c];
+    return out;
+}
+
+vec4 transformed(const mat4& m, vec3 v, double w) {
+    const auto row = [&](size_t r) { return m[r][0] * v.x + m[r][1] * v.y + m[r][2] * v.z + m[r][3] * w; };
+    return {row(0), row(1), row(2), row(3)};
+}
+
+vec3 xyz(vec4 v) {
+    return {v.x, v.y, v.z};
+}
+
+mat4 scale(double x, double y, double z) {
+    return {
+        {{x, 0, 0, 0}, {0, y, 0, 0}, {0, 0, z, 0}, {0, 0, 0, 1}}
+    };
+}
+mat4 translate(vec3 t) {
+    return {
+        {{1, 0, 0, t.x}, {0, 1, 0, t.y}, {0, 0, 1, t.z}, {0, 0, 0, 1}}
+    };
+}
+mat4 rotate_x(double a) {
+    const double c = std::cos(a), s = std::sin(a);
+    return {
+        {{1, 0, 0, 0}, {0, c, -s, 0}, {0, s, c, 0}, {0, 0, 0, 1}}
+    };
+}
+mat4 rotate_y(double a) {
+    const double c = std::cos(a), s = std::sin(a);
+    return {
+        {{c, 0, s, 0}, {0, 1, 0, 0}, {-s, 0, c, 0}, {0, 0, 0, 1}}
+    };
+}
+mat4 rotate_z(double a) {
+    const double c = std::cos(a), s = std::sin(a);
+    return {
+        {{c, -s, 0, 0}, {s, c, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}}
+    };
+}
+
+// ---- Triangles -----------------------------------------------------------------------------------
+
+struct vertex {
+    vec3 position, normal;
+    vec2 texcoord; // v downwards, so that row 0 of a picture is at v 0
+};
+
+struct triangle {
+    std::array<size_t, 3> vertices;
+    int material;
+};
+
+struct geometry {
+    std::vector<vertex> vertices;
+    std::vector<triangle> triangles;
+    double radius = 0;
+};
+
+// Every triangle has vertices of its own, but for the fan's first, whose normal is the last triangle's.
+// Without given normals, vertices at the same place then share the mean of theirs.
+geometry triangulate(const model& m) {
+    geometry g;
+    bool given = false;
+    for (const vec3& p : m.positions)
+        g.radius = std::max(g.radius, length(p));
+    for (const face& f : m.faces) {
+        const auto add = [&](const corner& c) {
+            g.vertices.push_back({m.positions[static_cast<size_t>(c.position - 1)], {}, {}});
+            return g.vertices.size() - 1;
+        };
+        const size_t first = add(f.corners[0]);
+        for (size_t k = 1; k + 1 < f.corners.size(); ++k) {
+            const triangle t{
+                {first, add(f.corners[k]), add(f.corners[k + 1])},
+                f.material
+            };
+            const corner* corners[3] = {&f.corners[0], &f.corners[k], &f.corners[k + 1]};
+            const vec3 a = g.vertices[t.vertices[0]].position, b = g.vertices[t.vertices[1]].position;
+            const vec3 normal = normalized(cross(b - a, g.vertices[t.vertices[2]].position - a));
+            for (size_t i = 0; i < 3; ++i) {
+                vertex& v = g.vertices[t.vertices[i]];
+                v.normal = normal;
+                if (corners[i]->normal) v.normal = m.normals[static_cast<size_t>(corners[i]->normal - 1)];
+                given = given || corners[i]->normal;
+                if (!corners[i]->texcoord) continue;
+                const vec2 uv = m.texcoords[static_cast<size_t>(corners[i]->texcoord - 1)];
+                v.texcoord = {uv.x, 1 - uv.y};
+            }
+            g.triangles.push_back(t);
+        }
+    }
+    if (given) return g;
+    std::map<std::tuple<double, double, double>, vec3> sums;
+    const auto place = [](const vertex& v) { return std::tuple{v.position.x, v.position.y, v.position.z}; };
+    for (const vertex& v : g.vertices)
+        sums[place(v)] = sums[place(v)] + v.normal;
+    for (vertex& v : g.vertices)
+        v.normal = normalized(sums[place(v)]);
+    return g;
+}
+
+// ---- The frame -----------------------------------------------------------------------------------
+
+class frame {
+  public:
+    explicit frame(const scene& s) : s_(s), geometry_(triangulate(s.content)) {
+        place_camera();
+        place_viewport();
+        picture_ = image(s.width, s.height, s.background);
+        depth_.assign(picture_.pixels.size(), 1.0);
+    }
+
+    image draw() {
+        const bool segments =
+            !s_.content.materials.empty() && std::any_of(s_.content.faces.begin(), s_.content.faces.end(),
+                                                         [](const face& f) { return f.material >= 0; });
+        // A mesh without materials has a default of its own; faces before the first material are lost.
+        const material plain{
+            {0.2, 0.2, 0.2},
+            {1,   1,   1  },
+            {0,   0,   0  },
+            1, 1, ""
+        };
+        for (const triangle& t : geometry_.triangles) {
+            if (segments && t.material < 0) continue;
+            draw_triangle(t, segments ? s_.content.materials[static_cast<size_t>(t.material)] : plain);
+        }
+        return picture_;
+    }
+
+  private:
+    struct projected {
+        vec4 clip;
+        vec3 world, normal, diffuse, specular;
+        vec2 texcoord;
+    };
+
+    double number(const char* name, double usual = 0) const {
+        const auto found = s_.attributes.find(name);
+        return found == s_.attributes.end() ? usual : strtod(found->second.c_str(), nullptr);
+    }
+    bool is(const char* name, const char* keyword) const {
+        const auto found = s_.attributes.find(name);
+        return found != s_.attributes.end() && found->second == keyword;
+    }
+    double angle(const char* name, double usual = 0) const { return number(name, usual) / 180 * 3.14159; }
+
+    void place_camera() {
+        camera_ = {number("camera_position_x"), number("camera_position_y"), number("camera_position_z")};
+        const vec3 at{number("model_position_x"), number("model_position_y"), number("model_position_z")};
+        model_ = translate(at) * rotate_z(angle("model_orientation_psi")) *
+                 rotate_y(angle("model_orientation_theta")) * rotate_x(angle("model_orientation_phi"));
+        const double az = angle("azimuth"), el = angle("elevation");
+        const mat4 away = translate(camera_ * -1);
+        const mat4 view = is("camera_mode", "fly")     ? rotate_x(-el) * rotate_y(az) * away
+                          : is("camera_mode", "orbit") ? away * rotate_x(el) * rotate_y(az)
+                                                       : rotate_x(el) * rotate_y(az) * away;
+        const double light_az = angle("light_internal_azimuth");
+        const double light_el = angle("light_internal_elevation", 90);
+        light_ = {-std::sin(light_az) * std::cos(light_el), std::cos(light_az) * std::cos(light_el),
+                  std::sin(light_el)};
+
+        double near = number("camera_clip_near"), far = number("camera_clip_far");
+        if (near == 0 && far == 0) {
+            const double distance = std::abs(at.z - camera_.z);
+            near = distance - 1.5 * geometry_.radius;
+            far = distance + 1.5 * geometry_.radius;
+        }
+        if (!(near > 0)) near = 0.1;
+        if (far < near) far = 2 * near;
+        double fov = number("camera_field_of_view", 60);
+        if (!(fov > 0) || fov > 180) fov = 60;
+        const double f = 1 / std::tan(fov / 360 * 3.1415927);
+        const double aspect = static_cast<double>(s_.control.x2 - s_.control.x1) /
+                              static_cast<double>(s_.control.y2 - s_.control.y1);
+        const mat4 perspective = {
+            {{f / aspect, 0, 0, 0},
+             {0, f, 0, 0},
+             {0, 0, (far + near) / (near - far), 2 * far * near / (near - far)},
+             {0, 0, -1, 0}}
+        };
+        const mat4 turned = s_.target.is_surface ? scale(1, -1, 1) : rotate_z(-rotation() / 180 * 3.1415927);
+        proj_view_ = turned * perspective * view;
+    }
+
+    double rotation() const { return s_.target.has_display_info ? s_.target.rotation_deg : 0; }
+
+    void place_viewport() {
+        const kora_target& t = s_.target;
+        const kor_rect& r = s_.control;
+        const int width = r.x2 - r.x1, height = r.y2 - r.y1;
+        if (t.is_surface) {
+            viewport_ = {t.origin_x + r.x1, t.origin_y + r.y1, width, height - 1};
+            return;
+        }
+        int x = t.origin_x + r.x1, y = t.origin_y + r.y2, w = width, h = height;
+        if (t.has_display_info) {
+            x = static_cast<int>(t.translate_x + t.scale_x * static_cast<float>(x) + 0.5f);
+            y = static_cast<int>(t.translate_y + t.scale_y * static_cast<float>(y) + 0.5f);
+            w = static_cast<int>(t.scale_x * static_cast<float>(width) + 0.5f);
+            h = static_cast<int>(t.scale_y * static_cast<float>(height) + 0.5f);
+        }
+        const int vw = s_.width, vh = s_.height;
+        switch (static_cast<int>(rotation())) {
+        case 90:
+            viewport_ = {vw - y, vh - x - w, h, w};
+            break;
+        case 180:
+            viewport_ = {vw - w - x, y - h, w, h};
+            break;
+        case 270:
+            viewport_ = {y - h, x, h, w};
+            break;
+        default:
+            viewport_ = {x, vh - y, w, h};
+        }
+    }
+
+    // Adds what the internal light gives at a point to a diffuse and a specular sum.
+    void light(const material& s, vec3 point, vec3 normal, vec3& diffuse, vec3& specular) const {
+        const vec3 n = normalized(normal), towards = normalized(light_);
+        const vec3 half = normalized(towards + normalized(camera_ - point));
+        const double intensity = number("light_internal_intensity", 1);
+        diffuse = s.diffuse * (std::max(0.0, dot(n, towards)) * intensity);
+        specular = s.specular * (std::pow(std::max(0.0, dot(n, half)), s.exponent) * intensity);
+    }
+
+    vec4 texel(const image& picture, double u, double v) const {
+        const double x = u * picture.width - 0.5, y = v * picture.height - 0.5;
+        const double x0 = std::floor(x), y0 = std::floor(y);
+        const auto wrapped = [](double i, int size) {
+            const int k = static_cast<int>(i) % size;
+            return k < 0 ? k + size : k;
+        };
+        vec4 sum{};
+        for (const auto& [dx, dy] : {
+                 std::pair{0, 0},
+                 {1, 0},
+                 {0, 1},
+                 {1, 1}
+        }) {
+            const double weight = (dx ? x - x0 : 1 - (x - x0)) * (dy ? y - y0 : 1 - (y - y0)) / 255;
+            const rgba& p = picture.at(wrapped(x0 + dx, picture.width), wrapped(y0 + dy, picture.height));
+            sum = {sum.x + weight * p.r, sum.y + weight * p.g, sum.z + weight * p.b, sum.w + weight * p.a};
+        }
+        return sum;
+    }
+
+    projected project(const vertex& v, const material& s) const {
+        projected p;
+        p.world = xyz(transformed(model_, v.position, 1));
+        p.clip = transformed(proj_view_, p.world, 1);
+        p.normal = normalized(xyz(transformed(model_, v.normal, 0)));
+        p.texcoord = v.texcoord;
+        light(s, p.world, p.normal, p.diffuse, p.specular);
+        return p;
+    }
+
+    // Colour and alpha of a pixel from the interpolated values, neither clamped.
+    vec4 shade(const projected& p, const material& s) const {
+        vec4 texture{1, 1, 1, 1};
+        if (!s.map.empty()) texture = texel(s_.content.textures.at(s.map), p.texcoord.x, p.texcoord.y);
+        const vec3 t = xyz(texture);
+        vec3 colour = s.ambient * t * number("control_ambient");
+        if (is("shading_model", "flat")) {
+            colour = colour + s.diffuse * t;
+        } else if (is("shading_model", "blinn-phong")) {
+            vec3 diffuse, specular;
+            light(s, p.world, p.normal, diffuse, specular);
+            colour = colour + diffuse * t + specular;
+        } else {
+            colour = colour + p.diffuse * t + p.specular;
+        }
+        colour = colour * number("control_lightness", 0.75);
+        return {colour.x, colour.y, colour.z, texture.w * s.alpha * number("alpha", 255) / 255};
+    }
+
+    static uint8_t stored(double value) {
+        return static_cast<uint8_t>(std::floor(std::clamp(value, 0.0, 1.0) * 255 + 0.5));
+    }
+
+    static rgba blended(rgba below, vec4 c) {
+        const double a = std::clamp(c.w, 0.0, 1.0);
+        const auto over = [&](double source, uint8_t old) {
+            return stored(std::clamp(source, 0.0, 1.0) * a + (1 - a) * old / 255);
+        };
+        return {over(c.x, below.r), over(c.y, below.g), over(c.z, below.b), stored(a + below.a / 255.0)};
+    }
+
+    void draw_triangle(const triangle& t, const material& s) {
+        std::array<projected, 3> v;
+        for (size_t i = 0; i < 3; ++i)
+            v[i] = project(geometry_.vertices[t.vertices[i]], s);
+
+        // Edge i is a linear function of the position that is zero on the line through the other two
+        // vertices. Its exact antisymmetry lets neighbours agree on a pixel that lies on their edge.
+        std::array<vec3, 3> edge;
+        for (size_t i = 0; i < 3; ++i) {
+            const vec4 &a = v[(i + 1) % 3].clip, &b = v[(i + 2) % 3].clip;
+            edge[i] = cross({a.x, a.y, a.w}, {b.x, b.y, b.w});
+        }
+        const double area = dot({v[0].clip.x, v[0].clip.y, v[0].clip.w}, edge[0]);
+        if (area == 0) return;
+        const bool front = s_.target.is_surface ? area < 0 : area > 0;
+        if (is("culling_mode", "back") && !front) return;
+
+        double low_x = -1, high_x = 1, low_y = -1, high_y = 1;
+        if (v[0].clip.w > 0 && v[1].clip.w > 0 && v[2].clip.w > 0) {
+            const auto [x0, x1] = std::minmax(
+                {v[0].clip.x / v[0].clip.w, v[1].clip.x / v[1].clip.w, v[2].clip.x / v[2].clip.w});
+            const auto [y0, y1] = std::minmax(
+                {v[0].clip.y / v[0].clip.w, v[1].clip.y / v[1].clip.w, v[2].clip.y / v[2].clip.w});
+            low_x = std::max(low_x, x0), high_x = std::min(high_x, x1);
+            low_y = std::max(low_y, y0), high_y = std::min(high_y, y1);
+        }
+        const auto pixel = [](double ndc, int start, int size) { return start + (ndc + 1) / 2 * size - 0.5; };
+        const auto clamped = [](double p, int size) {
+            return static_cast<int>(std::clamp(p, 0.0, static_cast<double>(size)));
+        };
+        const int x_end = clamped(std::floor(pixel(high_x, viewport_.x, viewport_.width)) + 1, s_.width);
+        const int y_end = clamped(std::floor(pixel(high_y, viewport_.y, viewport_.height)) + 1, s_.height);
+        for (int y = clamped(std::ceil(pixel(low_y, viewport_.y, viewport_.height)), s_.height); y < y_end;
+             ++y)
+            for (int x = clamped(std::ceil(pixel(low_x, viewport_.x, viewport_.width)), s_.width); x < x_end;
+                 ++x)
+                draw_pixel(x, y, v, edge, area, s);
+    }
+
+    void draw_pixel(int x, int y, const std::array<projected, 3>& v, const std::array<vec3, 3>& edge,
+                    double area, const material& s) {
+        const vec3 at{2 * (x + 0.5 - viewport_.x) / viewport_.width - 1,
+                      2 * (y + 0.5 - viewport_.y) / viewport_.height - 1, 1};
+        std::array<double, 3> weight; // of the vertices, divided by w
+        for (size_t i = 0; i < 3; ++i) {
+            const double side = dot(edge[i], at) * (area > 0 ? 1 : -1);
+            const vec3 e = edge[i] * (area > 0 ? 1 : -1);
+            if (side < 0 || (side == 0 && !(e.x > 0 || (e.x == 0 && e.y > 0)))) return;
+            weight[i] = side / std::abs(area);
+        }
+        const double per_w = weight[0] + weight[1] + weight[2];
+        const double depth = weight[0] * v[0].clip.z + weight[1] * v[1].clip.z + weight[2] * v[2].clip.z;
+        if (!(per_w > 0) || depth < -1 || depth > 1) return;
+        const size_t index = static_cast<size_t>((s_.height - 1 - y) * s_.width + x);
+        const double window_depth = depth / 2 + 0.5;
+        if (!(window_depth < depth_[index])) return;
+        depth_[index] = window_depth;
+
+        projected p;
+        for (size_t i = 0; i < 3; ++i) {
+            const double k = weight[i] / per_w;
+            p.world = p.world + v[i].world * k;
+            p.normal = p.normal + v[i].normal * k;
+            p.diffuse = p.diffuse + v[i].diffuse * k;
+            p.specular = p.specular + v[i].specular * k;
+            p.texcoord = {p.texcoord.x + v[i].texcoord.x * k, p.texcoord.y + v[i].texcoord.y * k};
+        }
+        picture_.pixels[index] = blended(picture_.pixels[index], shade(p, s));
+    }
+
+    struct rectangle {
+        int x, y, width, height;
+    };
+
+    const scene& s_;
+    geometry geometry_;
+    image picture_;
+    std::vector<double> depth_;
+    vec3 camera_, light_; // light_: towards the light, in the world
+    mat4 model_{}, proj_view_{};
+    rectangle viewport_{};
+};
+
+} // namespace
+
+image reference_render(const scene& s) {
+    return frame(s).draw();
+}
+
+} // namespace pictures

@@ -1,0 +1,164 @@
+#include "stage.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <sstream>
+
+namespace pictures {
+
+void stage::SetUp() {
+    gl_ = gl_context::get();
+    ASSERT_TRUE(gl_) << "no OpenGL ES 2.0 context";
+    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
+    folder_ = std::string(PICTURES_OUTPUT) + "/" + test->name();
+    std::filesystem::remove_all(folder_);
+    std::filesystem::create_directories(folder_);
+
+    kora_log_set_callback(
+        [](int level, const char* text, void* user) {
+            if (level <= 1) static_cast<stage*>(user)->complaints_.push_back(text);
+        },
+        this);
+    app_ = kora_app_create();
+    ASSERT_TRUE(app_);
+    ASSERT_TRUE(kora_app_load_plugin(app_, PICTURES_PLUGIN, nullptr)) << kora_app_error(app_);
+    ASSERT_TRUE(kora_app_add_resource_root(app_, folder_.c_str())) << kora_app_error(app_);
+    kora_app_set_missing_callback(
+        app_,
+        [](const char*, const char*, const char* path, const char*, void* user) {
+            static_cast<stage*>(user)->missing_.push_back(path);
+        },
+        this);
+}
+
+void stage::TearDown() {
+    if (app_) kora_app_destroy(app_);
+    kora_log_set_callback(nullptr, nullptr);
+    if (gl_) {
+        EXPECT_EQ(gl_->take_errors(), std::vector<std::string>{});
+    }
+    EXPECT_EQ(complaints_, std::vector<std::string>{});
+    EXPECT_EQ(missing_, std::vector<std::string>{});
+}
+
+image stage::draw(const scene& s, const std::string& label) {
+    std::filesystem::create_directories(folder_ + "/" + label);
+    EXPECT_TRUE(model_write(s.content, folder_ + "/" + label));
+    return draw_file(s, label + "/model.obj");
+}
+
+image stage::draw_file(const scene& s, const std::string& file) {
+    EXPECT_TRUE(gl_->begin(s.width, s.height, s.background));
+    kora_app_set_target(app_, &s.target);
+    kora_app_set_npot_mode(app_, s.npot);
+    const kor_rect& r = s.control;
+    kora_control* control =
+        kora_control_create(app_, nullptr, "model3d", r.x1, r.y1, r.x2 - r.x1, r.y2 - r.y1);
+    EXPECT_TRUE(control) << kora_app_error(app_);
+    if (!control) return {};
+    EXPECT_TRUE(kora_control_set(control, "filename", file.c_str())) << kora_app_error(app_);
+    for (const auto& [name, value] : s.attributes)
+        EXPECT_TRUE(kora_control_set(control, name.c_str(), value.c_str())) << kora_app_error(app_);
+    kora_control_render(control);
+    image picture = gl_->read();
+    kora_control_destroy(control);
+    return picture;
+}
+
+void stage::check(scene s, const std::string& label, const std::string& changes) {
+    scene changed; // holds nothing but the changes
+    attributes_set(changed, changes);
+    attributes_set(s, changes);
+    const image expected = reference_render(s);
+    for (const auto& [name, value] : changed.attributes) {
+        scene without = s;
+        without.attributes.erase(name);
+        EXPECT_GT(image_compare(expected, reference_render(without), limits{}.tolerance).fraction, 0.02)
+            << label << " does not show " << name;
+    }
+    const auto drawn = std::count_if(expected.pixels.begin(), expected.pixels.end(),
+                                     [&](const rgba& p) { return p != s.background; });
+    EXPECT_GT(drawn, s.width * s.height / 20) << label << " shows too little to be compared";
+    compare(expected, draw(s, label), label);
+}
+
+void stage::check_models(scene s, const std::string& label, const std::string& changes,
+                         std::initializer_list<const char*> models) {
+    for (const char* name : models) {
+        s.attributes["shading_model"] = name;
+        check(s, label + "-" + name, changes);
+    }
+}
+
+void stage::compare(const image& expected, const image& actual, const std::string& label, limits allowed) {
+    const comparison result = image_compare(expected, actual, allowed.tolerance);
+    const bool passed = result.fraction <= allowed.fraction;
+    if (passed && !getenv("PICTURES_KEEP")) return;
+
+    const std::string stem = folder_ + "/" + label;
+    std::ostringstream report;
+    report << label << ": " << 100 * result.fraction << " % of the pixels differ by more than "
+           << allowed.tolerance << " (" << 100 * allowed.fraction << " % may), at most by " << result.worst
+           << "\n  expected   " << image_write(expected, stem + ".expected") << "\n  actual     "
+           << image_write(actual, stem + ".actual") << "\n  difference "
+           << image_write(result.difference, stem + ".difference") << '\n';
+    if (passed)
+        std::cout << report.str();
+    else
+        ADD_FAILURE() << report.str();
+}
+
+model landmark() {
+    model m;
+    add_material(m, {
+                        {0.3, 0,   0  },
+                        {0.8, 0.2, 0.1},
+                        {0.2, 0.2, 0.2},
+                        10, 1, ""
+    });
+    add_box(m, {-0.6, -0.4, 0}, {0.5, 0.4, 0.3}, true);
+    add_material(m, {
+                        {0,   0.3, 0  },
+                        {0.1, 0.7, 0.2},
+                        {0.6, 0.6, 0.6},
+                        30, 1, ""
+    });
+    add_prism(m, {0.6, 0.3, 0.3}, 0.5, 0.5, 6, true);
+    add_material(m, {
+                        {0.1, 0.1, 0.4},
+                        {0.2, 0.3, 0.9},
+                        {0,   0,   0  },
+                        1, 1, ""
+    });
+    add_box(m, {0.1, -0.8, -0.5}, {0.3, 0.2, 0.6}, true);
+    add_material(m, {
+                        {0.3, 0.3, 0  },
+                        {0.9, 0.8, 0.1},
+                        {0.1, 0.1, 0.1},
+                        5, 1, ""
+    });
+    add_quad(m, {-0.5, 0.6, -0.1}, 0.5, 0.35);
+    std::reverse(m.faces.back().corners.begin(), m.faces.back().corners.end());
+    return m;
+}
+
+void attributes_set(scene& s, const std::string& changes) {
+    std::istringstream words(changes);
+    for (std::string word; words >> word;) {
+        const size_t equals = word.find('=');
+        s.attributes[word.substr(0, equals)] = word.substr(equals + 1);
+    }
+}
+
+scene lit_scene(model content) {
+    scene s;
+    s.content = std::move(content);
+    attributes_set(s, "camera_position_z=4 camera_field_of_view=45 light_internal_azimuth=-50 "
+                      "light_internal_elevation=40 light_internal_intensity=0.9 control_ambient=0.6 "
+                      "control_lightness=0.9");
+    return s;
+}
+
+} // namespace pictures

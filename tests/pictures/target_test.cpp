@@ -1,0 +1,75 @@
+// Where on the render target a control is drawn: rectangles, display rotations and surfaces.
+#include "stage.h"
+
+#include <GLES2/gl2.h>
+
+namespace pictures {
+namespace {
+
+class target : public stage {};
+
+TEST_F(target, places_the_control) {
+    // A surface ignores the display; without a display only the origin counts.
+    const struct {
+        const char* name;
+        int surface, display, rotation;
+        float scale_x, scale_y, translate_x, translate_y;
+        int origin_x, origin_y;
+        int x1, y1, x2, y2; // the control
+        int width, height;  // of the framebuffer
+    } rows[] = {
+        {"part",               0, 0, 0,   1,     1,    0,    0,     0,  0, 20,  10, 100, 60,  128, 96},
+        {"tall",               0, 0, 0,   1,     1,    0,    0,     0,  0, 60,  5,  100, 85,  128, 96},
+        {"beyond-the-edges",   0, 0, 0,   1,     1,    0,    0,     0,  0, -30, 40, 90,  130, 128, 96},
+        {"origin",             0, 0, 0,   1,     1,    0,    0,     11, 7, 20,  10, 100, 60,  128, 96},
+        {"odd-target",         0, 0, 0,   1,     1,    0,    0,     0,  0, 0,   0,  101, 77,  101, 77},
+        {"display",            0, 1, 0,   1,     1,    0,    0,     0,  0, 20,  10, 100, 60,  128, 96},
+        {"display-beyond",     0, 1, 0,   1,     1,    0,    0,     0,  0, -30, 40, 90,  130, 128, 96},
+        {"rotated-90",         0, 1, 90,  1,     1,    0,    0,     0,  0, 20,  10, 100, 60,  128, 96},
+        {"rotated-180",        0, 1, 180, 1,     1,    0,    0,     0,  0, 20,  10, 100, 60,  128, 96},
+        {"rotated-270",        0, 1, 270, 1,     1,    0,    0,     0,  0, 20,  10, 100, 60,  128, 96},
+        {"rotated-90-whole",   0, 1, 90,  1,     1,    0,    0,     0,  0, 0,   0,  96,  128, 128, 96},
+        {"rotated-90-origin",  0, 1, 90,  1,     1,    0,    0,     11, 7, 20,  10, 100, 60,  128, 96},
+        {"rotated-270-tall",   0, 1, 270, 1,     1,    0,    0,     0,  0, 60,  5,  100, 85,  128, 96},
+        {"scaled",             0, 1, 0,   1.25f, 1.5f, 3.3f, -4.2f, 0,  0, 20,  10, 100, 60,  128, 96},
+        {"scaled-90",          0, 1, 90,  0.9f,  1.2f, 4.5f, 3.5f,  11, 7, 20,  10, 100, 60,  128, 96},
+        {"scaled-180",         0, 1, 180, 0.75f, 0.9f, 2,    9,     0,  0, 20,  10, 100, 60,  128, 96},
+        {"scaled-270",         0, 1, 270, 0.8f,  1.2f, 1.5f, 2.5f,  0,  0, 20,  10, 100, 60,  128, 96},
+        {"surface",            1, 0, 0,   1,     1,    0,    0,     0,  0, 0,   0,  128, 96,  128, 96},
+        {"surface-part",       1, 0, 0,   1,     1,    0,    0,     0,  0, 20,  10, 100, 60,  128, 96},
+        {"surface-origin",     1, 0, 0,   1,     1,    0,    0,     11, 7, 60,  5,  100, 85,  128, 96},
+        {"surface-of-display", 1, 1, 90,  2,     2,    5,    5,     0,  0, 20,  10, 100, 60,  128, 96},
+    };
+    for (const auto& row : rows) {
+        scene s = lit_scene(landmark());
+        attributes_set(s, "camera_position_z=3");
+        s.target = {row.origin_x, row.origin_y,    row.surface,     row.display, row.scale_x,
+                    row.scale_y,  row.translate_x, row.translate_y, row.rotation};
+        s.control = {row.x1, row.y1, row.x2, row.y2};
+        s.width = row.width;
+        s.height = row.height;
+        check(s, row.name);
+        // Front faces must stay front faces however the picture is turned.
+        attributes_set(s, "culling_mode=back");
+        check(s, std::string(row.name).append("-culled"));
+    }
+}
+
+// The comparison itself must be able to fail, and so must the watch on GL errors.
+TEST_F(target, checks_are_awake) {
+    scene s = lit_scene(landmark());
+    const image picture = reference_render(s);
+    attributes_set(s, "azimuth=1");
+    EXPECT_GT(image_compare(picture, reference_render(s), limits{}.tolerance).fraction, limits{}.fraction);
+    EXPECT_EQ(image_compare(picture, picture, 0).fraction, 0);
+    image wrong = picture;
+    for (int y = 0; y < 2; ++y)
+        for (int x = 0; x < wrong.width; ++x)
+            wrong.at(x, y).a = static_cast<uint8_t>(wrong.at(x, y).a ^ 8);
+    EXPECT_GT(image_compare(picture, wrong, limits{}.tolerance).fraction, limits{}.fraction);
+    glEnable(0xBAD);
+    EXPECT_EQ(gl_->take_errors().size(), 1u);
+}
+
+} // namespace
+} // namespace pictures
