@@ -90,6 +90,7 @@ void run_attributes(bool as_json) {
     for (const attribute_row& row : rows) {
         printf(line, row.name, row.type, row.unit, row.initial, described(row).c_str());
     }
+    finish_output();
 }
 
 void check_attribute(std::string_view name, std::string_view value) {

@@ -161,7 +161,7 @@ framebuffer::framebuffer(const gl_context& context, int width, int height, int s
         drop(drawn_);
         drop(resolved_);
         cannot_draw("the driver has no room for a picture of " + std::to_string(width) + "x" +
-                    std::to_string(height) + " with " + std::to_string(samples) + " samples");
+                    std::to_string(height) + " with " + std::to_string(samples) + " samples a pixel");
     }
     if (samples > 1) {
         // The driver may have rounded up.

@@ -193,7 +193,7 @@ void print_text(const json& facts) {
         printf("missing %s \"%s\": tried %s: %s\n", text_of(m["kind"]).c_str(), text_of(m["name"]).c_str(),
                text_of(m["path"]).c_str(), text_of(m["reason"]).c_str());
     }
-    if (fflush(stdout) != 0) throw failure(exit_failed, "could not write to standard output");
+    finish_output();
 }
 
 } // namespace

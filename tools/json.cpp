@@ -36,7 +36,6 @@ json json_missing(const std::vector<missing_entry>& missing) {
 
 void print_json(const json& value) {
     const std::string text = value.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
-    if (fwrite(text.data(), 1, text.size(), stdout) != text.size() || fflush(stdout) != 0) {
-        throw failure(exit_failed, "could not write to standard output");
-    }
+    fwrite(text.data(), 1, text.size(), stdout);
+    finish_output();
 }

@@ -103,6 +103,7 @@ struct command_line {
     bool info_json = false, attributes_json = false;
 
     command_line() {
+        app.name("model3d"); // not the path it was called by
         app.set_version_flag("--version", "model3d " MODEL3D_VERSION);
         app.require_subcommand(1);
         app.footer("Exit codes: 0 done; 1 the file could not be loaded or drawn; 2 wrong usage.\n\n"

@@ -15,6 +15,10 @@ void notice(std::string_view text) {
     fprintf(stderr, "model3d: %s\n", printable(text).c_str());
 }
 
+void finish_output() {
+    if (fflush(stdout) != 0 || ferror(stdout)) throw failure(exit_failed, "cannot write to standard output");
+}
+
 host_app::host_app() : app_(kora_app_create()) {
     if (!app_) throw failure(exit_failed, "out of memory");
     kora_app_set_missing_callback(app_.get(), on_missing, this);

@@ -21,6 +21,9 @@ struct failure : std::runtime_error {
 // A line on standard error, after the program's name. Control characters are shown as "?".
 void notice(std::string_view text);
 
+// Throws a failure when what was printed to standard output could not be written.
+void finish_output();
+
 // A text from a file, safe to show on a terminal.
 std::string printable(std::string_view text);
 

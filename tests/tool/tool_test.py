@@ -3,7 +3,6 @@
 import ctypes
 import json
 import os
-import stat
 import struct
 import subprocess
 import tempfile
@@ -15,6 +14,7 @@ from png_read import read_png
 
 TOOL = os.environ["MODEL3D_TOOL"]
 PLUGIN = os.environ["MODEL3D_PLUGIN"]
+FAILING_PLUGIN = os.environ["FAILING_PLUGIN"]
 
 # A rectangle from (-1, -1) to (0.5, 1), so that no turn or flip looks like another.
 QUAD = """mtllib quad.mtl
@@ -162,6 +162,15 @@ class ToolTest(unittest.TestCase):
         (self.folder / "out.png").write_text("earlier")
         self.run_tool("render", "quad.obj", "-o", "out.png", "--set", "azimuth=x", code=2)
         self.run_tool("render", "quad.obj", "-o", "out.png", env={"MODEL3D_PLUGIN": "none.so"}, code=1)
+        drawn = [("warning", "other.png", 0, "only a warning"),
+                 ("shader", "out.png", 1, "quad.obj: was not drawn: no shader today"),
+                 ("load", "out.png", 1, "quad.obj: was not drawn: could not load model: it"),
+                 ("gl", "out.png", 1, "quad.obj: was not drawn: GL error 0x0500")]
+        for way, out, code, cause in drawn:
+            errors = self.run_tool("render", "quad.obj", "-o", out, "--option", way, "--samples", "1", "--raw",
+                                   env={"MODEL3D_PLUGIN": FAILING_PLUGIN}, code=code)[1]
+            self.assertEqual(errors, f"model3d: {cause}\n")
+        (self.folder / "other.png").unlink()
         self.assertEqual((self.folder / "out.png").read_text(), "earlier")
         self.assertEqual(set(os.listdir(self.folder)), before | {"out.png"})
 
@@ -170,11 +179,17 @@ class ToolTest(unittest.TestCase):
         self.assertTrue((self.folder / "link.png").is_symlink())
         to_file = (self.folder / "out.png").read_bytes()
         self.assertEqual(self.run_tool("render", "quad.obj", "-o", "-", *VIEW)[0], to_file)
-        self.run_tool("render", "quad.obj", "-o", "/dev/null", *VIEW)
-        self.assertTrue(stat.S_ISCHR(os.stat("/dev/null").st_mode))
-        self.run_tool("render", "quad.obj", "-o", "/dev/full", *VIEW, code=1)
+        os.mkfifo(self.folder / "pipe")
+        with subprocess.Popen(["cat", self.folder / "pipe"], stdout=subprocess.PIPE) as reader:
+            self.run_tool("render", "quad.obj", "-o", "pipe", *VIEW)
+            self.assertEqual(reader.stdout.read(), to_file)
+        with open("/dev/full", "wb") as full:
+            for args in (["render", "-o", "-", *VIEW], ["info", "--json"], ["info"], ["attributes"]):
+                file = [] if args[0] == "attributes" else ["quad.obj"]
+                code = subprocess.call([TOOL, *args, *file], cwd=self.folder, stdout=full, stderr=subprocess.DEVNULL)
+                self.assertEqual(code, 1, args)
         self.assertIn("no triangles", self.run_tool("render", "points.obj", "-o", "out.png", *VIEW)[1])
-        self.assertEqual(set(os.listdir(self.folder)), before | {"out.png", "link.png"})
+        self.assertEqual(set(os.listdir(self.folder)), before | {"out.png", "link.png", "pipe"})
 
     def test_pictures_are_exact(self):
         (self.folder / "quad.mtl").write_text(QUAD_MTL.replace("d 0.5", "d 1"))
