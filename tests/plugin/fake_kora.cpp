@@ -1,0 +1,373 @@
+#include "plugin/fake_kora.h"
+
+#include <cstdarg>
+#include <cstdlib>
+
+struct kor_string_map {
+    std::map<std::string, void*> entries;
+};
+
+namespace {
+
+struct pooled_shader {
+    kora_reference* reference;
+    int count;
+};
+
+struct {
+    kora_pool_alloc alloc;
+    kora_pool_release release;
+    std::map<std::string, pooled_shader> shaders;
+    std::map<std::string, int> image_handles; // the address of a value is the reference
+    uint64_t clock;
+} pool;
+
+// Records are poison where nothing is documented.
+struct record_memory {
+    alignas(16) char bytes[512];
+    record_memory() { std::memset(bytes, 0xA5, sizeof bytes); }
+};
+record_memory app, services, data, renderext, events, graphics, resources, canvas;
+
+void unused_slot() {
+    fault("a slot that the interface does not use was called");
+}
+
+void fill_slots(record_memory& table) {
+    for (size_t i = 0; i < sizeof table.bytes / sizeof(void*); ++i)
+        put(&table, i * sizeof(void*), &unused_slot);
+}
+
+void check_service(const void* self, const record_memory& expected, const char* operation) {
+    if (self != &expected) fault("%s: the first argument is not the service", operation);
+}
+
+const char* app_name(const app_record* given) {
+    if (given && static_cast<const void*>(given) != &app) fault("a log call with an unknown app record");
+    return given ? "app" : "null";
+}
+
+const void* data_get(data_manager* self, const char* key, int zero) {
+    check_service(self, data, "data get");
+    const auto found = host().values.find(key);
+    record(channel::host, "data_get \"%s\" %d", key, zero);
+    return found == host().values.end() ? nullptr : &found->second;
+}
+
+int register_extension(renderext_manager* self, const renderext_descriptor* descriptor) {
+    check_service(self, renderext, "register");
+    record(channel::host, "register_extension \"%s\"", descriptor->name);
+    host().extension = descriptor;
+    return 77;
+}
+
+int add_listener(event_manager* self, const char* event, kora_event_callback callback, void* user) {
+    check_service(self, events, "add listener");
+    record(channel::host, "add_listener \"%s\"", event);
+    host().listeners.push_back({event, callback, user});
+    return 77;
+}
+
+int create_pool(resource_manager* self, const char* type, void* parameter, kora_pool_alloc alloc,
+                kora_pool_release release, int zero) {
+    check_service(self, resources, "create pool");
+    record(channel::host, "create_pool \"%s\" %d %d", type,
+           static_cast<int>(reinterpret_cast<intptr_t>(parameter)), zero);
+    pool.alloc = alloc;
+    pool.release = release;
+    return 77;
+}
+
+kora_reference* build_shader(const char* name, va_list args) {
+    auto& state = host();
+    if (state.refused.contains(name)) return nullptr;
+    const auto found = pool.shaders.find(name);
+    if (found != pool.shaders.end()) {
+        ++found->second.count;
+        return found->second.reference;
+    }
+    state.building = name;
+    ++recorded().depth;
+    kora_reference* made = pool.alloc(host_app(), nullptr, nullptr, name, args);
+    --recorded().depth;
+    state.building.clear();
+    if (!made) return nullptr;
+    made->host_block = std::malloc(3); // the pool's own block, freed by the release callback
+    pool.shaders[name] = {made, 1};
+    return made;
+}
+
+kora_reference* image_reference(const char* name) {
+    if (!host().images.contains(name)) return nullptr;
+    return reinterpret_cast<kora_reference*>(&pool.image_handles[name]);
+}
+
+kora_reference* get_reference(resource_manager* self, const char* type, const char* name, ...) {
+    check_service(self, resources, "get reference");
+    va_list args;
+    va_start(args, name);
+    kora_reference* reference = nullptr;
+    if (std::string(type) == "shader") {
+        reference = build_shader(name, args);
+    } else if (std::string(type) == "image") {
+        if (va_arg(args, void*) != nullptr || va_arg(args, int) != 0)
+            fault("an image is acquired with (null, 0)");
+        reference = image_reference(name);
+    } else {
+        fault("no pool \"%s\"", type);
+    }
+    va_end(args);
+    record(channel::host, "get_reference \"%s\" \"%s\"%s", type, name, reference ? "" : " -> null");
+    if (reference) ++host().held[std::string(type) + " " + name];
+    return reference;
+}
+
+// "TYPE NAME" of a reference, or "" after a fault.
+std::string reference_name(const kora_reference* reference, const char* operation) {
+    for (const auto& [name, shader] : pool.shaders)
+        if (shader.reference == reference) return "shader " + name;
+    for (const auto& [name, handle] : pool.image_handles)
+        if (static_cast<const void*>(&handle) == reference) return "image " + name;
+    fault("%s: not a reference of this host: %p", operation, static_cast<const void*>(reference));
+    return "";
+}
+
+void discard_shader(std::map<std::string, pooled_shader>::iterator shader) {
+    kora_reference* reference = shader->second.reference;
+    pool.shaders.erase(shader);
+    ++recorded().depth;
+    pool.release(nullptr, nullptr, nullptr, reference);
+    --recorded().depth;
+}
+
+int release_reference(resource_manager* self, kora_reference* reference) {
+    check_service(self, resources, "release");
+    const std::string name = reference_name(reference, "release");
+    if (name.empty()) return 0;
+    record(channel::host, "release \"%s\"", name.substr(name.find(' ') + 1).c_str());
+    if (host().held[name] <= 0) fault("%s released too often", name.c_str());
+    if (--host().held[name] == 0) host().held.erase(name);
+    const auto shader = pool.shaders.find(name.substr(name.find(' ') + 1));
+    if (name.starts_with("shader ") && --shader->second.count == 0 && !host().keep_shaders)
+        discard_shader(shader);
+    return 77;
+}
+
+void* get_data(resource_manager* self, kora_reference* reference) {
+    check_service(self, resources, "get data");
+    const std::string name = reference_name(reference, "get data");
+    record(channel::host, "get_data \"%s\"", name.substr(name.find(' ') + 1).c_str());
+    if (name.starts_with("image ")) {
+        host_image& image = host().images.at(name.substr(6));
+        return image.data ? &image : nullptr;
+    }
+    if (name.empty() || host().without_data.contains(name.substr(7))) return nullptr;
+    return get<void*>(reference, sizeof(void*));
+}
+
+char* resolve_path(resource_manager* self, const char* name) {
+    check_service(self, resources, "resolve path");
+    record(channel::host, "resolve_path \"%s\"", name);
+    if (host().unresolved.contains(name)) return nullptr;
+    return strdup((name[0] == '/' ? std::string(name) : host().root + "/" + name).c_str());
+}
+
+int describe_image(graphics_manager* self, void* object, int one, image_info* info, size_t size) {
+    check_service(self, graphics, "describe image");
+    const auto* image = static_cast<const host_image*>(object);
+    record(channel::host, "describe_image %d %d", one, static_cast<int>(size));
+    if (size != HOST_OFFSET(image_info, pixels, 32) + sizeof(void*)) fault("wrong size of an image_info");
+    std::memset(static_cast<void*>(info), 0xA5, size);
+    put(info, HOST_OFFSET(image_info, texture, 0), image->texture);
+    put(info, HOST_OFFSET(image_info, image_width, 4), image->width);
+    put(info, HOST_OFFSET(image_info, image_height, 8), image->height);
+    put(info, HOST_OFFSET(image_info, buffer_width, 12), image->buffer_width);
+    put(info, HOST_OFFSET(image_info, buffer_height, 16), image->buffer_height);
+    put(info, HOST_OFFSET(image_info, bytes_per_pixel, 28), image->bytes_per_pixel);
+    put(info, HOST_OFFSET(image_info, pixels, 32), image->pixels.empty() ? nullptr : image->pixels.data());
+    return 0; // not a sign of success
+}
+
+void get_origin(render_canvas* self, int32_t* x, int32_t* y) {
+    check_service(self, canvas, "get origin");
+    record(channel::host, "get_origin");
+    *x = host().origin_x;
+    *y = host().origin_y;
+}
+
+void display_info(render_canvas* self, float* sx, float* sy, float* tx, float* ty, int32_t* rotation) {
+    check_service(self, canvas, "gles_display_info");
+    record(channel::host, "gles_display_info");
+    *sx = host().sx;
+    *sy = host().sy;
+    *tx = host().tx;
+    *ty = host().ty;
+    *rotation = host().rotation;
+}
+
+kora_slot find_service(render_canvas* self, const char* name) {
+    check_service(self, canvas, "find service");
+    record(channel::host, "find_service \"%s\"", name);
+    return host().display_info ? reinterpret_cast<kora_slot>(&display_info) : nullptr;
+}
+
+void is_surface(render_canvas* self, int32_t* flag) {
+    check_service(self, canvas, "is surface");
+    record(channel::host, "is_surface");
+    *flag = host().surface;
+}
+
+void timing_hook(app_record* given, const char* category, const char* phase, const char* label,
+                 int64_t elapsed) {
+    record(channel::host, "timing %s %s %s %s %lld", app_name(given), category, phase, label,
+           static_cast<long long>(elapsed));
+}
+
+void build_records() {
+    for (record_memory* table : {&data, &renderext, &events, &graphics, &resources, &canvas})
+        fill_slots(*table);
+    put(&app, HOST_OFFSET(app_record, services, 36), &services);
+    put(&services, HOST_OFFSET(app_services, data, 4), &data);
+    put(&services, HOST_OFFSET(app_services, renderext, 8), &renderext);
+    put(&services, HOST_OFFSET(app_services, event, 12), &events);
+    put(&services, HOST_OFFSET(app_services, graphics, 20), &graphics);
+    put(&services, HOST_OFFSET(app_services, resource, 24), &resources);
+    put(&data, HOST_OFFSET(data_manager, get, 24), &data_get);
+    put(&renderext, HOST_OFFSET(renderext_manager, register_extension, 16), &register_extension);
+    put(&events, HOST_OFFSET(event_manager, add_listener, 12), &add_listener);
+    put(&resources, HOST_OFFSET(resource_manager, create_pool, 12), &create_pool);
+    put(&resources, HOST_OFFSET(resource_manager, get_reference, 16), &get_reference);
+    put(&resources, HOST_OFFSET(resource_manager, release, 20), &release_reference);
+    put(&resources, HOST_OFFSET(resource_manager, get_data, 28), &get_data);
+    put(&resources, HOST_OFFSET(resource_manager, resolve_path, 36), &resolve_path);
+    put(&graphics, HOST_OFFSET(graphics_manager, describe_image, 168), &describe_image);
+    put(&canvas, HOST_OFFSET(render_canvas, get_origin, 124), &get_origin);
+    put(&canvas, HOST_OFFSET(render_canvas, find_service, 188), &find_service);
+    put(&canvas, HOST_OFFSET(render_canvas, is_surface, 204), &is_surface);
+}
+
+} // namespace
+
+// ---- For tests ------------------------------------------------------------------------------------
+
+host_state& host() {
+    static host_state instance;
+    return instance;
+}
+
+void host_reset() {
+    const int live_maps = host().live_maps;
+    host() = {};
+    host().live_maps = live_maps;
+    build_records();
+}
+
+app_record* host_app() {
+    put(&app, HOST_OFFSET(app_record, timing_hook, 116), host().timing ? &timing_hook : nullptr);
+    return reinterpret_cast<app_record*>(&app);
+}
+
+render_canvas* host_canvas() {
+    return reinterpret_cast<render_canvas*>(&canvas);
+}
+
+kora_reference* host_get_shader(const char* name, const void* description) {
+    return get_reference(reinterpret_cast<resource_manager*>(&resources), "shader", name, description);
+}
+
+void* host_get_data(kora_reference* reference) {
+    return get_data(reinterpret_cast<resource_manager*>(&resources), reference);
+}
+
+void host_release(kora_reference* reference) {
+    release_reference(reinterpret_cast<resource_manager*>(&resources), reference);
+}
+
+void host_purge_shaders() {
+    for (auto next = pool.shaders.begin(); next != pool.shaders.end();) {
+        const auto shader = next++;
+        if (shader->second.count == 0) discard_shader(shader);
+    }
+}
+
+void host_fire(const char* event) {
+    for (const host_listener& l : host().listeners)
+        if (l.event == event) l.callback(&app, nullptr, l.user);
+}
+
+// ---- The library ----------------------------------------------------------------------------------
+
+extern "C" {
+
+void kora_app_vlog(app_record* given, int level, const char* format, va_list args) {
+    const std::string text = vprint(format, args);
+    if (level == -1)
+        record(channel::diag, "%s %s", app_name(given), text.c_str());
+    else
+        record(channel::log, "%d %s %s", level, app_name(given), text.c_str());
+}
+
+void kora_app_log(app_record* given, int level, const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    record(channel::log, "%d %s %s", level, app_name(given), vprint(format, args).c_str());
+    va_end(args);
+}
+
+void kor_renderext_common_parse(int32_t id, const void* value, renderext_instance* rext) {
+    record(channel::host, "common_parse %d", id);
+    if (id == 9) put(rext, HOST_OFFSET(renderext_instance, alpha, 8), get<uint32_t>(value, 0));
+}
+
+void kor_rect_to_size(const kor_rect* rect, kor_size* size) {
+    record(channel::host, "rect_to_size");
+    put(size, 0, get<int32_t>(rect, 8) - get<int32_t>(rect, 0));
+    put(size, 4, get<int32_t>(rect, 12) - get<int32_t>(rect, 4));
+}
+
+uint64_t kor_snapshot_time(void) {
+    record(channel::host, "snapshot_time");
+    // Beyond 32 bits, so that a narrowed difference shows.
+    return pool.clock += 0x100000007ull;
+}
+
+void kor_create_control_data_key(const control_record*, const char* name, char* buffer, size_t size) {
+    if (size != 256) fault("data key buffer of %d bytes", static_cast<int>(size));
+    std::snprintf(buffer, size, "ctl.%s", name);
+}
+
+kor_string_map* kor_string_map_create(int32_t initial_size) {
+    record(channel::map, "map_create %d", initial_size);
+    ++host().live_maps;
+    return new kor_string_map;
+}
+
+void kor_string_map_set(kor_string_map* map, const char* key, void* value) {
+    record(channel::map, "map_set \"%s\"", key);
+    if (map) map->entries[key] = value;
+}
+
+void* kor_string_map_get(kor_string_map* map, const char* key) {
+    record(channel::lookup, "map_get \"%s\"", key);
+    if (!map) return nullptr;
+    const auto found = map->entries.find(key);
+    return found == map->entries.end() ? nullptr : found->second;
+}
+
+void kor_string_map_traverse(kor_string_map* map, kor_string_map_callback callback, void* user, int zero) {
+    record(channel::map, "map_traverse %d", zero);
+    if (!map) return fault("a null map cannot be walked");
+    for (const auto& [key, value] : map->entries)
+        if (callback(key.c_str(), value, user)) break;
+}
+
+void kor_string_map_destroy(kor_string_map* map, kor_string_map_callback callback, void* user) {
+    record(channel::map, "map_destroy");
+    if (!map || !callback) return fault("a map is destroyed with a callback for each entry");
+    for (const auto& [key, value] : map->entries)
+        callback(key.c_str(), value, user);
+    delete map;
+    --host().live_maps;
+}
+
+} // extern "C"

@@ -1,0 +1,106 @@
+/* The built plug-in, loaded by its file, with the recording libraries in place of its own. */
+#ifndef TESTS_PLUGIN_FIXTURE_H
+#define TESTS_PLUGIN_FIXTURE_H
+
+#include "model3d/shader.h"
+#include "plugin/described_state.h"
+#include "plugin/fake_gles.h"
+#include "plugin/fake_kora.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+using lines = std::vector<std::string>;
+
+/* A symbol of the plug-in, which must export it. */
+void* plugin_symbol(const char* name);
+template <class T> T* symbol(const char* name, T*) {
+    return reinterpret_cast<T*>(plugin_symbol(name));
+}
+#define PLUGIN(name) symbol(#name, static_cast<decltype(name)*>(nullptr))
+
+/* One control with its instance and zero-filled state, at 10, 20, 200 wide and 100 high. */
+class control {
+  public:
+    control();
+    ~control() { release(); }
+    control(const control&) = delete;
+
+    void set(int id, const void* value);
+    void set(int id, float value) { set(id, static_cast<const void*>(&value)); }
+    void set(int id, int32_t value) { set(id, static_cast<const void*>(&value)); }
+    void set(int id, const char* value) { set(id, static_cast<const void*>(value)); }
+    void rectangle(int32_t x1, int32_t y1, int32_t x2, int32_t y2);
+    void realize();
+    void render();
+    void dirty();
+    void copy_to(control& other);
+    void release(); // the extension's free, once
+
+    int32_t dirty_count() const;
+    described::state& state();
+    renderext_instance* instance() { return reinterpret_cast<renderext_instance*>(instance_memory); }
+
+  private:
+    alignas(16) char instance_memory[160];
+    alignas(16) char record_memory[320];
+    std::unique_ptr<char[]> state_memory;
+    bool live = true;
+};
+
+/* Every test starts with an initialised plug-in in a fresh GL, and ends by looking for anything left. */
+class plugin_test : public testing::Test {
+  protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    void init(const char* options);
+    void fresh_gl(); // empties the caches and pools, then starts a new GL
+    std::string write(const std::string& name, const std::string& text); // into the host's folder; the path
+    // "tri.obj": a triangle with the texture "tex.png", one in half transparent red, one textured again.
+    void write_three_triangles();
+    // The first frame of a control with that model, recorded from a clean trace.
+    void show(control& shown, const char* name = "tri.obj");
+
+    std::string folder;
+};
+
+/* Ids of the attribute table. */
+enum {
+    id_alpha = 9,
+    id_filename = 12,
+    id_camera_x,
+    id_camera_y,
+    id_camera_z,
+    id_azimuth,
+    id_elevation,
+    id_fov,
+    id_model_x,
+    id_model_y,
+    id_model_z,
+    id_phi,
+    id_theta,
+    id_psi,
+    id_light_azimuth,
+    id_light_elevation,
+    id_light_intensity,
+    id_shading,
+    id_lighting,
+    id_camera_mode,
+    id_ambient,
+    id_lightness,
+    id_culling,
+    id_ignore_bind,
+    id_zero_deformers,
+    id_clip_near,
+    id_clip_far,
+};
+
+/* Text to lines without indentation and empty lines. */
+lines listing(const char* text);
+/* Compares line by line; "..." in an expected line stands for anything. */
+void expect_lines(const lines& got, const lines& expected, const char* what = "");
+
+#endif

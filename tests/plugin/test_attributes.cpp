@@ -1,0 +1,218 @@
+// What every attribute stores, and how it marks its control.
+
+#include "plugin/fixture.h"
+#include "plugin/reference.h"
+
+namespace {
+
+class attributes : public plugin_test {};
+
+using described::state;
+
+float in_radians(float degrees) {
+    return degrees / 180.0f * 3.14159f;
+}
+
+template <class T> T stored(control& c, size_t offset) {
+    return get<T>(&c.state(), offset);
+}
+
+TEST_F(attributes, floats_are_stored_and_raise_the_dirty_count) {
+    const struct {
+        int id;
+        size_t place;
+        float value, expected;
+    } cases[] = {
+#define AT(field) offsetof(state, field)
+        {id_camera_x,        AT(camera_position[0]),   1.5f,   1.5f           },
+        {id_camera_y,        AT(camera_position[1]),   -2,     -2             },
+        {id_camera_z,        AT(camera_position[2]),   10,     10             },
+        {id_azimuth,         AT(azimuth),              90,     1.570795f      },
+        {id_elevation,       AT(elevation),            -33,    in_radians(-33)},
+        {id_fov,             AT(field_of_view),        45,     45             },
+        {id_fov,             AT(field_of_view),        180,    180            },
+        {id_fov,             AT(field_of_view),        180.5f, 60             },
+        {id_fov,             AT(field_of_view),        -10,    60             },
+        {id_fov,             AT(field_of_view),        0,      60             }, // equals what an untouched control holds
+        {id_model_x,         AT(model_position[0]),    3,      3              },
+        {id_model_y,         AT(model_position[1]),    4,      4              },
+        {id_model_z,         AT(model_position[2]),    5,      5              },
+        {id_phi,             AT(model_orientation[0]), 10,     in_radians(10) },
+        {id_theta,           AT(model_orientation[1]), 20,     in_radians(20) },
+        {id_psi,             AT(model_orientation[2]), 30,     in_radians(30) },
+        {id_light_azimuth,   AT(light_azimuth),        77,     in_radians(77) },
+        {id_light_elevation, AT(light_elevation),      12,     in_radians(12) },
+        {id_light_intensity, AT(light_intensity),      0.5f,   0.5f           },
+        {id_ambient,         AT(control_ambient),      0.25f,  0.25f          },
+        {id_lightness,       AT(control_lightness),    0.5f,   0.5f           },
+        {id_clip_near,       AT(clip_near),            0.5f,   0.5f           },
+        {id_clip_far,        AT(clip_far),             50,     50             },
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(print("id %d, %g", c.id, static_cast<double>(c.value)));
+        control changed;
+        changed.set(c.id, c.value);
+        EXPECT_EQ(stored<float>(changed, c.place), c.expected);
+        if (c.value != 0) {
+            EXPECT_EQ(changed.dirty_count(), 2);
+        }
+        // Offered again: the value that is stored now.
+        const bool angle = c.expected != c.value && c.id != id_fov;
+        const int before = changed.dirty_count();
+        changed.set(c.id, angle ? c.value : c.expected);
+        EXPECT_EQ(changed.dirty_count(), before + 1) << "an unchanged value counts once";
+        EXPECT_EQ(stored<float>(changed, c.place), c.expected);
+    }
+    expect_lines(recorded().text({channel::host, channel::log, channel::gl}), {});
+}
+
+TEST_F(attributes, integers_ask_for_a_new_configuration) {
+    const struct {
+        int id;
+        size_t place;
+        int32_t initial;
+    } cases[] = {
+        {id_ignore_bind,    AT(ignore_bind_transforms), 1},
+        {id_zero_deformers, AT(zero_deformers),         0}
+    };
+    for (const auto& c : cases) {
+        control changed;
+        changed.set(c.id, c.initial);
+        EXPECT_EQ(changed.dirty_count(), 1);
+        EXPECT_EQ(changed.state().flags, described::defaults_set);
+        changed.set(c.id, 7);
+        EXPECT_EQ(stored<int32_t>(changed, c.place), 7);
+        EXPECT_EQ(changed.dirty_count(), 3);
+        EXPECT_EQ(changed.state().flags, described::defaults_set | described::config_changed);
+    }
+}
+
+TEST_F(attributes, keywords_choose_modes) {
+    const struct {
+        int id;
+        size_t place;
+        lines words;
+    } cases[] = {
+        {id_shading,     AT(shading_model), {"gouraud", "blinn-phong", "flat"}},
+        {id_lighting,    AT(lighting_mode), {"internal", "model"}             },
+        {id_camera_mode, AT(camera_mode),   {"legacy", "fly", "orbit"}        },
+        {id_culling,     AT(culling_mode),  {"off", "back"}                   },
+    };
+    for (const auto& c : cases) {
+        control changed;
+        int count = 0, mode = 0;
+        const auto offer = [&](const char* text, int expected) {
+            changed.set(c.id, text);
+            count += 1 + (expected != mode);
+            mode = expected;
+            EXPECT_EQ(stored<int32_t>(changed, c.place), mode) << text;
+            EXPECT_EQ(changed.dirty_count(), count) << text;
+        };
+        const int n = static_cast<int>(c.words.size());
+        for (int i = n - 1; i >= 0; --i) {
+            const std::string& word = c.words[static_cast<size_t>(i)];
+            std::string capital = word;
+            capital[0] = static_cast<char>(capital[0] - 'a' + 'A');
+            offer(word.c_str(), i);
+            offer(word.c_str(), i);
+            for (const std::string& other :
+                 {std::string(), capital, word + " ", word.substr(0, word.size() - 1)})
+                offer(other.c_str(), i);
+        }
+        offer(c.words.back().c_str(), n - 1);
+    }
+}
+
+TEST_F(attributes, common_ids_go_to_the_host) {
+    control c;
+    const float value = 3;
+    lines expected;
+    for (const int id : {-1, 0, 5, 9, 11, 38, 99}) {
+        c.set(id, value);
+        expected.push_back(print("common_parse %d", id));
+    }
+    expect_lines(recorded().text({channel::host}), expected);
+    EXPECT_EQ(c.dirty_count(), 0);
+    EXPECT_EQ(c.state().flags, described::defaults_set);
+}
+
+TEST_F(attributes, first_use_sets_the_defaults_once) {
+    control parsed, realized;
+    parsed.set(0, 0);
+    realized.realize();
+    expect_lines(recorded().text({channel::host}), {"common_parse 0", "add_listener \"kora.presleep\""});
+    ASSERT_EQ(host().listeners.size(), 1u);
+    EXPECT_EQ(host().listeners[0].user, realized.instance());
+    for (control* c : {&parsed, &realized}) {
+        const state& s = c->state();
+        EXPECT_EQ(s.light_elevation, 1.570795f);
+        EXPECT_EQ(s.light_intensity, 1);
+        EXPECT_EQ(s.control_lightness, 0.75f);
+        EXPECT_EQ(s.ignore_bind_transforms, 1);
+        EXPECT_EQ(s.zero_deformers, 0);
+        EXPECT_EQ(s.flags, described::defaults_set);
+        EXPECT_EQ(c->dirty_count(), 0);
+        c->set(id_lightness, 0.5f);
+        c->set(id_ignore_bind, 0);
+        c->realize();
+        EXPECT_EQ(s.control_lightness, 0.5f);
+        EXPECT_EQ(s.flags, described::defaults_set | described::config_changed);
+    }
+}
+
+TEST_F(attributes, filename_keeps_a_copy) {
+    control c;
+    char name[] = "abc";
+    c.set(id_filename, name);
+    EXPECT_EQ(c.dirty_count(), 2);
+    name[0] = 'x';
+    EXPECT_STREQ(c.state().filename, "abc");
+    c.set(id_filename, "abc");
+    EXPECT_EQ(c.dirty_count(), 3);
+    c.set(id_filename, "abd");
+    EXPECT_EQ(c.dirty_count(), 5);
+    EXPECT_STREQ(c.state().filename, "abd");
+}
+
+// Parsing rebuilds at once what depends on an attribute, by the formulas of the three camera modes.
+TEST_F(attributes, placement_follows_the_attributes) {
+    using namespace reference;
+    const double az = radians(40), el = radians(25), la = radians(70), le = radians(15);
+    const double phi = radians(10), theta = radians(20), psi = radians(30);
+    control c;
+    const struct {
+        int id;
+        float value;
+    } values[] = {
+        {id_camera_x,        1 },
+        {id_camera_y,        -2},
+        {id_camera_z,        3 },
+        {id_azimuth,         40},
+        {id_elevation,       25},
+        {id_model_x,         4 },
+        {id_model_y,         5 },
+        {id_model_z,         -6},
+        {id_phi,             10},
+        {id_theta,           20},
+        {id_psi,             30},
+        {id_light_azimuth,   70},
+        {id_light_elevation, 15}
+    };
+    for (const auto& v : values)
+        c.set(v.id, v.value);
+
+    const matrix camera = translate(-1, 2, -3);
+    const auto view = [&] { return std::to_array(c.state().view); };
+    expect_near(view(), rotate(0, el) * rotate(1, az) * camera, "legacy view");
+    c.set(id_camera_mode, "fly");
+    expect_near(view(), rotate(0, -el) * rotate(1, az) * camera, "fly view");
+    c.set(id_camera_mode, "orbit");
+    expect_near(view(), camera * rotate(0, el) * rotate(1, az), "orbit view");
+    expect_near(std::to_array(c.state().model_matrix),
+                translate(4, 5, -6) * rotate(2, psi) * rotate(1, theta) * rotate(0, phi), "model matrix");
+    const std::array<double, 3> light{-std::sin(la) * std::cos(le), std::cos(la) * std::cos(le),
+                                      std::sin(le)};
+    expect_near(std::to_array(c.state().light_direction), light, "light direction");
+}
+
+} // namespace

@@ -1,0 +1,192 @@
+// Groups moved by values of the data manager. OBJ files name no group, so a loaded scene's root gets a name
+// and an entry in the control's group map, as the loading of a scene file would give it.
+
+#include "plugin/fixture.h"
+#include "plugin/reference.h"
+
+#include <cstring>
+
+namespace {
+
+using namespace reference;
+
+class bindings : public plugin_test {
+  protected:
+    void name_root(control& shown, const char* name = "door") {
+        described::state& s = shown.state();
+        s.scene.root.name = strdup(name); // released with the group
+        kor_string_map_set(s.group_map, name, &s.scene.root);
+        recorded().clear();
+    }
+    void SetUp() override {
+        plugin_test::SetUp();
+        write("t.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    }
+    static lines log() { return recorded().log(0, 9); }
+    const lines begin = {"9 null model3d: control initiated dirty check",
+                         "8 null model3d: checking for dirty deformers"};
+};
+
+TEST_F(bindings, unnamed_groups_are_not_registered) {
+    init("diag=6");
+    control shown;
+    show(shown, "t.obj");
+    expect_lines(recorded().text({channel::map}), {"map_create 32", "map_traverse 0"});
+    for (const std::string& l : recorded().text({channel::diag}))
+        EXPECT_EQ(l.find("adding scene group"), std::string::npos);
+}
+
+TEST_F(bindings, a_dirty_check_without_a_model_only_says_so) {
+    control c;
+    c.dirty();
+    c.set(id_filename, "missing.obj");
+    c.render();
+    recorded().clear();
+    c.dirty();
+    expect_lines(log(), {"9 null model3d: control initiated dirty check"});
+    EXPECT_EQ(recorded().count("data_get"), 0);
+}
+
+TEST_F(bindings, every_key_moves_its_own_value) {
+    const struct {
+        const char* key;
+        size_t place; // among rotation, translation, scaling
+        float value, expected;
+    } cases[] = {
+        {"RX", 0, 90,   1.570795f              },
+        {"RY", 1, 45,   45 / 180.0f * 3.14159f },
+        {"RZ", 2, -30,  -30 / 180.0f * 3.14159f},
+        {"TX", 3, 4,    4                      },
+        {"TY", 4, 5,    5                      },
+        {"TZ", 5, 6,    6                      },
+        {"SX", 6, 2,    2                      },
+        {"SY", 7, 3,    3                      },
+        {"SZ", 8, 0.5f, 0.5f                   }
+    };
+    init("diag=9");
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.key);
+        host().values.clear();
+        control shown;
+        show(shown, "t.obj");
+        name_root(shown);
+        const int32_t before = shown.dirty_count();
+        host().values[std::string("ctl.door_") + c.key] = c.value;
+        shown.dirty();
+        const float* deformers = shown.state().scene.root.rotation;
+        for (size_t i = 0; i < 9; ++i)
+            EXPECT_EQ(get<float>(deformers, i * 4), i == c.place ? c.expected : i < 6 ? 0 : 1) << i;
+        EXPECT_EQ(shown.dirty_count(), before + 1);
+        EXPECT_EQ(shown.state().flags,
+                  described::defaults_set | described::updated | described::dirty_deformer);
+
+        lines asked, trace, host_lines = begin;
+        for (const auto& k : cases) {
+            const std::string name = print("door_%s", k.key);
+            asked.push_back(print("data_get \"ctl.%s\" 0", name.c_str()));
+            const std::string retrieving = print("retrieving data for key: %s using data manager key: ctl.%s",
+                                                 name.c_str(), name.c_str());
+            // Plain values announce themselves to the host's log, angles to the diagnostic log.
+            if (k.place < 3)
+                trace.push_back("... " + retrieving);
+            else
+                host_lines.push_back("8 ... " + retrieving);
+            if (&k - cases != &c - cases) {
+                trace.push_back(print("... no value for data manager value with key ctl.%s", name.c_str()));
+                continue;
+            }
+            trace.push_back(print("... found value for data manager key ctl.%s", name.c_str()));
+            const bool angle = k.place < 3;
+            trace.push_back(print("... found updated %sdata for key: %s, value: %.4f%s",
+                                  angle ? "angle " : "", name.c_str(), static_cast<double>(c.expected),
+                                  angle ? " radians" : ""));
+        }
+        host_lines.push_back("9 null model3d: found dirty deformer, marking rext dirty");
+        expect_lines(recorded().text({channel::host}), asked);
+        // The key lines may name the key as asked for or as the data manager knows it.
+        lines got = recorded().text({channel::diag});
+        for (std::string& l : got)
+            if (l.find("found updated") != std::string::npos && l.find(" ctl.door") != std::string::npos)
+                l.erase(l.find(" ctl.door") + 1, 4);
+        expect_lines(got, trace);
+        expect_lines(log(), host_lines);
+
+        recorded().clear();
+        shown.dirty(); // not drawn yet: nothing is read again
+        expect_lines(log(), {"9 null model3d: control initiated dirty check"});
+        expect_lines(recorded().text({channel::host}), {});
+        EXPECT_EQ(shown.dirty_count(), before + 1);
+
+        shown.render();
+        const double r[3] = {c.place == 0 ? radians(90) : 0, c.place == 1 ? radians(45) : 0,
+                             c.place == 2 ? radians(-30) : 0};
+        const auto value = [&](size_t place, double other) {
+            return c.place == place ? static_cast<double>(c.value) : other;
+        };
+        const matrix expected = translate(value(3, 0), value(4, 0), value(5, 0)) * rotate(0, r[0]) *
+                                rotate(1, r[1]) * rotate(2, r[2]) *
+                                scale(value(6, 1), value(7, 1), value(8, 1));
+        expect_near(gl().named("gouraud_color").find("model_local")->value, expected, "model_local");
+        EXPECT_EQ(shown.state().flags, described::defaults_set);
+
+        recorded().clear();
+        const int32_t drawn = shown.dirty_count();
+        shown.dirty(); // the same value again
+        EXPECT_EQ(shown.dirty_count(), drawn);
+        EXPECT_EQ(shown.state().flags, described::defaults_set);
+        EXPECT_EQ(log().back(), "9 null model3d: found no dirty deformers, clearing UPDATED flag");
+    }
+}
+
+// All at once, on top of bind values: scaled, turned about z, y, x, moved, then through the group's matrix.
+TEST_F(bindings, configuration_chooses_what_the_groups_start_from) {
+    control shown;
+    show(shown, "t.obj");
+    name_root(shown);
+    described::group& root = shown.state().scene.root;
+    const matrix bind = translate(7, 8, 9) * rotate(1, 0.5);
+    for (size_t i = 0; i < 16; ++i)
+        root.bind_transform[i] = static_cast<float>(bind[i]);
+    for (int i = 0; i < 3; ++i) {
+        root.bind_rotation[i] = 0.1f * static_cast<float>(i + 1);
+        root.bind_translation[i] = static_cast<float>(i + 1);
+        root.bind_scaling[i] = static_cast<float>(i + 2);
+    }
+    const matrix values =
+        translate(1, 2, 3) * rotate(0, 0.1) * rotate(1, 0.2) * rotate(2, 0.3) * scale(2, 3, 4);
+    const matrix one = scale(1, 1, 1);
+    const struct {
+        int ignore, zero;
+        matrix expected;
+    } cases[] = {
+        {0, 0, bind * values},
+        {1, 0, values       },
+        {0, 1, bind         },
+        {1, 1, one          },
+        {5, 0, values       }
+    };
+    for (const auto& c : cases) {
+        shown.set(id_ignore_bind, c.ignore);
+        shown.set(id_zero_deformers, c.zero);
+        shown.render();
+        expect_near(gl().named("gouraud_color").find("model_local")->value, c.expected, "model_local");
+    }
+    host().values["ctl.door_TY"] = 11; // read again with every new configuration
+    shown.set(id_zero_deformers, 1);
+    shown.render();
+    expect_near(gl().named("gouraud_color").find("model_local")->value, translate(0, 11, 0), "model_local");
+    EXPECT_EQ(shown.state().flags, described::defaults_set);
+}
+
+TEST_F(bindings, long_names_are_cut_to_the_buffer) {
+    control shown;
+    show(shown, "t.obj");
+    const std::string name(300, 'n');
+    name_root(shown, name.c_str());
+    shown.dirty();
+    // 255 bytes of the key's name; the host cuts its own prefix and name once more.
+    expect_lines(recorded().text({channel::host}),
+                 lines(9, "data_get \"ctl." + name.substr(0, 251) + "\" 0"));
+}
+
+} // namespace

@@ -1,0 +1,144 @@
+// Entry, descriptor, attribute table and options.
+
+#include "plugin/fixture.h"
+
+#include "model3d/model3d.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace {
+
+class entry : public plugin_test {};
+
+struct attribute {
+    const char *name, *format;
+};
+constexpr attribute attributes[] = {
+    {"x",                        "4s1"},
+    {"y",                        "4s1"},
+    {"width",                    "4u1"},
+    {"height",                   "4u1"},
+    {"color",                    "4u1"},
+    {"valign",                   "4u1"},
+    {"halign",                   "4u1"},
+    {"rotation",                 "4f1"},
+    {"linewidth",                "4u1"},
+    {"alpha",                    "4u1"},
+    {"rot_center_x",             "4f1"},
+    {"rot_center_y",             "4f1"},
+    {"filename",                 "1s0"},
+    {"camera_position_x",        "4f1"},
+    {"camera_position_y",        "4f1"},
+    {"camera_position_z",        "4f1"},
+    {"azimuth",                  "4f1"},
+    {"elevation",                "4f1"},
+    {"camera_field_of_view",     "4f1"},
+    {"model_position_x",         "4f1"},
+    {"model_position_y",         "4f1"},
+    {"model_position_z",         "4f1"},
+    {"model_orientation_phi",    "4f1"},
+    {"model_orientation_theta",  "4f1"},
+    {"model_orientation_psi",    "4f1"},
+    {"light_internal_azimuth",   "4f1"},
+    {"light_internal_elevation", "4f1"},
+    {"light_internal_intensity", "4f1"},
+    {"shading_model",            "1s0"},
+    {"lighting_mode",            "1s0"},
+    {"camera_mode",              "1s0"},
+    {"control_ambient",          "4f1"},
+    {"control_lightness",        "4f1"},
+    {"culling_mode",             "1s0"},
+    {"ignore_bind_transforms",   "4s1"},
+    {"zero_deformers",           "4s1"},
+    {"camera_clip_near",         "4f1"},
+    {"camera_clip_far",          "4f1"}
+};
+
+TEST_F(entry, fills_the_plugin_record) {
+    unsigned char record[sizeof(plugin_record) + 8];
+    std::memset(record, 0xEE, sizeof record);
+    EXPECT_EQ(PLUGIN(kora_plugin_create)(reinterpret_cast<plugin_record*>(record)), 0);
+
+    const size_t word = sizeof(void*);
+    char* name = get<char*>(record, 0);
+    EXPECT_STREQ(name, "model3d");
+    EXPECT_EQ(get<void*>(record, word), nullptr);
+    EXPECT_EQ(get<void*>(record, 2 * word), plugin_symbol("rext_model3d_init"));
+    EXPECT_EQ(get<void*>(record, 3 * word), plugin_symbol("rext_model3d_fini"));
+    const unsigned char constants[] = {4, 0, 2, 0, 1, 0, 0x4C, 0x54};
+    EXPECT_EQ(std::memcmp(record + 4 * word, constants, sizeof constants), 0);
+    EXPECT_EQ(record[4 * word + sizeof constants], 0xEE) << "written beyond the record";
+    std::free(name); // must be a block of its own
+    PLUGIN(rext_model3d_fini)();
+}
+
+TEST_F(entry, registers_the_descriptor) {
+    recorded().clear();
+    init(nullptr);
+    expect_lines(recorded().text({channel::host, channel::log}), {"register_extension \"model3d\""});
+
+    const auto* slots = static_cast<const void* const*>(plugin_symbol("renderext_model3d_handler"));
+    ASSERT_EQ(static_cast<const void*>(host().extension), slots);
+    EXPECT_STREQ(static_cast<const char*>(slots[0]), "model3d");
+    // The described record comes first; only additions of the plug-in's own may follow it.
+    EXPECT_GE(reinterpret_cast<size_t>(slots[1]), sizeof(described::state));
+    for (int i = 2; i < 10; ++i)
+        EXPECT_NE(slots[i], nullptr) << "slot " << i;
+    EXPECT_EQ(slots[10], nullptr);
+}
+
+TEST_F(entry, lists_the_attributes) {
+    const renderext_arg* arg = host().extension->args;
+    for (int id = 0; id < static_cast<int>(std::size(attributes)); ++id, ++arg) {
+        EXPECT_EQ(arg->id, id);
+        EXPECT_STREQ(arg->name, attributes[id].name);
+        EXPECT_STREQ(arg->format, attributes[id].format);
+    }
+    EXPECT_EQ(arg->id, 0);
+    EXPECT_EQ(arg->name, nullptr);
+    EXPECT_EQ(arg->format, nullptr);
+}
+
+// An option text as a host might hold it, ending at the end of its allocation.
+TEST_F(entry, reads_the_options) {
+    constexpr struct {
+        const char* text;
+        int vbos, level;
+        bool notice;
+    } cases[] = {
+        {"novbo",        0, 0,  false},
+        {"diag=6",       1, 6,  true },
+        {"diag:9,novbo", 0, 9,  true },
+        {"novbo diag=5", 0, 5,  true },
+        {"xx-diag=8-yy", 1, 8,  true },
+        {"diag",         1, 0,  true },
+        {"diag=",        1, 0,  true },
+        {"diag=abc",     1, 0,  true },
+        {"diag=-3",      1, -3, true },
+        {"diag66",       1, 6,  true },
+        {"",             1, 0,  false},
+        {nullptr,        1, 0,  false},
+        {"NOVBO DIAG=6", 1, 0,  false},
+    };
+    write_three_triangles();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text ? c.text : "null");
+        init("diag=0");
+        recorded().clear();
+        char* text = c.text ? strdup(c.text) : nullptr;
+        init(text);
+        std::free(text);
+        lines expected;
+        if (c.notice)
+            expected.push_back(print("2 app model3d: enabling 3D diagnostic mode, level: %d", c.level));
+        expect_lines(recorded().text({channel::log}), expected);
+
+        control shown;
+        show(shown);
+        EXPECT_EQ(recorded().count("glGenBuffers"), c.vbos);
+        EXPECT_EQ(recorded().count("app culling mode"), c.level >= 6 ? 2 : 0);
+    }
+}
+
+} // namespace

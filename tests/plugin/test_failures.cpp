@@ -1,0 +1,192 @@
+// Frames that cannot be drawn: what the log says, and that everything is given back.
+
+#include "plugin/fixture.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+class failures : public plugin_test {
+  protected:
+    void TearDown() override {
+        EXPECT_EQ(gl().draws.size(), 0u);
+        plugin_test::TearDown();
+    }
+};
+
+TEST_F(failures, no_file_name_is_no_frame) {
+    control c;
+    c.render();
+    c.set(id_fov, 60.0f);
+    c.render();
+    expect_lines(recorded().text({channel::host, channel::gl, channel::log, channel::map}), {});
+}
+
+// One program after the other is missing, for every reason there is.
+TEST_F(failures, a_missing_program_stops_the_frame) {
+    constexpr const char* names[] = {"gouraud_color", "gouraud_texture", "phong_color",
+                                     "phong_texture", "flat_color",      "flat_texture"};
+    struct reason {
+        const char* step; // of GL, or "" when the host refuses
+        lines log;
+    };
+    // $x is the app record once a program has been linked, which brings it along.
+    const reason reasons[] = {
+        {"",                {}                                                          },
+        {"compile",
+         {"0 $x error: could not compile shader: 0:1: bad",
+          "0 $x error: could not compile shader: 0:1: bad"}                             },
+        {"link",            {"0 app error: could not link program", "0 app 0:1: bad"}   },
+        {"validate",        {"0 app error: program failed validation", "0 app 0:1: bad"}},
+        {"glCreateProgram", {"0 app error: could not create program"}                   },
+        {"glCreateShader",  {}                                                          },
+    };
+    write_three_triangles();
+    for (const reason& r : reasons)
+        for (int i = 0; i < 6; ++i) {
+            const std::string name = names[i];
+            SCOPED_TRACE(name + " " + r.step);
+            fresh_gl();
+            gl().failing = r.step;
+            gl().failing_for = name;
+            host().refused = {*r.step ? "" : name};
+            control shown;
+            show(shown);
+
+            lines expected;
+            for (std::string l : r.log) {
+                const size_t context = l.find("$x");
+                if (context != std::string::npos) l.replace(context, 2, i == 0 ? "null" : "app");
+                expected.push_back(l);
+            }
+            if (*r.step) {
+                expected.push_back("0 app LUMGL: failed to load shader: vert=...");
+                expected.push_back("5 app Attempt to load shader [" + name + "] failed: vert=...");
+            }
+            expected.push_back("0 null Unable to load shader: " + name);
+            expected.push_back(i < 4 ? "0 app model3d: could not get a required shader: " + name
+                                     : "0 app model3d: could not get shader metadata, can't draw 3D content");
+            lines got = recorded().text({channel::log}, true);
+            std::erase_if(got, [](const std::string& l) { return l.starts_with("5 app LUMGL: "); });
+            expect_lines(got, expected);
+
+            lines host_calls, given_back;
+            for (int k = 0; k < (i < 4 ? i + 1 : 6); ++k)
+                host_calls.push_back(
+                    print("get_reference \"shader\" \"%s\"%s", names[k], k == i ? " -> null" : ""));
+            for (int k = 0; k < (i < 4 ? i : 6); ++k) {
+                if (k == i) continue;
+                if (i >= 4) host_calls.push_back(print("get_data \"%s\"", names[k]));
+                given_back.push_back(print("release \"%s\"", names[k]));
+            }
+            lines calls = recorded().text({channel::host});
+            ASSERT_GE(calls.size(), given_back.size());
+            lines last(calls.end() - static_cast<long>(given_back.size()), calls.end());
+            calls.resize(calls.size() - given_back.size());
+            std::sort(last.begin(), last.end());
+            std::sort(given_back.begin(), given_back.end());
+            expect_lines(calls, host_calls);
+            expect_lines(last, given_back);
+            expect_lines(recorded().text({channel::gl}), {}, "GL calls of the frame");
+            EXPECT_EQ(shown.state().loaded, 0);
+        }
+    gl().failing = "";
+    host().refused.clear();
+}
+
+TEST_F(failures, an_empty_info_log_is_not_fetched) {
+    write_three_triangles();
+    gl().info_log.clear();
+    for (const char* step : {"compile", "link"}) {
+        gl().failing = step;
+        control shown;
+        show(shown);
+        EXPECT_EQ(recorded().count("glGetShaderInfoLog") + recorded().count("glGetProgramInfoLog"), 0);
+        EXPECT_EQ(recorded().count("0 null error: could not compile shader"), 0);
+    }
+}
+
+TEST_F(failures, a_program_without_its_record_stops_the_frame) {
+    write_three_triangles();
+    for (const char* name : {"gouraud_color", "phong_texture", "flat_texture"}) {
+        host().without_data = {name};
+        control shown;
+        show(shown);
+        expect_lines(recorded().log(0, 4),
+                     {"0 app model3d: could not get shader metadata, can't draw 3D content"});
+        EXPECT_EQ(recorded().count("release"), 6);
+        EXPECT_EQ(recorded().count("glClear"), 0);
+    }
+}
+
+// A model that does not load is tried again with every frame, and costs nothing while it fails.
+TEST_F(failures, a_model_that_does_not_load_is_tried_again) {
+    host().unresolved = {"lost.obj"};
+    for (const char* name : {"missing.obj", "lost.obj", "missing.qel"}) {
+        SCOPED_TRACE(name);
+        control shown;
+        shown.realize();
+        for (int i = 0; i < 2; ++i) {
+            if (i == 0)
+                show(shown, name);
+            else
+                shown.render();
+            expect_lines(recorded().log(0, 4), {std::string("1 app model3d: could not load model: ") + name});
+            expect_lines(recorded().text({channel::gl}), {});
+            EXPECT_EQ(shown.state().loaded, 0);
+            EXPECT_EQ(shown.state().scene.root.nodes, nullptr);
+            EXPECT_EQ(shown.state().scene.lights, nullptr);
+            for (const auto& [key, count] : host().held)
+                EXPECT_EQ(count, 0) << key;
+            recorded().clear();
+        }
+        host_fire("kora.presleep"); // nothing was loaded
+        expect_lines(recorded().text({channel::log, channel::gl}), {});
+        host().listeners.clear();
+    }
+}
+
+TEST_F(failures, a_loaded_model_ends_the_retries) {
+    control shown;
+    show(shown, "late.obj");
+    EXPECT_EQ(shown.state().loaded, 0);
+    write("late.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    shown.render();
+    EXPECT_EQ(shown.state().loaded, 1);
+    shown.render();
+    EXPECT_EQ(recorded().count("resolve_path"), 2);
+    EXPECT_EQ(std::exchange(gl().draws, {}).size(), 2u);
+}
+
+TEST_F(failures, the_extension_chooses_the_loader) {
+    const std::string triangle = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
+    const struct {
+        const char* name;
+        lines log;
+        size_t draws;
+    } cases[] = {
+        {"UPPER.OBJ",  {},                                          1},
+        {".obj",       {},                                          1},
+        {"a.ObJ",      {},                                          1},
+        {"abc",        {},                                          0},
+        {"obj",        {},                                          0},
+        {"x.stl",      {"0 app model3d: unsupported format: .stl"}, 0},
+        {"x.STL",      {"0 app model3d: unsupported format: .stl"}, 0},
+        {"model.obj2", {"0 app model3d: unsupported format: obj2"}, 0},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        write(c.name, triangle);
+        control shown;
+        show(shown, c.name);
+        shown.render(); // an empty scene is a loaded one: no second message
+        expect_lines(recorded().log(0, 4), c.log);
+        EXPECT_EQ(std::exchange(gl().draws, {}).size(), 2 * c.draws);
+        EXPECT_EQ(recorded().count("resolve_path"), static_cast<int>(c.draws));
+        EXPECT_EQ(recorded().count("glClear"), 2);
+        EXPECT_EQ(shown.state().loaded, 1);
+    }
+}
+
+} // namespace

@@ -1,0 +1,188 @@
+// Models and GL objects over the life of a control: new names, lost contexts, copies, the end.
+
+#include "plugin/fixture.h"
+
+namespace {
+
+class lifecycle : public plugin_test {
+  protected:
+    void SetUp() override {
+        plugin_test::SetUp();
+        write_three_triangles();
+        write("other.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    }
+    // Buffers and textures: what a scene owns.
+    static size_t scene_objects() { return gl().buffers.size() + gl().textures.size(); }
+};
+
+TEST_F(lifecycle, free_leaves_nothing) {
+    control never_named, never_shown, shown;
+    never_named.release();
+    never_shown.set(id_filename, "tri.obj");
+    never_shown.release();
+    show(shown);
+    EXPECT_EQ(scene_objects(), 4u);
+    const int maps = host().live_maps;
+    shown.release();
+    EXPECT_EQ(scene_objects(), 0u);
+    EXPECT_EQ(host().live_maps, maps - 1) << "the group map";
+    EXPECT_EQ(recorded().count("glDeleteBuffers 2"), 1);
+    EXPECT_EQ(recorded().count("glDeleteTextures 1"), 2);
+}
+
+TEST_F(lifecycle, another_file_name_frees_the_scene) {
+    control shown;
+    show(shown);
+    shown.set(id_filename, "tri.obj");
+    EXPECT_EQ(shown.state().loaded, 1);
+    EXPECT_EQ(scene_objects(), 4u);
+    shown.set(id_filename, "other.obj");
+    EXPECT_EQ(shown.state().loaded, 0);
+    EXPECT_EQ(scene_objects(), 0u);
+    const int maps = host().live_maps;
+    recorded().clear();
+    shown.render();
+    EXPECT_EQ(recorded().count("resolve_path \"other.obj\""), 1);
+    EXPECT_EQ(scene_objects(), 2u);
+    EXPECT_LE(host().live_maps, maps) << "the new group map replaces the old one";
+    expect_lines(recorded().log(0, 4), {});
+}
+
+TEST_F(lifecycle, presleep_drops_the_scene_until_the_next_frame) {
+    control shown, bystander;
+    shown.realize();
+    bystander.realize();
+    host_fire("kora.presleep");
+    EXPECT_EQ(recorded().log(0, 9).size(), 0u);
+    show(shown);
+    recorded().clear();
+    host_fire("kora.presleep");
+    host_fire("kora.presleep");
+    expect_lines(recorded().log(0, 9), {"2 null model3d: context disappeared, reloading."});
+    EXPECT_EQ(scene_objects(), 0u);
+    EXPECT_EQ(shown.state().loaded, 0);
+    recorded().clear();
+    shown.render();
+    EXPECT_EQ(shown.state().loaded, 1);
+    EXPECT_EQ(recorded().count("resolve_path \"tri.obj\""), 1);
+    EXPECT_EQ(scene_objects(), 4u);
+    EXPECT_EQ(gl().draws.size(), 6u);
+}
+
+// The host sends presleep only after GL is gone, and throws its programs away.
+TEST_F(lifecycle, a_lost_context_is_not_cleaned_up_by_name) {
+    control shown;
+    shown.realize();
+    show(shown);
+    gl().lose_context();
+    host_purge_shaders();
+    const GLuint alien[2] = {gl().last_buffer + 1, gl().last_buffer + 2};
+    recorded().clear();
+    host_fire("kora.presleep");
+    EXPECT_EQ(recorded().count("glDeleteBuffers"), 0)
+        << "names " << alien[0] << " and " << alien[1] << " are not ours";
+    // Textures have no such test: their names are deleted whatever they are now.
+    std::erase_if(recorded().faults,
+                  [](const std::string& f) { return f.starts_with("glDeleteTextures: no texture"); });
+    recorded().clear();
+    shown.render();
+    EXPECT_EQ(recorded().count("5 app shader library: clearing caches"), 1)
+        << "stale programs are found at the first link";
+    EXPECT_EQ(gl().programs.size(), 6u);
+    EXPECT_EQ(gl().draws.size(), 6u);
+    expect_lines(recorded().log(0, 4), {});
+    recorded().clear();
+    shown.render();
+    EXPECT_EQ(recorded().count("glUniform"), 0);
+    EXPECT_EQ(recorded().count("glCompileShader"), 0);
+}
+
+// A pool that keeps nothing between frames has every program built again, and every value sent again.
+TEST_F(lifecycle, programs_may_be_rebuilt_for_every_frame) {
+    host().keep_shaders = false;
+    control shown;
+    show(shown);
+    const int sent = recorded().count("glUniform");
+    recorded().clear();
+    shown.render();
+    EXPECT_EQ(recorded().count("glCompileShader"), 12);
+    EXPECT_EQ(recorded().count("glUniform"), sent);
+    EXPECT_EQ(gl().shaders.size(), 2 * gl().programs.size()) << "shaders live only inside their programs";
+}
+
+TEST_F(lifecycle, a_copy_loads_its_own_scene) {
+    control source, copy;
+    source.set(id_shading, "flat");
+    source.set(id_azimuth, 30.0f);
+    source.set(id_ignore_bind, 0);
+    source.set(id_clip_far, 77.0f);
+    show(source);
+    source.copy_to(copy);
+    const described::state &from = source.state(), &to = copy.state();
+    EXPECT_STREQ(to.filename, "tri.obj");
+    EXPECT_NE(to.filename, from.filename);
+    // From the flags to the light's intensity, then from the shading model to the deformers.
+    const auto equal = [&](size_t begin, size_t end) {
+        return std::memcmp(reinterpret_cast<const char*>(&to) + begin,
+                           reinterpret_cast<const char*>(&from) + begin, end - begin) == 0;
+    };
+    EXPECT_TRUE(equal(offsetof(described::state, flags), offsetof(described::state, scene)));
+    EXPECT_TRUE(equal(offsetof(described::state, shading_model), offsetof(described::state, group_map)));
+    EXPECT_EQ(to.loaded, 0);
+    EXPECT_EQ(to.group_map, nullptr);
+    EXPECT_EQ(to.scene.root.nodes, nullptr);
+    for (const void* program : to.programs)
+        EXPECT_EQ(program, nullptr);
+
+    recorded().clear();
+    copy.render();
+    EXPECT_EQ(recorded().count("resolve_path \"tri.obj\""), 1);
+    EXPECT_EQ(scene_objects(), 8u);
+    source.release();
+    EXPECT_EQ(scene_objects(), 4u);
+    gl().draws.clear();
+    copy.render();
+    EXPECT_EQ(gl().draws.size(), 3u);
+}
+
+TEST_F(lifecycle, copies_onto_themselves_and_onto_loaded_controls) {
+    control a, b, unnamed;
+    show(a);
+    a.copy_to(a);
+    EXPECT_EQ(a.state().loaded, 1);
+    EXPECT_EQ(scene_objects(), 4u);
+    show(b, "other.obj");
+    EXPECT_EQ(scene_objects(), 6u);
+    a.copy_to(b); // b's name and scene go first
+    EXPECT_EQ(scene_objects(), 4u);
+    EXPECT_STREQ(b.state().filename, "tri.obj");
+    b.render();
+    EXPECT_EQ(scene_objects(), 8u);
+    unnamed.copy_to(b);
+    EXPECT_EQ(b.state().filename, nullptr);
+    EXPECT_EQ(b.state().loaded, 0);
+    EXPECT_EQ(scene_objects(), 4u);
+    recorded().clear();
+    b.render();
+    expect_lines(recorded().text({channel::gl, channel::host, channel::log}), {});
+}
+
+// Two controls share programs, not values: what one sends, the other must send again.
+TEST_F(lifecycle, two_controls_share_the_programs) {
+    control a, b;
+    a.set(id_lightness, 0.25f);
+    b.set(id_lightness, 1.0f);
+    show(a);
+    show(b);
+    EXPECT_EQ(recorded().count("glCompileShader"), 0);
+    for (int i = 0; i < 2; ++i) {
+        recorded().clear();
+        a.render();
+        EXPECT_EQ(recorded().count("glUniform1fv gouraud_color.lightness 0.25"), 1);
+        EXPECT_EQ(recorded().count("glUniform"), 2) << "the lightness of two programs";
+        b.render();
+        EXPECT_EQ(recorded().count("glUniform1fv gouraud_color.lightness 1"), 1);
+    }
+}
+
+} // namespace

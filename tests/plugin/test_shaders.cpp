@@ -1,0 +1,385 @@
+// Building programs: compiling, files, links, their caches, and the built-in sources.
+
+#include "plugin/fixture.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+
+using namespace std::string_literals;
+
+namespace {
+
+class shaders : public plugin_test {
+  protected:
+    static lines log() { return recorded().text({channel::log}, true); }
+    static lines calls() { return recorded().text({channel::gl}, true); }
+
+    const char* vertex = "attribute vec4 pos; uniform mat4 m; void main() { gl_Position = m * pos; }";
+    const char* fragment =
+        "precision highp float; uniform vec3 c; void main() { gl_FragColor = vec4(c, 1.0); }";
+};
+
+TEST_F(shaders, the_pool_is_registered_when_the_host_asks) {
+    PLUGIN(lum_gl_create_shader_pool)(host_app(), reinterpret_cast<void*>(intptr_t{42}));
+    expect_lines(recorded().text({channel::host}), {"create_pool \"shader\" 42 0"});
+}
+
+TEST_F(shaders, a_built_in_program_is_made_by_these_calls) {
+    write_three_triangles();
+    host().timing = true;
+    control shown;
+    show(shown);
+    lines got;
+    for (const trace::line& l : recorded().lines)
+        if (l.nested && l.from != channel::lookup) got.push_back(l.text);
+    const gl_program& second = gl().named("gouraud_texture");
+    const auto start = std::find(got.begin(), got.end(), "glCreateShader VERTEX_SHADER");
+    const auto next = std::find(start + 1, got.end(), "snapshot_time") + 1; // ends the first program
+    lines program(std::find(next, got.end(), "snapshot_time"), got.end());
+    program.erase(std::find(program.begin() + 1, program.end(), "snapshot_time") + 2, program.end());
+
+    lines expected = listing(R"(
+        snapshot_time
+        glCreateShader VERTEX_SHADER
+        glShaderSource 103 1 null
+        glCompileShader 103
+        glGetShaderiv 103 COMPILE_STATUS
+        glCreateShader FRAGMENT_SHADER
+        glShaderSource 104 1 null
+        glCompileShader 104
+        glGetShaderiv 104 COMPILE_STATUS
+        glIsShader 103
+        glIsShader 104
+        glCreateProgram
+        glAttachShader 2 103
+        glAttachShader 2 104
+        glBindAttribLocation 2 0 pos
+        glBindAttribLocation 2 1 normal
+        glBindAttribLocation 2 2 tex
+        glLinkProgram 2
+        glGetProgramiv 2 LINK_STATUS
+        glValidateProgram 2
+        glGetProgramiv 2 VALIDATE_STATUS
+        glIsShader 103
+        glDeleteShader 103
+        glIsShader 104
+        glDeleteShader 104
+        glIsProgram 2
+        glGetProgramiv 2 ACTIVE_UNIFORMS)");
+    const size_t n = second.uniforms.size();
+    size_t longest = 0;
+    for (const gl_uniform& u : second.uniforms)
+        longest = std::max(longest, u.name.size() + 1);
+    expected.push_back(print("map_create %zu", n));
+    expected.push_back("glGetProgramiv 2 ACTIVE_UNIFORM_MAX_LENGTH");
+    expected.push_back("5 app LUMGL: shader=gouraud_texture");
+    for (size_t i = 0; i < n; ++i) {
+        const char* name = second.uniforms[i].name.c_str();
+        expected.push_back(print("glGetActiveUniform 2 %zu %zu", i, longest));
+        expected.push_back(print("glGetUniformLocation 2 %s", name));
+        expected.push_back(print("5 app LUMGL: Uniform: %s=%zu", name, i));
+        expected.push_back(print("map_set \"%s\"", name));
+    }
+    expected.push_back("snapshot_time");
+    expected.push_back("timing app lum_Image load gouraud_texture 4294967303");
+    expect_lines(program, expected);
+}
+
+struct variables {
+    const char *attributes, *uniforms, *varyings;
+};
+
+// What each built-in program declares; GL reports what it uses.
+TEST_F(shaders, built_in_sources_declare_the_interface) {
+    const std::string material = "mat4 proj_view, mat4 model_local, vec3 ka, vec3 kd, vec3 ke, float alpha, "
+                                 "float lightness, float ambient_factor, ";
+    const std::string lit =
+        material + "mat3 normal_model_local, vec3 camera_pos, vec3 ks, float spec_exp, int nlights, ";
+    const std::string plain = "vec4 pos, vec3 normal, ", with_tex = plain + "vec2 tex, ",
+                      sampler = "sampler2D diffuseSampler, ";
+    const std::string vertex_lit = "vec3 diff_col, vec3 spec_col, ",
+                      pixel_lit = "vec4 v_positionW, vec3 v_normalW, ", tex = "vec2 v_tex_out, ";
+    const struct {
+        const char* program;
+        std::string attributes, uniforms, varyings, unused;
+        bool lights;
+    } cases[] = {
+        {"gouraud_color",   plain,    lit,                vertex_lit,       "",                          true },
+        {"gouraud_texture", with_tex, lit + sampler,      vertex_lit + tex, "",                          true },
+        {"phong_color",     plain,    lit,                pixel_lit,        "",                          true },
+        {"phong_texture",   with_tex, lit + sampler,      pixel_lit + tex,  "",                          true },
+        {"flat_color",      plain,    material,           "",               "mat3 normal_model_local, ", false},
+        {"flat_texture",    with_tex, material + sampler, tex,              "mat3 normal_model_local, ", false}
+    };
+    const auto split = [](const std::string& list) {
+        std::set<std::string> names;
+        for (size_t at = 0, comma; (comma = list.find(", ", at)) != std::string::npos; at = comma + 2)
+            names.insert(list.substr(at, comma - at));
+        return names;
+    };
+    write_three_triangles();
+    control shown;
+    show(shown);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.program);
+        const gl_program& p = gl().named(c.program);
+        ASSERT_EQ(p.shaders.size(), 2u);
+        std::set<std::string> found[3], declared;
+        for (const GLuint shader : p.shaders) {
+            const std::string& source = gl().shaders.at(shader).source;
+            const glsl_declarations d = glsl_parse(source);
+            for (const glsl_variable& v : d.attributes)
+                found[0].insert(v.type + " " + v.name);
+            for (const glsl_variable& v : d.uniforms)
+                declared.insert(v.type + " " + v.name);
+            for (const glsl_variable& v : d.varyings)
+                found[2].insert(v.type + " " + v.name);
+            const size_t precision = source.find("precision highp float;");
+            if (gl().shaders.at(shader).type == GL_VERTEX_SHADER)
+                EXPECT_EQ(source.find("precision"), std::string::npos);
+            else
+                EXPECT_LT(precision, std::min(source.find("uniform"), source.find("varying")));
+        }
+        for (const gl_uniform& u : p.uniforms)
+            found[1].insert(u.type + " " + u.name);
+        std::set<std::string> uniforms = split(c.uniforms);
+        for (int i = 0; i < 8 && c.lights; ++i)
+            for (const auto& [type, member] : {
+                     std::pair{"vec4",  "position"      },
+                     std::pair{"vec3",  "diffuse_color" },
+                     std::pair{"vec3",  "specular_color"},
+                     std::pair{"float", "intensity"     }
+            })
+                uniforms.insert(print("%s light_params[%d].%s", type, i, member));
+        EXPECT_EQ(found[0], split(c.attributes));
+        EXPECT_EQ(found[1], uniforms);
+        EXPECT_EQ(found[2], split(c.varyings));
+        uniforms.merge(split(c.unused));
+        EXPECT_EQ(declared, uniforms);
+        const std::map<std::string, GLuint> places = c.attributes == plain
+                                                         ? std::map<std::string, GLuint>{{"normal", 1}, {"pos", 0}}
+                                                         : std::map<std::string, GLuint>{{"normal", 1}, {"pos", 0}, {"tex", 2}};
+        EXPECT_EQ(p.attributes, places);
+    }
+}
+
+TEST_F(shaders, files_are_read_whole_and_compiled_once) {
+    std::set<GLuint> names;
+    for (const size_t size : {0, 1, 511, 512, 513, 1023, 1024, 2048, 5000}) {
+        std::string text(size, 'a');
+        for (size_t i = 0; i < size; ++i)
+            text[i] = static_cast<char>('a' + i % 23);
+        const std::string path = write(print("f%zu.glsl", size), text);
+        for (int again = 0; again < 2; ++again) {
+            uint32_t shader = 77;
+            EXPECT_EQ(PLUGIN(lum_gl_loadfragmentshader_file)(path.c_str(), &shader), again);
+            ASSERT_TRUE(gl().shaders.contains(shader));
+            EXPECT_EQ(gl().shaders[shader].source, text) << size;
+            EXPECT_EQ(gl().shaders[shader].type, GLenum{GL_FRAGMENT_SHADER});
+            names.insert(shader);
+        }
+        PLUGIN(lum_gl_free_shader)(*names.rbegin()); // the cache holds it
+    }
+    EXPECT_EQ(names.size(), 9u);
+    EXPECT_EQ(gl().shaders.size(), 9u);
+    EXPECT_EQ(recorded().count("glCompileShader"), 9);
+    expect_lines(log(), {}, "log without a program");
+    PLUGIN(lum_gl_clearprogramcaches)();
+    EXPECT_EQ(gl().shaders.size(), 0u);
+    expect_lines(log(), {});
+}
+
+TEST_F(shaders, files_that_fail_give_no_shader) {
+    uint32_t shader = 77;
+    EXPECT_EQ(PLUGIN(lum_gl_loadvertexshader_file)((folder + "/none").c_str(), &shader), 0);
+    EXPECT_EQ(shader, 0u);
+    shader = 77;
+    EXPECT_EQ(PLUGIN(program_loadshader_file)(folder.c_str(), GL_VERTEX_SHADER, &shader), 0); // a directory
+    EXPECT_TRUE(shader == 0 || gl().shaders.contains(shader));
+    expect_lines(log(), {});
+    gl().failing = "compile";
+    const std::string path = write("v.glsl", vertex);
+    for (int i = 0; i < 2; ++i) { // a failure is not cached
+        EXPECT_EQ(PLUGIN(lum_gl_loadvertexshader_file)(path.c_str(), &shader), 0);
+        EXPECT_EQ(shader, 0u);
+    }
+    expect_lines(log(), lines(2, "0 null error: could not compile shader: 0:1: bad"));
+    gl().failing = "";
+    EXPECT_NE(PLUGIN(lum_gl_loadvertexshader)(vertex), 0u);
+    PLUGIN(lum_gl_free_shader)(gl().last_shader);
+    PLUGIN(lum_gl_free_shader)(gl().last_shader); // no shader any more: not deleted twice
+    EXPECT_EQ(recorded().count("glDeleteShader"), 3);
+}
+
+TEST_F(shaders, links_are_cached_by_their_pair) {
+    const auto link = PLUGIN(lum_gl_program_link);
+    const char* const attribs[] = {"pos", "more", nullptr};
+    const char* const none[] = {nullptr};
+    uint32_t v = 0, f = 0, f2 = 0;
+    const std::string path = write("f.glsl", fragment);
+    PLUGIN(lum_gl_loadvertexshader_file)(write("v.glsl", vertex).c_str(), &v);
+    PLUGIN(lum_gl_loadfragmentshader_file)(path.c_str(), &f);
+    PLUGIN(lum_gl_loadfragmentshader_file)(write("f2.glsl", fragment).c_str(), &f2);
+    recorded().clear();
+
+    EXPECT_EQ(link(host_app(), 0, f, attribs), 0u);
+    EXPECT_EQ(link(host_app(), v, 0, attribs), 0u);
+    EXPECT_FALSE(PLUGIN(lum_gl_program_valid)(0));
+    expect_lines(calls(), {});
+    expect_lines(log(), {});
+
+    EXPECT_EQ(link(host_app(), v, 555, attribs), 0u);
+    expect_lines(log(), {"0 app shader: attempt to link program with invalid shaders"});
+    recorded().clear();
+
+    const uint32_t program = link(host_app(), v, f, attribs);
+    ASSERT_NE(program, 0u);
+    EXPECT_EQ(gl().programs[program].attributes, (std::map<std::string, GLuint>{
+                                                     {"more", 1},
+                                                     {"pos",  0}
+    }));
+    EXPECT_EQ(link(host_app(), v, f, nullptr), program);
+    EXPECT_EQ(recorded().count("glLinkProgram"), 1);
+    const uint32_t other = link(host_app(), v, f2, none);
+    EXPECT_NE(other, program);
+    EXPECT_EQ(gl().programs[other].attributes.size(), 0u);
+    EXPECT_NE(PLUGIN(lum_gl_program_valid)(program), 0);
+    PLUGIN(lum_gl_free_program)(program);
+    EXPECT_NE(PLUGIN(lum_gl_program_valid)(program), 0);
+    expect_lines(log(), {});
+
+    // With a program in the cache the library knows whom to tell.
+    uint32_t again = 0;
+    EXPECT_EQ(PLUGIN(program_loadshader_file)(path.c_str(), GL_FRAGMENT_SHADER, &again), 1);
+    EXPECT_EQ(again, f);
+    const std::string third = write("f3.glsl", fragment);
+    PLUGIN(lum_gl_loadfragmentshader_file)(third.c_str(), &again);
+    expect_lines(
+        log(), {"5 app shader: loaded shader from cache: " + path, "5 app shader: loaded shader: " + third});
+    recorded().clear();
+
+    // A program that GL lost takes both caches along, and with them the shaders of this very link.
+    gl().programs.erase(program);
+    EXPECT_EQ(link(host_app(), v, f, attribs), 0u);
+    expect_lines(log(), {"5 app shader library: clearing caches",
+                         "0 app shader: attempt to link program with invalid shaders"});
+    EXPECT_EQ(gl().live_objects(), 0u);
+    recorded().clear();
+
+    // A lost shader does the same, and is loaded anew.
+    PLUGIN(lum_gl_loadfragmentshader_file)(path.c_str(), &f);
+    PLUGIN(lum_gl_loadvertexshader_file)((folder + "/v.glsl").c_str(), &v);
+    link(host_app(), v, f, attribs);
+    gl().lose_context();
+    recorded().clear();
+    EXPECT_EQ(PLUGIN(lum_gl_loadfragmentshader_file)(path.c_str(), &f), 0);
+    EXPECT_TRUE(gl().shaders.contains(f));
+    expect_lines(log(), {"5 app shader library: clearing caches"});
+    EXPECT_EQ(recorded().count("glDelete"), 0);
+}
+
+TEST_F(shaders, descriptions_of_every_type) {
+    const std::string v = write("v.glsl", vertex), f = write("f.glsl", fragment);
+    write("lit.shd", "binary");
+    write("a.shd.shd", "binary");
+    write("b.shd", "");
+    const struct {
+        shader_desc description;
+        const char* resolved; // of a binary
+        lines log;
+        bool made;
+    } cases[] = {
+        {{"file", SHADER_TYPE_FILE, v.c_str(), f.c_str(), nullptr},  nullptr, {},                                                        true},
+        {{"source", SHADER_TYPE_SOURCE, vertex, fragment, nullptr},  nullptr, {},                                                        true},
+        {{"no file", SHADER_TYPE_FILE, v.c_str(), "gone", nullptr},
+         nullptr,                                                             {"0 app LUMGL: failed to load shader: vert=$v frag=gone"},
+         false                                                                                                                               },
+        {{"lit", SHADER_TYPE_BINARY, nullptr, "lit.frag", nullptr},
+         "lit.shd",                                                           {"0 app error: could not link program", "0 app 0:1: bad",
+          "0 app LUMGL: failed to load shader: vert=... frag=lit.frag"},
+         false                                                                                                                               },
+        {{"twice", SHADER_TYPE_BINARY, "x", "a.frag.frag", nullptr},
+         "a.shd.shd",                                                         {"0 app error: could not link program", "0 app 0:1: bad",
+          "0 app LUMGL: failed to load shader: vert=x frag=a.frag.frag"},
+         false                                                                                                                               },
+        {{"direct", SHADER_TYPE_BINARY, "x", "b.shd", nullptr},
+         "b.shd",                                                             {"0 app error: could not link program", "0 app 0:1: bad",
+          "0 app LUMGL: failed to load shader: vert=x frag=b.shd"},
+         false                                                                                                                               },
+        {{"lost", SHADER_TYPE_BINARY, "x", "gone.frag", nullptr},
+         "gone.shd",                                                          {"0 app Unable to open shader: $root/gone.shd\n", "0 app error: could not link program",
+          "0 app 0:1: bad", "0 app LUMGL: failed to load shader: vert=x frag=gone.frag"},
+         false                                                                                                                               },
+        {{"odd", 7, "x", "y", nullptr},
+         nullptr,                                                             {"0 app LUMGL: unknown shader type=7: vert=x frag=y"},
+         false                                                                                                                               },
+        {{"odd", 3, "x", nullptr, nullptr},
+         nullptr,                                                             {"0 app LUMGL: unknown shader type=3: vert=x frag=..."},
+         false                                                                                                                               },
+    };
+    host().timing = true;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.description.name);
+        recorded().clear();
+        host_app();
+        kora_reference* reference = host_get_shader(c.description.name, &c.description);
+        EXPECT_EQ(reference != nullptr, c.made);
+        lines expected;
+        for (std::string l : c.log) {
+            if (l.find("$v") != std::string::npos) l.replace(l.find("$v"), 2, v);
+            if (l.find("$root") != std::string::npos) l.replace(l.find("$root"), 5, folder);
+            expected.push_back(l);
+        }
+        lines got = log();
+        std::erase_if(got, [](const std::string& l) { return l.starts_with("5 "); });
+        expect_lines(got, expected);
+        EXPECT_EQ(recorded().count(print("timing app lum_Image load %s 4294967303", c.description.name)), 1);
+        EXPECT_EQ(recorded().count("resolve_path"), c.resolved ? 1 : 0);
+        if (c.resolved) {
+            EXPECT_EQ(recorded().count(print("resolve_path \"%s\"", c.resolved)), 1);
+        }
+        if (!c.made) {
+            const auto shown_name = [](const char* text) { return text ? text : "NULL"; };
+            EXPECT_EQ(recorded().count(print("5 app Attempt to load shader [%s] failed: vert=%s frag=%s",
+                                             c.description.name, shown_name(c.description.vertex),
+                                             shown_name(c.description.fragment))),
+                      1);
+            continue;
+        }
+        const auto* program = static_cast<const shader_program*>(host_get_data(reference));
+        EXPECT_STREQ(program->name, c.description.name);
+        EXPECT_TRUE(gl().programs.contains(program->program));
+        host_release(reference);
+    }
+    recorded().clear();
+    host_app();
+    EXPECT_EQ(host_get_shader("nothing", nullptr), nullptr);
+    expect_lines(recorded().text({channel::log, channel::gl}, true), {});
+    EXPECT_EQ(recorded().count("snapshot_time") + recorded().count("timing"), 0);
+}
+
+TEST_F(shaders, whole_files_come_with_their_length) {
+    const std::string text = "one\0two"s + std::string(5000, 'x');
+    write("whole.bin", text);
+    unsigned int length = 77;
+    auto* bytes = static_cast<char*>(PLUGIN(lum_gl_load_shader_file)(host_app(), "whole.bin", &length));
+    ASSERT_NE(bytes, nullptr);
+    EXPECT_EQ(std::string(bytes, length), text);
+    free(bytes);
+    length = 77;
+    EXPECT_EQ(PLUGIN(lum_gl_load_shader_file)(host_app(), "gone.bin", &length), nullptr);
+    host().unresolved = {"nowhere"};
+    EXPECT_EQ(PLUGIN(lum_gl_load_shader_file)(host_app(), "nowhere", &length), nullptr);
+    EXPECT_EQ(length, 77u) << "written only on success";
+    EXPECT_EQ(log().at(0), "0 app Unable to open shader: " + folder + "/gone.bin\n");
+    recorded().clear();
+    // The kernel says that these are 4096 bytes long, and gives fewer.
+    const char* liar = "/sys/kernel/mm/transparent_hugepage/enabled";
+    if (std::filesystem::exists(liar)) {
+        EXPECT_EQ(PLUGIN(lum_gl_load_shader_file)(host_app(), liar, &length), nullptr);
+        expect_lines(log(), {std::string("0 app Shader load (") + liar + ") read failed"});
+    }
+}
+
+} // namespace

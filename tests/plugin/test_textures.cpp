@@ -1,0 +1,173 @@
+// Images of the host becoming GL textures, and the picture that stands in for a missing one.
+
+#include "plugin/fixture.h"
+
+namespace {
+
+class textures : public plugin_test {
+  protected:
+    // A quad with texture coordinates 0 and 1 in the image "tex.png".
+    void write_quad() {
+        write("q.mtl", "newmtl m\nmap_Kd tex.png\n");
+        write("q.obj",
+              "mtllib q.mtl\nv 0 0 0\nv 1 0 0\nv 1 1 0\nvt 0 0\nvt 1 0\nvt 1 1\nusemtl m\nf 1/1 2/2 3/3\n");
+    }
+};
+
+TEST_F(textures, follow_the_description_of_the_image) {
+    const lines parameters = {
+        "glTexParameteri TEXTURE_2D MAG_FILTER LINEAR", "glTexParameteri TEXTURE_2D MIN_FILTER LINEAR",
+        "glTexParameterf TEXTURE_2D WRAP_S 10497", "glTexParameterf TEXTURE_2D WRAP_T 10497", "glGetError"};
+    std::vector<uint8_t> noise(8 * 4 * 4);
+    for (size_t i = 0; i < noise.size(); ++i)
+        noise[i] = static_cast<uint8_t>(i * 37);
+    const std::vector<uint8_t> rows(noise.begin(), noise.begin() + 3 * 4 * 2); // 5-6-5, three rows of four
+    const struct {
+        const char* what;
+        host_image image;
+        lines calls;
+        float u, v; // of the far corner
+        int held;
+    } cases[] = {
+        {"RGBA in a larger buffer",
+         {5, 3, 8, 4, 4, 70, noise},
+         {"glActiveTexture TEXTURE0", "glGenTextures 1", "glBindTexture TEXTURE_2D 1",
+          "glTexImage2D TEXTURE_2D 0 RGBA 8x4 0 RGBA UNSIGNED_BYTE"},
+         0.625f,     0.75f,
+         0},
+        {"16 bits",
+         {4, 3, 4, 3, 2, 70, rows},
+         {"glActiveTexture TEXTURE0", "glGenTextures 1", "glBindTexture TEXTURE_2D 1",
+          "glTexImage2D TEXTURE_2D 0 RGB 4x3 0 RGB UNSIGNED_SHORT_5_6_5"},
+         1,          1,
+         0},
+        {"any depth but four bytes",
+         {4, 3, 4, 3, 3, 70, rows},
+         {"glActiveTexture TEXTURE0", "glGenTextures 1", "glBindTexture TEXTURE_2D 1",
+          "glTexImage2D TEXTURE_2D 0 RGB 4x3 0 RGB UNSIGNED_SHORT_5_6_5"},
+         1,          1,
+         0},
+        {"the host's own texture",
+         {300, 200, 512, 256, 4, 70, {}},
+         {"glBindTexture TEXTURE_2D 70"},
+         0.5859375f, 0.78125f,
+         1},
+    };
+    write_quad();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        fresh_gl();
+        gl().textures[70]; // the host's
+        host().images[".//tex.png"] = c.image;
+        control shown;
+        show(shown, "q.obj");
+
+        lines got = recorded().text({channel::gl});
+        got.erase(std::find(got.begin(), got.end(), "glGetString VERSION"), got.end());
+        if (c.image.pixels.empty())
+            std::erase(got, "glActiveTexture TEXTURE0"); // binding may choose the unit first
+        lines expected = c.calls;
+        expected.insert(expected.end(), parameters.begin(), parameters.end());
+        expect_lines(got, expected);
+        const GLuint id = c.image.pixels.empty() ? 70 : 1;
+        EXPECT_EQ(gl().textures[id].pixels, c.image.pixels);
+        EXPECT_EQ(gl().textures[id].parameters.size(), 4u);
+        EXPECT_EQ(gl().draws.back().texture, id);
+        const auto& corners = gl().draws.back().corners;
+        ASSERT_EQ(corners.size(), 3u);
+        EXPECT_EQ(corners[1][6], c.u);
+        EXPECT_EQ(corners[1][7], c.v); // vt 1 0 is stored as (1, 1)
+        EXPECT_EQ(corners[2][7], 0);
+        // Given back once copied; kept while GL reads the host's texture.
+        EXPECT_EQ(host().held["image .//tex.png"], c.held);
+        shown.release();
+        EXPECT_EQ(gl().textures.count(id), 0u) << "deleted, whoever made it";
+        if (id == 1) gl().textures.erase(70);
+        host().held.erase("image .//tex.png");
+    }
+}
+
+TEST_F(textures, fall_back_to_a_picture_that_says_so) {
+    write("q.mtl", "newmtl a\nmap_Kd gone.png\nnewmtl b\nmap_Kd empty.png\n");
+    write("q.obj",
+          "mtllib q.mtl\nv 0 0 0\nv 1 0 0\nv 1 1 0\nvt 0 0\nvt 3 0\nvt 1 1\nusemtl a\nf 1/1 2/2 3/3\n"
+          "usemtl b\nf 1/1 2/2 3/3\n");
+    host().images[".//empty.png"] = {1, 1, 2, 2, 4, 0, {}, false};
+    control shown;
+    show(shown, "q.obj");
+    expect_lines(recorded().log(0, 4), {});
+    EXPECT_EQ(gl().draws.back().corners[1][6], 3) << "unscaled";
+    lines got = recorded().text({channel::gl});
+    got.erase(got.begin() + 9, got.end());
+    expect_lines(got,
+                 {"glActiveTexture TEXTURE0", "glGenTextures 1", "glBindTexture TEXTURE_2D 1",
+                  "glTexImage2D TEXTURE_2D 0 RGBA 512x512 0 RGBA UNSIGNED_BYTE",
+                  "glTexParameteri TEXTURE_2D MAG_FILTER LINEAR",
+                  "glTexParameteri TEXTURE_2D MIN_FILTER LINEAR", "glTexParameterf TEXTURE_2D WRAP_S 10497",
+                  "glTexParameterf TEXTURE_2D WRAP_T 10497", "glGetError"});
+    ASSERT_EQ(gl().textures.size(), 2u) << "one for each texture";
+    const std::vector<uint8_t>& pixels = gl().textures[1].pixels;
+    EXPECT_EQ(gl().textures[2].pixels, pixels);
+    ASSERT_EQ(pixels.size(), 512u * 512 * 4);
+
+    constexpr int edges[] = {0, 86, 172, 259, 345, 431, 512};
+    int wrong = 0;
+    for (int sy = 0; sy < 6; ++sy)
+        for (int sx = 0; sx < 6; ++sx) {
+            const uint8_t ground = (sx + sy) % 2 ? 0 : 255;
+            int ink[2] = {0, 0}, left = 999, right = 0; // of the two lines of text
+            for (int y = edges[sy]; y < edges[sy + 1]; ++y)
+                for (int x = edges[sx]; x < edges[sx + 1]; ++x) {
+                    const uint8_t* p = &pixels[static_cast<size_t>(y * 512 + x) * 4];
+                    wrong += p[0] != 255 || p[3] != 255 || p[1] != p[2];
+                    if (p[1] == ground) continue;
+                    const int row = y - edges[sy], column = x - edges[sx];
+                    if (row >= 34 && row <= 45)
+                        ++ink[0], left = std::min(left, column), right = std::max(right, column);
+                    else if (row >= 47 && row <= 58)
+                        ++ink[1];
+                    else
+                        ++wrong;
+                }
+            EXPECT_GT(ink[1], 40) << "FOUND in square " << sx << ", " << sy;
+            EXPECT_GT(ink[0], ink[1]) << "NO TEXTURE in square " << sx << ", " << sy;
+            EXPECT_NEAR(right - left, 60, 10);
+            EXPECT_NEAR((left + right + 1) / 2, (edges[sx + 1] - edges[sx]) / 2, 3) << "centred";
+        }
+    EXPECT_EQ(wrong, 0);
+    host().held.erase("image .//empty.png"); // a reference without data may be kept
+}
+
+TEST_F(textures, report_an_error_and_draw_all_the_same) {
+    write_quad();
+    for (const bool found : {true, false}) {
+        if (found)
+            host().images[".//tex.png"] = {2, 2, 2, 2, 4, 0, std::vector<uint8_t>(16, 1)};
+        else
+            host().images.clear();
+        gl().error = GL_INVALID_VALUE;
+        control shown;
+        show(shown, "q.obj");
+        expect_lines(recorded().log(0, 4),
+                     {found ? "1 app warning: model3d: error binding texture .//tex.png: 1281"
+                            : "1 null warning: model3d: error binding fallback texture: 1281"});
+        ASSERT_EQ(gl().draws.size(), found ? 1u : 2u);
+        EXPECT_TRUE(gl().textures.contains(gl().draws.back().texture));
+    }
+}
+
+// Every texture name goes through the folder of the model, with slashes only.
+TEST_F(textures, are_asked_for_by_the_path_beside_the_model) {
+    write("lib.mtl", "newmtl m\nmap_Kd maps\\a b.png\n");
+    host().root = folder.substr(0, folder.rfind('/'));
+    const std::string name = folder.substr(folder.rfind('/') + 1) + "/q.obj",
+                      dir = name.substr(0, name.rfind('/'));
+    write("q.obj", "mtllib lib.mtl\nv 0 0 0\nv 1 0 0\nv 1 1 0\nusemtl m\nf 1 2 3\n");
+    control shown;
+    show(shown, name.c_str());
+    EXPECT_EQ(recorded().count("resolve_path \"" + name + "\""), 1);
+    EXPECT_EQ(recorded().count("resolve_path \"" + dir + "/lib.mtl\""), 1);
+    EXPECT_EQ(recorded().count("get_reference \"image\" \"" + dir + "/maps/a b.png\" -> null"), 1);
+}
+
+} // namespace
