@@ -14,10 +14,10 @@ enum line_backslash : bool {
 struct line_reader {
     int fd; // owned
     line_backslash backslashes;
-    bool at_end;   // of the file: nothing more to read behind `limit`
-    char* buffer;  // owned
-    char* next;    // where the search for the next line goes on
-    char* limit;   // end of the bytes read; a NUL stands there
+    bool at_end;  // of the file: nothing more to read behind `limit`
+    char* buffer; // owned
+    char* next;   // where the search for the next line goes on
+    char* limit;  // end of the bytes read; a NUL stands there
     char* block_end;
     // The next of these at or behind the last position they were wanted for, or `limit`.
     char* line_feed;

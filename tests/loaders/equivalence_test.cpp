@@ -1,0 +1,290 @@
+// The loader against a literal reading of its dialect, on files made to be difficult.
+
+#include "loader_host.h"
+#include "loaders/scan_float.h"
+#include "obj_reference.h"
+
+#include <cmath>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <limits>
+#include <random>
+
+namespace {
+
+using random_source = std::mt19937;
+
+size_t below(random_source& random, size_t n) {
+    return random() % n;
+}
+
+template <size_t n> std::string pick(random_source& random, const char* const (&words)[n]) {
+    return words[below(random, n)];
+}
+
+const char* const odd_numbers[] = {
+    "1e",
+    "1e+",
+    "1e+-2",
+    "0x",
+    "0x.p5",
+    "0x.8",
+    "0x1p",
+    "0x1.8p1",
+    "nan(12)",
+    "nan",
+    "-nan",
+    "inf",
+    "-Infinity",
+    "infx",
+    "infi",
+    "NaNs",
+    ".",
+    "-.",
+    "+1",
+    "+.5",
+    "1.5.3",
+    "1e5.5",
+    "1e5e3",
+    "0x1e5",
+    "0X1P+3",
+    "1,5",
+    "+-1",
+    "1e999",
+    "-1e999",
+    "1e-999",
+    "1d5",
+    "0xg",
+    "-",
+    "00x1",
+    "1'000",
+    ".e5",
+    "5.e1",
+    "0x1p-150",
+    "0x1p-149",
+    "0x1.8p-149",
+    "0x1p+",
+    "0xe+5",
+    "-0x.",
+    "0e5",
+    "-0",
+    "1e-45",
+    "7.1e-46",
+    "3.4028236e38",
+    "0x1.ffffff8p127",
+    "0x1.ffffffp127",
+    "9007199254740993",
+    "18446744073709551617",
+    "0.000000000000000000000000000001",
+    "123456789012345678901234567890e-20",
+    "0x123456789abcdef0123456789p-40",
+    "0x0.00000000000000000000000000000000000000000001p160",
+    "1e99999999999",
+    "0x1p-99999999999",
+    "0x1.000001p0",
+    "0x1.0000010000000000000001p0",
+    "0x1.fffffe00000000000p-127",
+    "in",
+    "n",
+    "i",
+    "e5",
+};
+
+std::string number(random_source& random) {
+    char text[400];
+    const double scale = std::pow(10.0, static_cast<double>(below(random, 12)) - 6);
+    const double value = (static_cast<double>(random()) / 2147483648.0 - 1) * scale;
+    switch (below(random, 8)) {
+    case 0:
+        return pick(random, odd_numbers);
+    case 1: {
+        // Halfway between two floats, or a hair from it.
+        float low;
+        const uint32_t bits = static_cast<uint32_t>(random()) % 0x7f000000u;
+        memcpy(&low, &bits, sizeof(low));
+        const double halfway =
+            (double{low} + double{std::nextafter(low, std::numeric_limits<float>::infinity())}) / 2;
+        const char* const formats[] = {"%.17g", "%.16g", "%.18g", "%.160f", "%.9g", "%a", "%.150e"};
+        snprintf(text, sizeof(text), formats[below(random, 7)], halfway);
+        return text;
+    }
+    case 2:
+        snprintf(text, sizeof(text), "%.*f", static_cast<int>(below(random, 20)), value);
+        return text;
+    case 3:
+        snprintf(text, sizeof(text), below(random, 2) ? "%g" : "%.9E", value);
+        return text;
+    case 4:
+        return std::to_string(static_cast<int>(below(random, 40)) - 8);
+    case 5: {
+        std::string any;
+        for (size_t i = below(random, 12) + 1; i > 0; i--) {
+            any += "0123456789.+-eExXpPnaif"[below(random, 23)];
+        }
+        return any;
+    }
+    default:
+        snprintf(text, sizeof(text), "%.6f", value);
+        return text;
+    }
+}
+
+TEST(Numbers, AreReadAsScanfReadsThem) {
+    random_source random(1);
+    const char* const gaps[] = {" ", " ", " ", "  ", "\t", "\v\f ", "", "/", "\n\r"};
+    for (int i = 0; i < 200000; i++) {
+        std::string text;
+        for (int n = 0; n < 3; n++) {
+            text += pick(random, gaps) + number(random);
+        }
+        text += std::string(8, '\0');
+        float got[3] = {}, expected[3] = {};
+        const int count = 1 + static_cast<int>(below(random, 3));
+        const int ngot = scan_floats(text.c_str(), got, count);
+        const int nexpected = reference_scan(text.c_str(), expected, count);
+        ASSERT_EQ(ngot, nexpected) << text;
+        ASSERT_EQ(memcmp(got, expected, sizeof(float) * static_cast<size_t>(ngot)), 0)
+            << text << ": " << got[0] << ' ' << got[1] << ' ' << got[2];
+    }
+}
+
+std::string corner(random_source& random) {
+    const char* const odd[] = {"1.5/2",         "--3",         "1-2/3", "4/",     "/5",
+                               "7//",           "1/2/3/4/5/6", "-",     "00002/", "+3",
+                               "2\t3",          "1//1\t",      "3\\1",  "1/-/2",  "99999999999",
+                               "-2147483649/1", "0",           "x1/y",  "4/5/6/", "1/\\2/3"};
+    if (below(random, 12) == 0) return pick(random, odd);
+    if (below(random, 60) == 0) return std::string(59 + below(random, 6), '0').append("3/1");
+    const auto index = [&] { return std::to_string(static_cast<int>(below(random, 24)) - 4); };
+    switch (below(random, 4)) {
+    case 0:
+        return index();
+    case 1:
+        return index().append("/").append(index());
+    case 2:
+        return index().append("//").append(index());
+    default:
+        return index().append("/").append(index()).append("/").append(index());
+    }
+}
+
+std::string line(random_source& random) {
+    const char* const gaps[] = {" ", " ", " ", " ", " ", " ", "  ", "\t", " \t", "\\", "\\\n", " \\\r\n", ""};
+    const char* const ends[] = {"\n", "\n", "\n", "\n", "\r\n", "\r", " \n", "\t\n", "\\\n", "\n\n \t"};
+    const char* const others[] = {
+        "mtllib lib.mtl",
+        "mtllib lib.mtl  ",
+        "mtllib sub\\lib.mtl",
+        "mtllib",
+        "mtllib missing.mtl",
+        "usemtl red",
+        "usemtl no name",
+        "usemtl",
+        "usemtl two words",
+        "# f 1 2 3",
+        "g group",
+        "vp 1 2 3",
+        "s 1",
+        "v",
+        "f",
+    };
+    std::string text;
+    const size_t kind = below(random, 10);
+    if (kind < 5) {
+        text = pick(random, {"v", "v", "vn", "vt", "v\\"});
+        for (size_t n = below(random, 8) ? 3 : below(random, 5); n > 0; n--) {
+            text += pick(random, gaps) + number(random);
+        }
+    } else if (kind < 9) {
+        text = "f";
+        for (size_t n = below(random, 6) + 2; n > 0; n--) {
+            text += pick(random, gaps) + corner(random);
+        }
+    } else {
+        text = pick(random, others);
+    }
+    if (below(random, 30) == 0) text.insert(below(random, text.size() + 1), 1, '\0');
+    return text + pick(random, ends);
+}
+
+// Text with a line wherever a cut may fall, of a length near the limits.
+std::string long_line(random_source& random) {
+    const size_t length = below(random, 3) ? 1015 + below(random, 12) : below(random, 5000);
+    std::string text;
+    while (text.size() < length) {
+        text += pick(random, {"v 1 2 3 ", "f 1 2 3 ", "f 4/5/6 1/2/3 2//1 ", "vn 3 2 1 ", "v 9 ", " ", "\t"});
+        if (below(random, 100) == 0) text += pick(random, {"\\", "\\\n", "\\\r\n\n"});
+    }
+    text.resize(length);
+    return text + "\n";
+}
+
+// Faces that show what the lists of a file hold.
+std::string probe() {
+    std::string text;
+    for (int i = 1; i < 12; i++) {
+        char line[100];
+        snprintf(line, sizeof(line), "f %d/%d/%d -%d/-%d/-%d %d/-1/-1\n", i, i, i, i, i, i, i);
+        text += line;
+    }
+    return text;
+}
+
+const std::string library =
+    "Kd 9 9 9\nnewmtl red\nKd 1 0 0\n d .5\nnewmtl two words\nmap_Kd a\\b c.png\n"
+    "Ka 0x1 inf 1e \nKs 1,5 2 3\nNs 96\nnewmtl\nNs 5\nnewmtl red\nKa 1 1 1 \nKd 0 1\n";
+
+struct file_kind {
+    const char* name;
+    int files;
+    size_t lines;
+    size_t long_line_in; // one line in so many is long
+};
+
+TEST(Loader, ReadsRandomFilesAsTheDialectSays) {
+    constexpr file_kind kinds[] = {
+        {"short", 1000, 60,   1000},
+        {"long",  400,  40,   4   },
+        {"large", 12,   6000, 50  }, // many read buffers
+    };
+    const temp_folder folder;
+    folder.write("lib.mtl", library);
+    folder.write("sub lib.mtl", std::string("newmtl no name\nmap_Kd x.png\n").append(1022, 'x').append("\nNs 3\n"));
+    random_source random(2);
+    for (const file_kind& kind : kinds) {
+        for (int i = 0; i < kind.files; i++) {
+            std::string text;
+            for (size_t n = below(random, kind.lines); n > 0; n--) {
+                text += below(random, kind.long_line_in) == 0 ? long_line(random) : line(random);
+            }
+            text += probe();
+            if (below(random, 4) == 0) text += line(random) + "f 1 2 3";
+            const std::string file = folder.write("random.obj", text);
+            ASSERT_EQ(difference_from_reference(file), "") << kind.name << " file " << i << ":\n"
+                                                           << (text.size() < 5000 ? text : "");
+        }
+    }
+}
+
+// A line of every length near the limit, at every distance from a block's start, ended by each kind of
+// end, and by a backslash where blocks end.
+TEST(Loader, CutsLongLinesWhereTheDialectSays) {
+    const temp_folder folder;
+    for (const size_t length : {1019u, 1020u, 1021u, 1022u, 1023u, 1024u, 1025u, 2045u, 2047u, 2049u}) {
+        for (const char* end : {"\n", "\r\n", "\\\nv 6 7 8 \n", "\\\n\r\n\nv 6 7 8\n", ""}) {
+            for (const size_t gap : {0u, 1u, 2u, 1020u, 1021u, 1022u, 1023u, 1024u, 1025u, 2046u, 2047u}) {
+                std::string text = "v 1 0 0\nv 2 0 0\nvt 3 3\nvn 4 4 4\n" + std::string(gap, '\n');
+                // Ends with lines that count if the cut makes them so.
+                std::string tail;
+                while (tail.size() < 60) {
+                    tail.append("v 1 ").append(std::to_string(tail.size())).append(" 3 ");
+                }
+                text += std::string(length - tail.size(), '#') + tail + end + probe();
+                ASSERT_EQ(difference_from_reference(folder.write("cut.obj", text)), "")
+                    << length << " bytes after " << gap << " blanks, ended by " << end;
+            }
+        }
+    }
+}
+
+} // namespace
