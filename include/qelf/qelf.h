@@ -183,8 +183,9 @@ typedef struct QELF_Scene {
     QELF_Animation** animations;
 } QELF_Scene;
 
-/* The chunk types of a QELF form, for IFF operations: a table of one. */
-MODEL3D_API extern const IFF_FormExtension QELFFormExtension[1];
+/* The chunk types of a QELF form: the rows, and the table of one form type that IFF operations take. */
+MODEL3D_API extern const IFF_Extension QELFFormExtension[4];
+MODEL3D_API extern const IFF_FormExtension QELF_formExtensions[1];
 
 /* ---- Whole files and trees ------------------------------------------------------------------- */
 

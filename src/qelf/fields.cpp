@@ -1,0 +1,102 @@
+#include "qelf/fields.h"
+
+#include <cstdlib>
+#include <cstring>
+
+void out_of_memory(const char* chunk_id) {
+    IFF_error("Out of memory for '");
+    IFF_errorId(chunk_id);
+    IFF_error("'!\n");
+}
+
+int read_floats(FILE* file, float* values, int count, const char* chunk_id, const char* field) {
+    for (int i = 0; i < count; i++) {
+        uint32_t bits = 0;
+        if (!IFF_readULong(file, &bits, chunk_id, field)) return 0;
+        memcpy(&values[i], &bits, sizeof(bits));
+    }
+    return 1;
+}
+
+int write_floats(FILE* file, const float* values, int count, const char* chunk_id, const char* field) {
+    for (int i = 0; i < count; i++) {
+        uint32_t bits = 0;
+        memcpy(&bits, &values[i], sizeof(bits));
+        if (!IFF_writeULong(file, bits, chunk_id, field)) return 0;
+    }
+    return 1;
+}
+
+bool same_bits(const float* a, const float* b, int count) {
+    return memcmp(a, b, static_cast<size_t>(count) * sizeof(float)) == 0;
+}
+
+int read_count(FILE* file, int32_t* value, const char* chunk_id, const char* field) {
+    if (!IFF_readLong(file, value, chunk_id, field)) return 0;
+    if (*value >= 0) return 1;
+    IFF_readError(chunk_id, field);
+    return 0;
+}
+
+bool add_to_size(IFF_Chunk* chunk, int64_t bytes) {
+    const int64_t sum = chunk->chunkSize + bytes;
+    if (sum < 0 || sum > INT32_MAX) return false;
+    chunk->chunkSize = static_cast<int32_t>(sum);
+    return true;
+}
+
+int64_t extent(int32_t size) {
+    return int64_t{size} + 8 + (size & 1);
+}
+
+static void size_overflow(const char* chunk_id) {
+    IFF_error("Size of '");
+    IFF_errorId(chunk_id);
+    IFF_error("' exceeds 32 bits!\n");
+}
+
+bool embed(IFF_Chunk* around, const IFF_Chunk* embedded) {
+    if (add_to_size(around, extent(embedded->chunkSize))) return true;
+    size_overflow(around->chunkId);
+    return false;
+}
+
+int set_text(IFF_Chunk* around, IFF_RawChunk** text, int32_t* length, const char* text_id,
+             const char* value) {
+    IFF_RawChunk* fresh = IFF_createRawChunk(text_id);
+    if (!fresh || !IFF_setTextData(fresh, value ? value : "")) {
+        out_of_memory(text_id);
+        free_text(&fresh);
+        return 0;
+    }
+    const int64_t before = *text ? extent((*text)->chunk.chunkSize) : 0;
+    if (!add_to_size(around, extent(fresh->chunk.chunkSize) - before)) {
+        size_overflow(around->chunkId);
+        free_text(&fresh);
+        return 0;
+    }
+    free_text(text);
+    *text = fresh;
+    *length = fresh->chunk.chunkSize;
+    return 1;
+}
+
+int write_text(FILE* file, const IFF_RawChunk* text) {
+    return text ? IFF_writeRawChunk(file, text) : 1;
+}
+
+void free_text(IFF_RawChunk** text) {
+    if (*text) IFF_freeRawChunk(*text);
+    free(*text);
+    *text = nullptr;
+}
+
+void print_text(const IFF_RawChunk* text, int indentLevel) {
+    if (text) IFF_printText(text, indentLevel);
+}
+
+bool same_text(const IFF_RawChunk* a, const IFF_RawChunk* b) {
+    const int32_t size_a = a ? a->chunk.chunkSize : 0;
+    const int32_t size_b = b ? b->chunk.chunkSize : 0;
+    return size_a == size_b && (size_a == 0 || IFF_compareRawChunk(a, b));
+}

@@ -1,0 +1,56 @@
+// What the chunk types of a scene file share: runs of floats, embedded texts, computed sizes.
+#ifndef QELF_FIELDS_H
+#define QELF_FIELDS_H
+
+#include "qelf/qelf.h"
+
+#include <cstddef>
+
+// One report, then null or 0: memory is short.
+void out_of_memory(const char* chunk_id);
+
+// A zero-filled record with its identifier and size, or null after a report.
+template <class Record> Record* create_record(const char* chunk_id, int32_t size) {
+    auto* record = reinterpret_cast<Record*>(IFF_allocateChunk(chunk_id, sizeof(Record)));
+    if (!record) {
+        out_of_memory(chunk_id);
+        return nullptr;
+    }
+    record->chunk.chunkSize = size;
+    return record;
+}
+
+// Big-endian bit patterns, all under one field name. 1, or 0 after a report.
+int read_floats(FILE* file, float* values, int count, const char* chunk_id, const char* field);
+int write_floats(FILE* file, const float* values, int count, const char* chunk_id, const char* field);
+bool same_bits(const float* a, const float* b, int count);
+
+// A signed count or length; a negative one fails like a short read.
+int read_count(FILE* file, int32_t* value, const char* chunk_id, const char* field);
+
+// A sum of sizes in a record's chunkSize. False, with the size as it was, when it leaves 32 bits.
+bool add_to_size(IFF_Chunk* chunk, int64_t bytes);
+
+// What an embedded record of that size adds to the size of the one around it.
+int64_t extent(int32_t size);
+
+// Embeds a record: adds its extent. False after a report when the sum leaves 32 bits.
+bool embed(IFF_Chunk* around, const IFF_Chunk* embedded);
+
+// Replaces an embedded text and keeps length and size right. 1, or 0 after a report.
+int set_text(IFF_Chunk* around, IFF_RawChunk** text, int32_t* length, const char* text_id, const char* value);
+
+// A text that may never have been set.
+int write_text(FILE* file, const IFF_RawChunk* text);
+void free_text(IFF_RawChunk** text);
+void print_text(const IFF_RawChunk* text, int indentLevel);
+bool same_text(const IFF_RawChunk* a, const IFF_RawChunk* b);
+
+// The fixed part of a group's depth: deeper groups fail the read, so that no file exhausts the stack.
+constexpr int deepest_group = 256;
+
+// Readers that know how many groups are around them.
+QELF_SceneGroup* read_group(FILE* file, int depth);
+QELF_Node* read_node(FILE* file, int depth);
+
+#endif
