@@ -12,6 +12,7 @@
 #include "byte_reader.h"
 #include "picture.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstring>
@@ -77,9 +78,8 @@ bool known(const bmp_header& header) {
         return header.bits == 4;
     case fields:
     case alpha_fields:
-        for (const uint32_t mask : header.masks)
-            if (!mask_fits(mask, header.bits)) return false;
-        return header.bits == 16 || header.bits == 32;
+        return (header.bits == 16 || header.bits == 32) &&
+               std::ranges::all_of(header.masks, [&](uint32_t mask) { return mask_fits(mask, header.bits); });
     default:
         return false;
     }
@@ -166,11 +166,15 @@ const char* bmp_decode(byte_span file, picture& out) {
 
     bmp_palette palette{};
     if (header.bits <= 8) {
-        const uint32_t most = 1u << header.bits;
-        const uint32_t colours = header.colours == 0 || header.colours > most ? most : header.colours;
-        in.seek(size_t{14} + header.info_size);
-        for (uint32_t i = 0; i < colours; ++i) {
-            const uint32_t value = in.number(header.info_size == 12 ? 3 : 4);
+        const uint32_t entry = header.info_size == 12 ? 3 : 4, most = 1u << header.bits;
+        // Some files hold fewer colours than they say or than their depth has.
+        const size_t start = size_t{14} + header.info_size;
+        const size_t room = header.pixels_at > start ? (header.pixels_at - start) / entry : 0;
+        const size_t colours =
+            std::min<size_t>(header.colours == 0 ? most : std::min(header.colours, most), room);
+        in.seek(start);
+        for (size_t i = 0; i < colours; ++i) {
+            const uint32_t value = in.number(entry);
             palette[i] = {static_cast<uint8_t>(value >> 16), static_cast<uint8_t>(value >> 8),
                           static_cast<uint8_t>(value), 255};
         }

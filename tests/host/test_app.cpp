@@ -1,0 +1,242 @@
+// A plug-in and its controls from loading to the end, with a plug-in that notes what it is asked.
+#include "heap_watch.h"
+
+#include "kora/host.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <dlfcn.h>
+#include <string>
+
+namespace {
+
+struct hosting : testing::Test {
+    kora_app* app = kora_app_create();
+    char* journal = nullptr;
+
+    hosting() {
+        // The host never closes a plug-in, so this handle's symbol stays good.
+        void* library = dlopen(FAKE_PLUGIN, RTLD_NOW | RTLD_LOCAL);
+        journal = static_cast<char*>(dlsym(library, "fake_journal"));
+        *journal = '\0';
+        kora_log_set_level(0);
+    }
+    ~hosting() override {
+        kora_app_destroy(app);
+        kora_log_set_level(2);
+    }
+
+    // What was noted since the last call.
+    std::string noted() {
+        const std::string result = journal;
+        *journal = '\0';
+        return result;
+    }
+    kora_control* control(const char* name) {
+        EXPECT_TRUE(kora_app_load_plugin(app, FAKE_PLUGIN, nullptr));
+        return kora_control_create(app, name, "fake", 1, 2, 30, 40);
+    }
+    void destroy_app() {
+        kora_app_destroy(app);
+        app = nullptr;
+    }
+};
+
+TEST_F(hosting, loads_a_plugin_once_and_says_why_not) {
+    const struct {
+        const char *path, *options, *error;
+    } failures[] = {
+        {nullptr,           nullptr, "a plug-in needs a path"                                 },
+        {"/nowhere/lib.so", nullptr,
+         "/nowhere/lib.so: cannot open shared object file: No such file or directory"         },
+        {"libkora.so",      nullptr, "libkora.so: is no plug-in: it has no kora_plugin_create"},
+        {FAKE_PLUGIN,       "fail",  FAKE_PLUGIN ": the plug-in's init failed with 3"         },
+        {FAKE_PLUGIN,       "again", FAKE_PLUGIN ": is already loaded"                        },
+    };
+    for (const auto& row : failures) {
+        EXPECT_FALSE(kora_app_load_plugin(app, row.path, row.options));
+        EXPECT_STREQ(kora_app_error(app), row.error);
+    }
+    EXPECT_EQ(kora_control_create(app, "c", "fake", 0, 0, 1, 1), nullptr);
+    EXPECT_STREQ(kora_app_error(app), "no loaded plug-in has an extension named fake");
+    EXPECT_EQ(kora_app_extension_args(app, "fake"), nullptr);
+    EXPECT_EQ(noted(), "pool;init fail;");
+    kora_app_destroy(app);
+    EXPECT_EQ(noted(), "clear;") << "what was not initialised is not ended";
+
+    app = kora_app_create();
+    EXPECT_TRUE(kora_app_load_plugin(app, FAKE_PLUGIN, "diag=5"));
+    EXPECT_STREQ(kora_app_extension_args(app, "fake")[5].name, "whole");
+    EXPECT_EQ(noted(), "pool;init diag=5;");
+    // The caches belong to the process: they are cleared with the last application that uses them.
+    kora_app* other = kora_app_create();
+    EXPECT_TRUE(kora_app_load_plugin(other, FAKE_PLUGIN, nullptr));
+    kora_app_destroy(other);
+    EXPECT_EQ(noted(), "pool;init null;fini;");
+    destroy_app();
+    EXPECT_EQ(noted(), "clear;fini;");
+}
+
+TEST_F(hosting, converts_attributes_to_their_formats) {
+    kora_control* const gauge = control("gauge");
+    noted();
+    const struct {
+        const char *name, *text, *outcome; // what the plug-in got, or the error
+    } cases[] = {
+        {"whole",   "-2147483648",          "whole -2147483648;"                                                     },
+        {"whole",   "+7",                   "whole 7;"                                                               },
+        {"whole",   "2147483648",           "attribute whole: 2147483648 is out of range for a whole number"         },
+        {"whole",   "1.5",                  "attribute whole: 1.5 is not a whole number"                             },
+        {"whole",   "0x10",                 "attribute whole: 0x10 is not a whole number"                            },
+        {"whole",   "",                     "attribute whole:  is not a whole number"                                },
+        {"whole",   "99999999999999999999",
+         "attribute whole: 99999999999999999999 is out of range for a whole number"                                  },
+        {"natural", "4294967295",           "natural 4294967295;"                                                    },
+        {"natural", "0xFFffFFff",           "natural 4294967295;"                                                    },
+        {"natural", "-1",                   "attribute natural: -1 is out of range for a whole number from 0"        },
+        {"natural", "4294967296",           "attribute natural: 4294967296 is out of range for a whole number from 0"},
+        {"natural", "0x",                   "attribute natural: 0x is not a whole number from 0"                     },
+        {"real",    "+0.1",                 "real 0.100000001;"                                                      },
+        {"real",    "-1e3",                 "real -1000;"                                                            },
+        {"real",    "1e-60",                "real 0;"                                                                },
+        {"real",    "1e39",                 "attribute real: 1e39 is out of range for a number"                      },
+        {"real",    "inf",                  "attribute real: inf is out of range for a number"                       },
+        {"real",    "0,5",                  "attribute real: 0,5 is not a number"                                    },
+        {"real",    " 1",                   "attribute real:  1 is not a number"                                     },
+        {"real",    "+-1",                  "attribute real: +-1 is not a number"                                    },
+        {"text",    " any\tthing ",         "text  any\tthing ;"                                                     },
+        {"text",    nullptr,                "attribute text: nothing is not a text"                                  },
+        {"odd",     "1",                    "attribute odd: 1 is not a value of an unknown format"                   },
+        {"other",   "1",                    "fake has no attribute named other"                                      },
+    };
+    for (const auto& row : cases) {
+        const bool set = kora_control_set(gauge, row.name, row.text);
+        const std::string got = noted();
+        EXPECT_EQ(set ? got : kora_app_error(app), row.outcome);
+        EXPECT_NE(set, got.empty());
+    }
+
+    EXPECT_TRUE(kora_control_set_int(gauge, "whole", -5));
+    EXPECT_TRUE(kora_control_set_int(gauge, "natural", 5));
+    EXPECT_TRUE(kora_control_set_int(gauge, "real", 45));
+    EXPECT_TRUE(kora_control_set_float(gauge, "real", -0.5f));
+    EXPECT_EQ(noted(), "whole -5;natural 5;real 45;real -0.5;");
+    EXPECT_FALSE(kora_control_set_int(gauge, "natural", -5));
+    EXPECT_FALSE(kora_control_set_int(gauge, "text", 5));
+    EXPECT_FALSE(kora_control_set_float(gauge, "whole", 1));
+    EXPECT_FALSE(kora_control_set_float(gauge, "real", HUGE_VALF));
+    EXPECT_STREQ(kora_app_error(app), "attribute real: inf is out of range for a number");
+    EXPECT_EQ(noted(), "");
+}
+
+TEST_F(hosting, renders_where_the_target_says) {
+    kora_control* const gauge = control("gauge");
+    noted();
+    kora_control_render(gauge);
+    EXPECT_EQ(noted(),
+              "render 1,2 30x40 origin 0,0 surface 0 alpha 255 display 0 0 0 0 -1;make program argument;");
+
+    const kora_target target = {5, 6, 7, 1, 2, 3, 4, 5, 270};
+    kora_app_set_target(app, &target);
+    EXPECT_TRUE(kora_control_set(gauge, "x", "-9"));
+    EXPECT_TRUE(kora_control_set(gauge, "height", "50"));
+    EXPECT_TRUE(kora_control_set(gauge, "alpha", "300"));
+    kora_control_render(gauge);
+    EXPECT_EQ(noted(), "render -9,2 30x50 origin 5,6 surface 1 alpha 255 display 2 3 4 5 270;");
+    kora_control_set_rect(gauge, 1, 2, -3, 4);
+    EXPECT_TRUE(kora_control_set(gauge, "alpha", "0x10"));
+    kora_control_render(gauge);
+    EXPECT_EQ(noted(), "render 1,2 0x4 origin 5,6 surface 1 alpha 16 display 2 3 4 5 270;");
+    destroy_app();
+    EXPECT_EQ(noted(), "unrealize;free own;discard;clear;fini;");
+}
+
+TEST_F(hosting, knows_when_a_control_must_be_drawn_again) {
+    kora_control* const gauge = control("gauge");
+    kora_control* const bare = kora_control_create(app, nullptr, "fake", 0, 0, 1, 1);
+    const auto settled = [&] {
+        const bool dirty[] = {kora_control_dirty(gauge) != 0, kora_control_dirty(bare) != 0};
+        kora_control_render(gauge);
+        kora_control_render(bare);
+        EXPECT_FALSE(kora_control_dirty(gauge) || kora_control_dirty(bare));
+        return std::string(dirty[0] ? "gauge " : "") + (dirty[1] ? "bare" : "");
+    };
+    EXPECT_EQ(settled(), "gauge bare") << "never drawn";
+    kora_app_set_data(app, "gauge.level", 1);
+    EXPECT_EQ(settled(), "gauge ");
+    kora_app_set_data(app, "gauge.level", 1);
+    kora_app_set_data(app, "level", 2);
+    EXPECT_EQ(settled(), "bare");
+    kora_control_set(gauge, "alpha", "3");
+    EXPECT_EQ(settled(), "gauge ");
+    kora_control_set_rect(bare, 0, 0, 2, 2);
+    EXPECT_EQ(settled(), "bare");
+    kora_app_presleep(app);
+    EXPECT_EQ(settled(), "gauge bare") << "the context went away";
+}
+
+TEST_F(hosting, tells_listeners_of_presleep_as_long_as_their_instance_lives) {
+    kora_control* const first = control("first");
+    kora_control* const second = kora_control_create(app, "second", "fake", 0, 0, 1, 1);
+    kora_control_render(first);
+    noted();
+    kora_app_presleep(app);
+    EXPECT_EQ(noted(), "presleep;presleep;discard;clear;");
+    kora_control_destroy(first);
+    EXPECT_EQ(noted(), "unrealize;free own;");
+    kora_app_presleep(app);
+    EXPECT_EQ(noted(), "presleep;clear;");
+    kora_control_destroy(second);
+    kora_control_destroy(nullptr);
+    noted();
+    kora_app_presleep(app);
+    EXPECT_EQ(noted(), "clear;");
+}
+
+TEST_F(hosting, copies_a_control_with_an_instance_of_its_own) {
+    kora_control* const source = control("source");
+    kora_control_set(source, "alpha", "77");
+    noted();
+    kora_control* const copy = kora_control_copy(source, "copy");
+    ASSERT_NE(copy, nullptr);
+    EXPECT_EQ(noted(), "copy;realize;");
+    kora_app_presleep(app);
+    EXPECT_EQ(noted(), "presleep;presleep;clear;");
+
+    EXPECT_NE(kora_control_instance(copy)->state, kora_control_instance(source)->state);
+    EXPECT_EQ(kora_control_instance(copy)->control, kora_control_record(copy));
+    kora_control_render(copy);
+    EXPECT_EQ(noted(),
+              "render 1,2 30x40 origin 0,0 surface 0 alpha 77 display 0 0 0 0 -1;make program argument;");
+    kora_app_set_data(app, "copy.level", 1);
+    EXPECT_TRUE(kora_control_dirty(copy));
+    noted();
+    kora_control_destroy(source);
+    kora_control_destroy(copy);
+    EXPECT_EQ(noted(), "unrealize;free own;unrealize;free own;");
+}
+
+TEST_F(hosting, survives_every_failing_allocation) {
+    const std::string name(100, 'n');
+    long failing = 0;
+    for (bool all = false; !all; ++failing) {
+        ASSERT_LT(failing, 200);
+        kora_app_destroy(app);
+        noted();
+        const heap_watch watch(failing);
+        app = kora_app_create();
+        if (!app) continue;
+        all = kora_app_load_plugin(app, FAKE_PLUGIN, nullptr) &&
+              kora_app_add_resource_root(app, name.c_str()) && kora_app_set_data(app, name.c_str(), 1);
+        kora_control* one = all ? kora_control_create(app, name.c_str(), "fake", 0, 0, 1, 1) : nullptr;
+        kora_control* two = one ? kora_control_copy(one, name.c_str()) : nullptr;
+        if (two) kora_control_render(two);
+        all = all && two && kora_control_set_int(two, "whole", 1) &&
+              watch.allocations <= static_cast<size_t>(failing);
+    }
+    EXPECT_GT(failing, 10);
+}
+
+} // namespace
