@@ -270,7 +270,8 @@ def wheels(model):
         for side in (1, -1):
             out = Frame((side * 0.60, WHEEL, z), (0, 0, -side), (0, 1, 0), (side, 0, 0))
             tyre = rounded(
-                [(0.20, -0.02), (0.30, 0.0, 0.03), (WHEEL, 0.04, 0.04), (WHEEL, 0.23, 0.04), (0.285, 0.275, 0.03), (0.225, 0.262)]
+                [(0.20, -0.02), (0.30, 0.0, 0.03), (WHEEL, 0.04, 0.04), (WHEEL, 0.23, 0.04), (0.285, 0.275, 0.03), (0.225, 0.262)],
+                steps=3,
             )
             lathe(model, "tyre", tyre, 40, out)
             rim = rounded([(0.232, 0.255), (0.225, 0.272, 0.008), (0.21, 0.268, 0.008), (0.19, 0.235, 0.02), (0.07, 0.262, 0.02), (0.0001, 0.262)], steps=2)
@@ -293,8 +294,8 @@ def dome(radius, rise, steps=6):
 def lamp(model, x, y, z, forward, radius, material):
     frame = Frame((x, y, z), (forward, 0, 0), (0, 1, 0), (0, 0, forward))
     bowl = [(radius + 0.022, -0.12), (radius + 0.022, 0.012, 0.014), (radius, 0.018, 0.008), (radius - 0.012, -0.01)]
-    lathe(model, "chrome", rounded(bowl), 32, frame)
-    lathe(model, material, dome(radius - 0.006, 0.045), 32, frame)
+    lathe(model, "chrome", rounded(bowl, steps=3), 28, frame)
+    lathe(model, material, dome(radius - 0.006, 0.045), 28, frame)
 
 
 def fittings(model):

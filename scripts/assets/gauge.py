@@ -56,7 +56,7 @@ def dial_texture():
         if r > 0.36:  # brushed towards the middle: the light gathers in two fans
             grain = noise(a / math.pi * 260, 3.5, 7, 520) - 0.5
             fans = math.cos(a - math.radians(118)) ** 2
-            v = 0.10 + 0.17 * fans**3 + 0.022 * grain
+            v = 0.10 + 0.17 * fans**3 + 0.014 * grain
         else:  # matt, lighter at the top
             v = 0.085 + 0.05 * (0.5 - dy / unit_px / 0.72)
         v *= 1 - 0.55 * max(0.0, (r - 0.74) / 0.12) ** 2  # the bezel keeps light away

@@ -101,15 +101,14 @@ class Canvas:
             return 0 if v <= 0 else 255 if v >= 1 else int(v * 255 + 0.5)
 
         rows, channels = [], 3 if self.alpha is None else 4
-        before = bytes(self.width * channels)
         for y in range(self.height):
             row = bytearray()
             for i in range(y * self.width, (y + 1) * self.width):
                 row += bytes(map(byte, self.rgb[i]))
                 if self.alpha is not None:
                     row.append(byte(self.alpha[i]))
-            rows.append(b"\x02" + bytes((a - b) & 255 for a, b in zip(row, before)))  # filter 2: minus the row above
-            before = bytes(row)
+            left = bytes(channels) + row[:-channels]
+            rows.append(b"\x01" + bytes((a - b) & 255 for a, b in zip(row, left)))  # filter 1: minus the pixel before
         header = struct.pack(">IIBBBBB", self.width, self.height, 8, 2 if channels == 3 else 6, 0, 0, 0)
         with open(path, "wb") as f:
             f.write(b"\x89PNG\r\n\x1a\n")

@@ -19,7 +19,7 @@ FLAT = 0.70  # the skirt is cut away to this at the pin's ends
 
 def crown_texture():
     """The top face as turned on a lathe, with the mark for the fitting direction and the size."""
-    size = 512
+    size = 256
     canvas = Canvas(size, size)
     mid = size / 2
 
@@ -27,13 +27,13 @@ def crown_texture():
         dx, dy = x - mid, y - mid
         r, a = math.hypot(dx, dy), math.atan2(dy, dx)
         fans = math.cos(a - 0.7) ** 2
-        v = 0.80 + 0.17 * fans**2 + 0.05 * (noise(r * 0.45, 0.5, 3) - 0.5)
+        v = 0.80 + 0.17 * fans**2 + 0.05 * (noise(r * 0.9, 0.5, 3) - 0.5)
         return v, v, v * 1.01
 
     canvas.each(base)
     ink = (0.24, 0.25, 0.27)
-    canvas.polygon([(mid, mid - 122), (mid - 22, mid - 84), (mid + 22, mid - 84)], ink, 0.9)
-    canvas.text("83.00", mid, mid + 92, 34, 5, ink, 0.9, spread=0.95)
+    canvas.polygon([(mid, mid - 61), (mid - 11, mid - 42), (mid + 11, mid - 42)], ink, 0.9)
+    canvas.text("83.00", mid, mid + 46, 17, 2.5, ink, 0.9, spread=0.95)
     return canvas
 
 
@@ -140,7 +140,8 @@ def rod(model):
     top, low, count = -0.25, CRANK + 0.45, 18
     heights = [top + (low - top) * k / count for k in range(count + 1)]
     right = [(beam_half_width(y), y) for y in reversed(heights)]  # upwards, outside on the right
-    web = right + [(-x, y) for x, y in reversed(right)]
+    upper = [p for p in right if p[1] > CRANK + 0.66]  # the web ends inside the big end's ring
+    web = upper + [(-x, y) for x, y in reversed(upper)]
     extrude(model, "forged", soft(web), -0.075, 0.075)
     inner = [(x - nx * 0.09, y - ny * 0.09) for x, y, nx, ny in soft(right, closed=False)]
     flange = right + inner[::-1]
@@ -158,13 +159,13 @@ def rod(model):
     bore = arc(0, 0, inner, 178.8, 1.2, 22)
     shoulder = [(1.12, gap), (1.12, 0.36), (1.05, 0.44), (0.86, 0.46)]
     outer = arc(0, 0, 0.83, 40, 140, 14)
-    upper = bore + shoulder + outer + [(-x, y) for x, y in reversed(shoulder)]
+    half = bore + shoulder + outer + [(-x, y) for x, y in reversed(shoulder)]
     lower = [(-x, -y) for x, y in bore]
     lower += [(-x, -y) for x, y in shoulder[:3]] + [(-0.90, -0.44)]
     lower += [(-x, -y) for x, y in arc(0, 0, 0.84, 34, 146, 16)]
     lower += [(0.90, -0.44)] + [(x, -y) for x, y in reversed(shoulder[:3])]
     big = Frame((0, CRANK, 0))
-    for outline in (upper, lower):
+    for outline in (half, lower):
         extrude(model, "machined", soft(outline), -0.27, 0.27, big, bevel=0.035, side_material="forged")
     shell = [(inner, -0.25), (inner, -0.275), (0.545, -0.275, 0.015), (0.545, 0.275, 0.015), (inner, 0.275), (inner, 0.25)]
     lathe(model, "bronze", rounded(shell[::-1]), 72, big)

@@ -23,7 +23,7 @@ def point(back, phi, size=1.0):
     # Nearer to a box than an ellipse: flatter sides and keel.
     c = math.copysign(abs(c) ** 0.9, c)
     s = math.copysign(abs(s) ** 0.9, s)
-    r = grown * (0.50 - 0.57 * size * c)
+    r = grown * (0.50 - (0.57 if c < 0 else 0.485) * size * c)  # never across the axis
     z = grown * 0.43 * size * s * (1.0 - 0.10 * c)
     angle = MOUTH - back
     return r * math.cos(angle), r * math.sin(angle), z
