@@ -1,26 +1,37 @@
 #include "plugin/glsl_declarations.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <map>
-#include <regex>
 
 namespace {
 
-using members = std::vector<std::pair<std::string, std::string>>; // type, name
+using tokens = std::vector<std::string>;
 
-std::string without_comments(const std::string& source) {
-    static const std::regex comment(R"(/\*[^*]*\*+(?:[^/*][^*]*\*+)*/|//[^\n]*)");
-    return std::regex_replace(source, comment, " ");
+// Words and single signs, without white space and comments.
+tokens tokenize(const std::string& source) {
+    tokens result;
+    const auto word = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_'; };
+    for (size_t i = 0; i < source.size();) {
+        size_t end = i + 1;
+        if (source.compare(i, 2, "//") == 0)
+            i = std::min(source.find('\n', i), source.size());
+        else if (source.compare(i, 2, "/*") == 0)
+            i = std::min(source.find("*/", i), source.size() - 2) + 2;
+        else {
+            while (word(source[i]) && end < source.size() && word(source[end]))
+                ++end;
+            if (!std::isspace(static_cast<unsigned char>(source[i])))
+                result.push_back(source.substr(i, end - i));
+            i = end;
+        }
+    }
+    return result;
 }
 
-template <class F> void each_match(const std::string& text, const std::regex& pattern, F use) {
-    for (std::sregex_iterator m(text.begin(), text.end(), pattern), end; m != end; ++m)
-        use(*m);
-}
-
-long occurrences(const std::string& text, const std::string& word) {
-    const std::regex pattern("\\b" + word + "\\b");
-    return std::distance(std::sregex_iterator(text.begin(), text.end(), pattern), std::sregex_iterator());
+bool is_precision(const std::string& t) {
+    return t == "lowp" || t == "mediump" || t == "highp";
 }
 
 } // namespace
@@ -29,39 +40,40 @@ const glsl_declarations& glsl_parse(const std::string& source) {
     // The same few sources come again with every test.
     static std::map<std::string, glsl_declarations> known;
     if (const auto found = known.find(source); found != known.end()) return found->second;
-    const std::string text = without_comments(source);
-    std::map<std::string, int> constants;
-    static const std::regex constant(R"((?:#define|const\s+(?:\w+\s+)?int)\s+(\w+)\s*=?\s*(\d+))");
-    each_match(text, constant,
-               [&](const std::smatch& m) { constants[m[1]] = std::atoi(m[2].str().c_str()); });
 
-    static const std::regex structure(R"(struct\s+(\w+)\s*\{([^}]*)\})");
-    static const std::regex member(R"((?:(?:lowp|mediump|highp)\s+)?(\w+)\s+(\w+)\s*;)");
-    std::map<std::string, members> structures;
-    each_match(text, structure, [&](const std::smatch& m) {
-        each_match(m[2], member, [&](const std::smatch& f) { structures[m[1]].emplace_back(f[1], f[2]); });
-    });
-
-    static const std::regex declaration(
-        R"(\b(uniform|attribute|varying)\s+(?:(?:lowp|mediump|highp)\s+)?(\w+)\s+([^;]+);)");
-    static const std::regex declarator(R"((\w+)\s*(?:\[\s*(\w+)\s*\])?)");
     glsl_declarations& result = known[source];
-    each_match(text, declaration, [&](const std::smatch& m) {
-        const std::string list = m[3];
-        each_match(list, declarator, [&](const std::smatch& d) {
-            auto& variables = m[1] == "uniform"     ? result.uniforms
-                              : m[1] == "attribute" ? result.attributes
-                                                    : result.varyings;
-            const bool used = occurrences(text, d[1]) > 1;
-            if (!structures.contains(m[2])) {
-                variables.push_back({m[2], d[1].str() + (d[2].matched ? "[0]" : ""), used});
-                return;
+    tokens t = tokenize(source);
+    std::erase_if(t, is_precision);
+    t.resize(t.size() + 4); // to look ahead
+    std::map<std::string, std::string> constants;
+    std::map<std::string, std::vector<std::pair<std::string, std::string>>> structures; // members: type, name
+    for (size_t i = 0; i + 4 < t.size(); ++i) {
+        if (t[i] == "define") constants[t[i + 1]] = t[i + 2];
+        if (t[i] == "int" && t[i + 2] == "=") constants[t[i + 1]] = t[i + 3];
+        if (t[i] == "struct")
+            for (size_t m = i + 3; m + 4 < t.size() && t[m] != "}"; m += 3)
+                structures[t[i + 1]].emplace_back(t[m], t[m + 1]);
+        auto* variables = t[i] == "uniform"     ? &result.uniforms
+                          : t[i] == "attribute" ? &result.attributes
+                          : t[i] == "varying"   ? &result.varyings
+                                                : nullptr;
+        if (!variables) continue;
+        const std::string& type = t[++i];
+        while (i + 4 < t.size() && t[i] != ";") {
+            const std::string& name = t[++i];
+            const bool used = std::count(t.begin(), t.end(), name) > 1;
+            const bool array = t[++i] == "[";
+            const std::string size = array ? t[i + 1] : "";
+            if (array) i += 3;
+            if (!structures.contains(type)) {
+                variables->push_back({type, name + (array ? "[0]" : ""), used});
+                continue;
             }
-            const int length = constants.contains(d[2]) ? constants[d[2]] : std::atoi(d[2].str().c_str());
-            for (int i = 0; i < length; ++i)
-                for (const auto& [type, name] : structures[m[2]])
-                    variables.push_back({type, d[1].str() + "[" + std::to_string(i) + "]." + name, used});
-        });
-    });
+            const int length = std::atoi((constants.contains(size) ? constants[size] : size).c_str());
+            for (int k = 0; k < length; ++k)
+                for (const auto& [member_type, member] : structures[type])
+                    variables->push_back({member_type, name + "[" + std::to_string(k) + "]." + member, used});
+        }
+    }
     return result;
 }

@@ -2,7 +2,13 @@
 
 #include "plugin/fixture.h"
 
+#include <algorithm>
+
 namespace {
+
+constexpr const char* parameters[] = {
+    "glTexParameteri TEXTURE_2D MAG_FILTER LINEAR", "glTexParameteri TEXTURE_2D MIN_FILTER LINEAR",
+    "glTexParameterf TEXTURE_2D WRAP_S 10497", "glTexParameterf TEXTURE_2D WRAP_T 10497", "glGetError"};
 
 class textures : public plugin_test {
   protected:
@@ -15,62 +21,47 @@ class textures : public plugin_test {
 };
 
 TEST_F(textures, follow_the_description_of_the_image) {
-    const lines parameters = {
-        "glTexParameteri TEXTURE_2D MAG_FILTER LINEAR", "glTexParameteri TEXTURE_2D MIN_FILTER LINEAR",
-        "glTexParameterf TEXTURE_2D WRAP_S 10497", "glTexParameterf TEXTURE_2D WRAP_T 10497", "glGetError"};
-    std::vector<uint8_t> noise(8 * 4 * 4);
-    for (size_t i = 0; i < noise.size(); ++i)
-        noise[i] = static_cast<uint8_t>(i * 37);
-    const std::vector<uint8_t> rows(noise.begin(), noise.begin() + 3 * 4 * 2); // 5-6-5, three rows of four
-    const struct {
+    constexpr const char* rgb = "glTexImage2D TEXTURE_2D 0 RGB 4x3 0 RGB UNSIGNED_SHORT_5_6_5";
+    constexpr struct {
         const char* what;
-        host_image image;
-        lines calls;
-        float u, v; // of the far corner
-        int held;
+        int32_t width, height, buffer_width, buffer_height;
+        uint8_t depth;
+        size_t bytes;
+        const char* upload; // null: the host's own texture is used
+        float u, v;         // of the far corner
     } cases[] = {
-        {"RGBA in a larger buffer",
-         {5, 3, 8, 4, 4, 70, noise},
-         {"glActiveTexture TEXTURE0", "glGenTextures 1", "glBindTexture TEXTURE_2D 1",
-          "glTexImage2D TEXTURE_2D 0 RGBA 8x4 0 RGBA UNSIGNED_BYTE"},
-         0.625f,     0.75f,
-         0},
-        {"16 bits",
-         {4, 3, 4, 3, 2, 70, rows},
-         {"glActiveTexture TEXTURE0", "glGenTextures 1", "glBindTexture TEXTURE_2D 1",
-          "glTexImage2D TEXTURE_2D 0 RGB 4x3 0 RGB UNSIGNED_SHORT_5_6_5"},
-         1,          1,
-         0},
-        {"any depth but four bytes",
-         {4, 3, 4, 3, 3, 70, rows},
-         {"glActiveTexture TEXTURE0", "glGenTextures 1", "glBindTexture TEXTURE_2D 1",
-          "glTexImage2D TEXTURE_2D 0 RGB 4x3 0 RGB UNSIGNED_SHORT_5_6_5"},
-         1,          1,
-         0},
-        {"the host's own texture",
-         {300, 200, 512, 256, 4, 70, {}},
-         {"glBindTexture TEXTURE_2D 70"},
-         0.5859375f, 0.78125f,
-         1},
+        {"RGBA in a larger buffer",  5,   3,   8,   4,   4, 128,
+         "glTexImage2D TEXTURE_2D 0 RGBA 8x4 0 RGBA UNSIGNED_BYTE",       0.625f,     0.75f   },
+        {"16 bits",                  4,   3,   4,   3,   2, 24,  rgb,     1,          1       },
+        {"any depth but four bytes", 4,   3,   4,   3,   3, 24,  rgb,     1,          1       },
+        {"no pixels",                300, 200, 512, 256, 4, 0,   nullptr, 0.5859375f, 0.78125f},
     };
     write_quad();
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
+        std::vector<uint8_t> noise(c.bytes);
+        for (size_t i = 0; i < noise.size(); ++i)
+            noise[i] = static_cast<uint8_t>(i * 37);
         fresh_gl();
         gl().textures[70]; // the host's
-        host().images[".//tex.png"] = c.image;
+        host().images[".//tex.png"] = {c.width, c.height, c.buffer_width, c.buffer_height,
+                                       c.depth, 70,       noise};
         control shown;
         show(shown, "q.obj");
 
         lines got = recorded().text({channel::gl});
         got.erase(std::find(got.begin(), got.end(), "glGetString VERSION"), got.end());
-        if (c.image.pixels.empty())
+        lines expected = {"glBindTexture TEXTURE_2D 70"};
+        if (c.upload)
+            expected = {"glActiveTexture TEXTURE0", "glGenTextures 1", "glBindTexture TEXTURE_2D 1",
+                        c.upload};
+        else
             std::erase(got, "glActiveTexture TEXTURE0"); // binding may choose the unit first
-        lines expected = c.calls;
-        expected.insert(expected.end(), parameters.begin(), parameters.end());
+        for (const char* call : parameters)
+            expected.push_back(call);
         expect_lines(got, expected);
-        const GLuint id = c.image.pixels.empty() ? 70 : 1;
-        EXPECT_EQ(gl().textures[id].pixels, c.image.pixels);
+        const GLuint id = c.upload ? 1 : 70;
+        EXPECT_EQ(gl().textures[id].pixels, noise);
         EXPECT_EQ(gl().textures[id].parameters.size(), 4u);
         EXPECT_EQ(gl().draws.back().texture, id);
         const auto& corners = gl().draws.back().corners;
@@ -79,10 +70,10 @@ TEST_F(textures, follow_the_description_of_the_image) {
         EXPECT_EQ(corners[1][7], c.v); // vt 1 0 is stored as (1, 1)
         EXPECT_EQ(corners[2][7], 0);
         // Given back once copied; kept while GL reads the host's texture.
-        EXPECT_EQ(host().held["image .//tex.png"], c.held);
+        EXPECT_EQ(host().held["image .//tex.png"], c.upload ? 0 : 1);
         shown.release();
         EXPECT_EQ(gl().textures.count(id), 0u) << "deleted, whoever made it";
-        if (id == 1) gl().textures.erase(70);
+        if (c.upload) gl().textures.erase(70);
         host().held.erase("image .//tex.png");
     }
 }
@@ -99,12 +90,10 @@ TEST_F(textures, fall_back_to_a_picture_that_says_so) {
     EXPECT_EQ(gl().draws.back().corners[1][6], 3) << "unscaled";
     lines got = recorded().text({channel::gl});
     got.erase(got.begin() + 9, got.end());
-    expect_lines(got,
-                 {"glActiveTexture TEXTURE0", "glGenTextures 1", "glBindTexture TEXTURE_2D 1",
-                  "glTexImage2D TEXTURE_2D 0 RGBA 512x512 0 RGBA UNSIGNED_BYTE",
-                  "glTexParameteri TEXTURE_2D MAG_FILTER LINEAR",
-                  "glTexParameteri TEXTURE_2D MIN_FILTER LINEAR", "glTexParameterf TEXTURE_2D WRAP_S 10497",
-                  "glTexParameterf TEXTURE_2D WRAP_T 10497", "glGetError"});
+    lines expected = {"glActiveTexture TEXTURE0", "glGenTextures 1", "glBindTexture TEXTURE_2D 1",
+                      "glTexImage2D TEXTURE_2D 0 RGBA 512x512 0 RGBA UNSIGNED_BYTE"};
+    expected.insert(expected.end(), std::begin(parameters), std::end(parameters));
+    expect_lines(got, expected);
     ASSERT_EQ(gl().textures.size(), 2u) << "one for each texture";
     const std::vector<uint8_t>& pixels = gl().textures[1].pixels;
     EXPECT_EQ(gl().textures[2].pixels, pixels);
