@@ -76,9 +76,13 @@ apt update || echo "$0: some package lists could not be updated" >&2
 if apt install -y --no-install-recommends $missing; then
     exit 0
 fi
-# The same library must have the same version on every architecture. Where the lists disagree, as when
-# the security list of only one of them was had, the release itself has a matching set.
+# A library must have the same version on every architecture. Where the package lists disagree, as when
+# the security list of only one architecture could be had, the release itself has a matching set.
 . /etc/os-release
-echo "$0: trying again with the packages of $VERSION_CODENAME itself" >&2
+echo "$0: trying again with the packages of $VERSION_CODENAME itself; some may get an older version" >&2
+pin=$(mktemp)
+trap 'rm -f "$pin"' EXIT
+printf 'Package: *\nPin: release n=%s\nPin-Priority: 1001\n' "$VERSION_CODENAME" >"$pin"
+chmod a+r "$pin"
 # shellcheck disable=SC2086
-apt install -y --no-install-recommends --allow-downgrades -t "$VERSION_CODENAME" $missing
+apt -o Dir::Etc::Preferences="$pin" install -y --no-install-recommends --allow-downgrades $missing
