@@ -6,6 +6,13 @@ static size_t body_size(const IFF_RawChunk* rawChunk) {
                                                            : 0;
 }
 
+// Writes the body as it is. Returns false when not all of it, or not as much as the size says, was written.
+static bool write_body(FILE* file, const IFF_RawChunk* rawChunk) {
+    const size_t size = body_size(rawChunk);
+    if (size > 0 && fwrite(rawChunk->data, 1, size, file) != size) return false;
+    return rawChunk->chunk.chunkSize == static_cast<int32_t>(size);
+}
+
 static void raw_body_error(const char* text, const IFF_ID chunkId) {
     IFF_error("%s", text);
     IFF_errorId(chunkId);
@@ -46,9 +53,7 @@ IFF_RawChunk* IFF_readRawChunk(FILE* file, const IFF_ID chunkId, int32_t chunkSi
 }
 
 int IFF_writeRawChunk(FILE* file, const IFF_RawChunk* rawChunk) {
-    const size_t size = body_size(rawChunk);
-    if (fwrite(rawChunk->data, 1, size, file) != size ||
-        rawChunk->chunk.chunkSize != static_cast<int32_t>(size)) {
+    if (!write_body(file, rawChunk)) {
         raw_body_error("Error writing raw chunk body of chunk '", rawChunk->chunk.chunkId);
         return 0;
     }
@@ -67,7 +72,7 @@ int IFF_compareRawChunk(const IFF_RawChunk* rawChunk1, const IFF_RawChunk* rawCh
 void IFF_printText(const IFF_RawChunk* rawChunk, int indentLevel) {
     IFF_printIndent(stdout, indentLevel, "text = '\n");
     IFF_printIndent(stdout, indentLevel + 1, "%s", "");
-    fwrite(rawChunk->data, 1, body_size(rawChunk), stdout);
+    write_body(stdout, rawChunk);
     fputs("\n", stdout);
     IFF_printIndent(stdout, indentLevel, "';\n");
 }

@@ -1,0 +1,291 @@
+// Whole files: what they are read as, reported, printed and written back.
+
+#include "fixture.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+using namespace std::string_literals;
+
+namespace {
+
+const std::string main_chunk = "ERROR: cannot open main chunk!\n";
+
+std::string form(const std::string& type, const std::string& chunks = "") {
+    return group("FORM", type, chunks);
+}
+
+// A sound as samplers wrote them: a header of 20 bytes, a name of odd length, samples.
+std::string sound() {
+    const std::string header =
+        big_endian(1000) + big_endian(0) + big_endian(32) + "\x20\xab\1\0"s + big_endian(0x10000);
+    return group("FORM", "8SVX",
+                 chunk("VHDR", header) + chunk("NAME", "snare") + chunk("ANNO", "by hand\0"s) +
+                     chunk("BODY", std::string(1000, '\x81')));
+}
+
+std::string picture(const std::string& palette) {
+    const std::string header = "\0\x10\0\2\0\0\0\0\1\0\0\0\0\0\x0a\x0b\0\x10\0\2"s;
+    return group("FORM", "ILBM", chunk("BMHD", header) + palette + chunk("BODY", "\xff\0\0\xff"s));
+}
+
+std::string palette() {
+    return chunk("CMAP", "\0\0\0\xff\xff\xff"s) + chunk("GRAB", "abc");
+}
+
+// Pictures that share a palette, with a sound among them.
+std::string album() {
+    return group("LIST", "JJJJ",
+                 group("PROP", "ILBM", palette()) + group("PROP", "8SVX", chunk("NAME", "any")) +
+                     picture("") + group("CAT ", "ILBM", picture(palette()) + picture("")) + sound() +
+                     group("LIST", "ILBM", ""));
+}
+
+} // namespace
+
+TEST(iff_files, are_valid_and_written_back_byte_for_byte) {
+    const std::string files[] = {sound(), picture(palette()), album(), group("FORM", "NONE", ""),
+                                 group("CAT ", "JJJJ", sound() + album())};
+    tree_ptr previous;
+    for (const std::string& file : files) {
+        const std::string reported = reports_of([&] {
+            tree_ptr tree = read(file);
+            ASSERT_TRUE(tree);
+            EXPECT_EQ(IFF_check(tree.get(), nullptr, 0), 1);
+            EXPECT_TRUE(write(tree.get()) == file);
+            EXPECT_EQ(IFF_compare(tree.get(), read(file).get(), nullptr, 0), 1);
+            EXPECT_FALSE(previous && IFF_compare(tree.get(), previous.get(), nullptr, 0));
+            previous = std::move(tree);
+        });
+        EXPECT_EQ(reported, "");
+    }
+}
+
+TEST(iff_files, differ_when_any_byte_of_them_does) {
+    const std::string file = album();
+    const tree_ptr tree = read(file);
+    int compared = 0;
+    reports_of([&] {
+        for (size_t i = 0; i < file.size(); i++) {
+            std::string other = file;
+            other[i] = static_cast<char>(other[i] ^ 1);
+            const tree_ptr changed = read(other);
+            if (!changed) continue;
+            // The byte after an odd body is no part of the tree.
+            if (write(changed.get()) == file) continue;
+            EXPECT_EQ(IFF_compare(tree.get(), changed.get(), nullptr, 0), 0) << i;
+            compared++;
+        }
+    });
+    EXPECT_GT(compared, 1000);
+}
+
+TEST(iff_files, report_what_is_wrong_when_read_and_when_checked) {
+    const std::string sizes = "Chunk size mismatch! ", refused = "ERROR: Element with chunk Id: '";
+    const std::string in_cat = "' not allowed in CAT chunk!\n";
+    const std::string not_it = " does not match contentsType of the CAT!\n";
+    const std::string not_upper = "No lowercase characters or punctuation marks allowed in a form type ID!\n";
+    const std::string no_iff =
+        "Not a valid IFF-85 file: First bytes should start with either: 'FORM', 'CAT ' or 'LIST'\n";
+    const std::string good = form("GOOD"), data = chunk("DATA", "1234");
+    const std::string prop = group("PROP", "GOOD", data), full_prop = group("PROP", "GOOD", good);
+    // clang-format off
+    const struct {
+        std::string file, reported;
+    } cases[] = {
+        {good + "Z", "WARNING: Trailing IFF contents found: 90!\n"},
+        {form("GOOD", "DATA"s + big_endian(3) + "abc\7"), "WARNING: Padding byte is non-zero!\n"},
+        {chunk("RIFF", "12345"), no_iff},
+        {prop, no_iff},
+        {chunk("FORM", 2, "GOOD"), sizes + "FORM size: 2, while body has: 4\n"},
+        {chunk("FORM", 14, "GOOD" + data), sizes + "FORM size: 14, while body has: 16\n"},
+        {chunk("LIST", 17, "GOOD" + prop), sizes + "LIST size: 17, while body has: 28\n"},
+        {form("GooD"), not_upper},
+        {form("GO.D"), not_upper},
+        {form("FOR3"), "Form type: 'FOR3' not allowed!\n"},
+        {form("CAT "), "Form type: 'CAT ' not allowed!\n"},
+        {form("JJJJ"), "Form type: 'JJJJ' not allowed!\n"},
+        {group("LIST", "GOOD", group("PROP", "LIS9", "")), "Form type: 'LIS9' not allowed!\n"},
+        {form("FOR0", form("CATS") + chunk("abc1", "")), ""},
+        {form(" ABC"), "Spaces may not precede an ID!\n"},
+        {group("CAT ", "AB\tC", ""), "Illegal character: '\t' in ID!\n"},
+        {form("GOOD", chunk("\xe9TE ", "1234")), "Illegal character: '\xe9' in ID!\n"},
+        {form("GOOD", prop), refused + "PROP' not allowed in FORM chunk!\n"},
+        {group("LIST", "GOOD", full_prop), refused + "FORM' not allowed in PROP chunk!\n"},
+        {group("CAT ", "GOOD", good + data), refused + "DATA" + in_cat},
+        {group("LIST", "GOOD", data), refused + "DATA" + in_cat},
+        {group("CAT ", "EVIL", good), "Sub form" + not_it},
+        {group("LIST", "EVIL", group("LIST", "GOOD", "")), "Sub list" + not_it},
+        {group("CAT ", "EVIL", group("CAT ", "FINE", "")), "Sub cat" + not_it},
+    };
+    // clang-format on
+    for (const auto& row : cases) {
+        tree_ptr tree;
+        std::string reported = reports_of([&] { tree = read(row.file); });
+        ASSERT_TRUE(tree) << row.reported;
+        EXPECT_TRUE(!reported.empty() || write(tree.get()) == row.file) << row.reported;
+        bool valid = false;
+        const std::string violation = reports_of([&] { valid = IFF_check(tree.get(), nullptr, 0) == 1; });
+        EXPECT_EQ(valid, violation.empty());
+        EXPECT_EQ(reported + violation, row.reported);
+    }
+}
+
+TEST(iff_files, cut_short_anywhere_are_refused_with_the_field_that_is_missing) {
+    const std::string form = group("FORM", "GOOD", chunk("DATA", "abc"));
+    const std::string file = group("LIST", "GOOD", form);
+    const std::string in_list = "Error reading chunk in list!\n", in_form = "Error while reading chunk!\n";
+    const struct {
+        size_t end;
+        std::string reported;
+    } cases[] = {
+        {4,  "Error reading ''.chunkId\n"                                                        },
+        {8,  "Error reading 'LIST'.chunkSize\n"                                                  },
+        {12, "Error reading 'LIST'.contentsType\n"                                               },
+        {16, "Error reading ''.chunkId\n" + in_list                                              },
+        {20, "Error reading 'FORM'.chunkSize\n" + in_list                                        },
+        {24, "Error reading 'FORM'.formType\n" + in_list                                         },
+        {28, "Error reading ''.chunkId\n" + in_form + in_list                                    },
+        {32, "Error reading 'DATA'.chunkSize\n" + in_form + in_list                              },
+        {35, "Error reading raw chunk body of chunk: 'DATA'\n" + in_form + in_list               },
+        {36, "Unexpected end of file, while reading padding byte of 'DATA'\n" + in_form + in_list},
+    };
+    size_t length = 0;
+    for (const auto& row : cases) {
+        for (; length < row.end; length++) {
+            tree_ptr tree;
+            EXPECT_EQ(reports_of([&] { tree = read(file.substr(0, length)); }), row.reported + main_chunk)
+                << length;
+            EXPECT_FALSE(tree);
+        }
+    }
+    EXPECT_EQ(length, file.size());
+
+    const long blocks = heap.blocks;
+    const std::string whole = album();
+    for (length = 0; length < whole.size(); length++)
+        reports_of([&] { EXPECT_FALSE(read(whole.substr(0, length))) << length; });
+    EXPECT_EQ(heap.blocks, blocks);
+}
+
+TEST(iff_files, say_which_field_a_full_disk_did_not_take) {
+    const std::string form = group("FORM", "GOOD", chunk("DATA", "abc"));
+    const std::string file = group("LIST", "GOOD", group("PROP", "GOOD", "") + form);
+    const tree_ptr tree = read(file);
+    const std::string in_group = "Error writing chunk!\n", in_prop = "Error writing PROP!\n";
+    const struct {
+        size_t end;
+        std::string reported;
+    } cases[] = {
+        {4,  "Error writing 'LIST'.chunkId\n"                                      },
+        {8,  "Error writing 'LIST'.chunkSize\n"                                    },
+        {12, "Error writing 'LIST'.contentsType\nError writing contentsType!\n"    },
+        {16, "Error writing 'PROP'.chunkId\n" + in_prop                            },
+        {20, "Error writing 'PROP'.chunkSize\n" + in_prop                          },
+        {24, "Error writing 'PROP'.formType\n" + in_prop                           },
+        {28, "Error writing 'FORM'.chunkId\n" + in_group                           },
+        {32, "Error writing 'FORM'.chunkSize\n" + in_group                         },
+        {36, "Error writing 'FORM'.formType\n" + in_group                          },
+        {40, "Error writing 'DATA'.chunkId\n" + in_group + in_group                },
+        {44, "Error writing 'DATA'.chunkSize\n" + in_group + in_group              },
+        {47, "Error writing raw chunk body of chunk 'DATA'\n" + in_group + in_group},
+        {48, "Cannot write padding byte of 'DATA'\n" + in_group + in_group         },
+    };
+    size_t room = 1;
+    for (const auto& row : cases) {
+        for (; room < row.end; room++) {
+            std::string written;
+            EXPECT_EQ(reports_of([&] { written = write(tree.get(), {}, room); }), row.reported) << room;
+            EXPECT_EQ(written, "");
+        }
+    }
+    EXPECT_EQ(write(tree.get()), file);
+}
+
+TEST(iff_files, keep_the_props_of_a_list_first_when_written) {
+    const std::string prop = group("PROP", "GOOD", chunk("DATA", "1234")), form = group("FORM", "GOOD", "");
+    EXPECT_EQ(write(read(group("LIST", "GOOD", form + prop + form + prop)).get()),
+              group("LIST", "GOOD", prop + prop + form + form));
+}
+
+TEST(iff_files, that_cannot_be_opened_or_finished_are_reported_by_name) {
+    const std::string missing = testing::TempDir() + "no-such-folder/a.iff";
+    EXPECT_EQ(reports_of([&] { EXPECT_EQ(IFF_read(missing.c_str(), nullptr, 0), nullptr); }),
+              "ERROR: cannot open file: " + missing + "\n");
+    const tree_ptr tree = read(sound());
+    EXPECT_EQ(reports_of([&] { EXPECT_EQ(IFF_write(missing.c_str(), tree.get(), nullptr, 0), 0); }),
+              "ERROR: cannot open file: " + missing + "\n");
+    // Small enough for the stream's buffer, so that only closing it meets the full disk.
+    EXPECT_EQ(reports_of([&] { EXPECT_EQ(IFF_write("/dev/full", tree.get(), nullptr, 0), 0); }),
+              "ERROR: cannot write file: /dev/full\n");
+
+    const std::string name = testing::TempDir() + "iff_files_test.iff";
+    ASSERT_EQ(IFF_write(name.c_str(), tree.get(), nullptr, 0), 1);
+    const tree_ptr again{IFF_read(name.c_str(), nullptr, 0)};
+    remove(name.c_str());
+    ASSERT_TRUE(again);
+    EXPECT_EQ(IFF_compare(tree.get(), again.get(), nullptr, 0), 1);
+}
+
+TEST(iff_files, print_as_an_indented_tree) {
+    const std::string data = chunk("DATA", "\0\1\2\3\4\5\6\7\x08\x09\xfe\xff"s) + chunk("NONE", "") + chunk("TEXT", "");
+    const std::string prop = group("PROP", "GOOD", chunk("TEXT", "50% off"));
+    const std::string file = group("LIST", "JJJJ", prop + group("CAT ", "GOOD", "") + data);
+    const tree_ptr tree = read(file);
+    // "_" stands for the spaces at the ends of lines.
+    std::string text = R"('LIST' = {
+  chunkSize = 80;
+  contentsType = 'JJJJ';
+  prop = [
+    'PROP' = {
+      chunkSize = 20;
+      formType = 'GOOD';
+      [
+        'TEXT' = {
+          chunkSize = 7;
+          text = '
+            50% off
+          ';
+        }
+
+      ];
+    }
+
+  ];
+  [
+    'CAT ' = {
+      chunkSize = 4;
+      contentsType = 'GOOD';
+      [
+      ];
+    }
+
+    'DATA' = {
+      chunkSize = 12;
+      bytes =_
+        00 01 02 03 04 05 06 07 08 09_
+        fe ff_
+      ;
+    }
+
+    'NONE' = {
+      chunkSize = 0;
+      bytes =_
+       _
+      ;
+    }
+
+    'TEXT' = {
+      chunkSize = 0;
+      text = '
+       _
+      ';
+    }
+
+  ];
+}
+
+)";
+    std::replace(text.begin(), text.end(), '_', ' ');
+    EXPECT_EQ(output_of([&] { IFF_print(tree.get(), nullptr, 0); }), text);
+}

@@ -1,0 +1,102 @@
+#include "fixture.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+std::string big_endian(uint32_t number) {
+    std::string bytes;
+    for (int shift = 24; shift >= 0; shift -= 8)
+        bytes += static_cast<char>(number >> shift & 0xff);
+    return bytes;
+}
+
+std::string chunk(const std::string& id, const std::string& body) {
+    return chunk(id, static_cast<uint32_t>(body.size()), body);
+}
+
+std::string chunk(const std::string& id, uint32_t declared_size, const std::string& body) {
+    return id + big_endian(declared_size) + body + std::string(body.size() % 2, '\0');
+}
+
+stream_ptr open_bytes(const std::string& bytes) {
+    return stream_ptr{fmemopen(const_cast<char*>(bytes.data()), bytes.size(), "rb")};
+}
+
+tree_ptr read(const std::string& bytes, extension_table table) {
+    const stream_ptr file = open_bytes(bytes);
+    return tree_ptr{IFF_readFd(file.get(), table.rows, table.count), {table}};
+}
+
+std::string write(const IFF_Chunk* tree, extension_table table, size_t room) {
+    std::string bytes(room, '\xaa');
+    const stream_ptr file{fmemopen(bytes.data(), room, "wb")};
+    setvbuf(file.get(), nullptr, _IONBF, 0);
+    if (!IFF_writeFd(file.get(), tree, table.rows, table.count)) return {};
+    bytes.resize(static_cast<size_t>(ftell(file.get())));
+    return bytes;
+}
+
+static std::string reports;
+
+static void keep_report(const char* format, va_list arguments) {
+    char text[256];
+    const int length = vsnprintf(text, sizeof text, format, arguments);
+    reports.append(text, static_cast<size_t>(std::min<int>(length, sizeof text - 1)));
+}
+
+std::string reports_of(const std::function<void()>& action) {
+    const IFF_ErrorFunction usual = IFF_errorCallback;
+    reports.clear();
+    IFF_errorCallback = keep_report;
+    action();
+    IFF_errorCallback = usual;
+    return reports;
+}
+
+std::string output_of(const std::function<void()>& action) {
+    testing::internal::CaptureStdout();
+    action();
+    return testing::internal::GetCapturedStdout();
+}
+
+heap_state heap;
+
+// The linker sends the program's own calls here (--wrap).
+extern "C" {
+void* __real_malloc(size_t size);
+void* __real_calloc(size_t count, size_t size);
+void* __real_realloc(void* p, size_t size);
+void __real_free(void* p);
+void* __wrap_malloc(size_t size);
+void* __wrap_calloc(size_t count, size_t size);
+void* __wrap_realloc(void* p, size_t size);
+void __wrap_free(void* p);
+}
+
+static bool granted(size_t size) {
+    heap.largest = std::max(heap.largest, size);
+    return --heap.left >= 0;
+}
+
+void* __wrap_malloc(size_t size) {
+    void* p = granted(size) ? __real_malloc(size) : nullptr;
+    heap.blocks += p != nullptr;
+    return p;
+}
+
+void* __wrap_calloc(size_t count, size_t size) {
+    void* p = granted(count * size) ? __real_calloc(count, size) : nullptr;
+    heap.blocks += p != nullptr;
+    return p;
+}
+
+void* __wrap_realloc(void* old, size_t size) {
+    void* p = granted(size) ? __real_realloc(old, size) : nullptr;
+    heap.blocks += p && !old;
+    return p;
+}
+
+void __wrap_free(void* p) {
+    heap.blocks -= p != nullptr;
+    __real_free(p);
+}

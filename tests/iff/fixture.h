@@ -1,0 +1,57 @@
+// Files in memory, what the library reports and prints, and a heap that runs out on request.
+#ifndef TESTS_IFF_FIXTURE_H
+#define TESTS_IFF_FIXTURE_H
+
+#include "iff/iff.h"
+
+#include <climits>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+// Files, written down as the format has them.
+std::string big_endian(uint32_t number);
+std::string chunk(const std::string& id, const std::string& body);
+std::string chunk(const std::string& id, uint32_t declared_size, const std::string& body);
+inline std::string group(const std::string& id, const std::string& type, const std::string& chunks) {
+    return chunk(id, type + chunks);
+}
+
+struct extension_table {
+    const IFF_FormExtension* rows = nullptr;
+    unsigned int count = 0;
+};
+
+struct tree_free {
+    extension_table table;
+    void operator()(IFF_Chunk* tree) const { IFF_free(tree, table.rows, table.count); }
+};
+using tree_ptr = std::unique_ptr<IFF_Chunk, tree_free>;
+
+struct stream_close {
+    void operator()(FILE* file) const { fclose(file); }
+};
+using stream_ptr = std::unique_ptr<FILE, stream_close>;
+
+// `bytes` must outlive the stream.
+stream_ptr open_bytes(const std::string& bytes);
+
+tree_ptr read(const std::string& bytes, extension_table table = {});
+
+// The file of a tree, or nothing where writing failed. After `room` bytes the disk is full.
+std::string write(const IFF_Chunk* tree, extension_table table = {}, size_t room = 1 << 20);
+
+// Everything reported while it runs, in one text.
+std::string reports_of(const std::function<void()>& action);
+std::string output_of(const std::function<void()>& action);
+
+// Of the calls of this program and the library to malloc, calloc and realloc.
+struct heap_state {
+    long left = LONG_MAX; // calls that still succeed
+    long blocks = 0;      // alive
+    size_t largest = 0;   // request in bytes
+};
+extern heap_state heap;
+
+#endif

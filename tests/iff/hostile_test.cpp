@@ -1,0 +1,149 @@
+// Files that lie, and a machine that is short of memory.
+
+#include "fixture.h"
+#include "iff/io.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <vector>
+
+using namespace std::string_literals;
+
+namespace {
+
+std::string nested(const std::string& id, int levels) {
+    std::string file;
+    for (int level = 0; level < levels; level++)
+        file += id + big_endian(static_cast<uint32_t>(12 * (levels - 1 - level) + 4)) + "GOOD";
+    return file;
+}
+
+int lines(const std::string& text, const std::string& line) {
+    int count = 0;
+    for (size_t at = text.find(line); at != std::string::npos; at = text.find(line, at + 1))
+        count++;
+    return count;
+}
+
+} // namespace
+
+TEST(iff_hostile, groups_may_nest_256_levels_deep) {
+    const std::string depth = "Groups are nested more than 256 levels deep!\n";
+    for (const std::string id : {"FORM", "CAT ", "LIST", "PROP"}) {
+        const std::string deepest = nested(id, 256);
+        EXPECT_EQ(reports_of([&] { EXPECT_EQ(write(read(deepest).get()), deepest); }), "");
+        for (const int levels : {257, 200000}) {
+            const std::string reported = reports_of([&] { EXPECT_FALSE(read(nested(id, levels))); });
+            EXPECT_EQ(lines(reported, depth), 1);
+            EXPECT_EQ(reported.find(depth), 0u);
+            EXPECT_EQ(lines(reported, "\n"), 1 + 256 + 1);
+        }
+    }
+}
+
+TEST(iff_hostile, sizes_cost_no_memory_and_negative_ones_fail) {
+    const std::string end = "ERROR: cannot open main chunk!\n", reading = "Error reading '";
+    const std::string in_form = "Error while reading chunk!\n" + end;
+    const std::string body = "Error reading raw chunk body of chunk: 'DATA'\n";
+    const uint32_t most = INT32_MAX;
+    // clang-format off
+    const struct {
+        std::string file, reported;
+    } cases[] = {
+        {chunk("DATA", most, std::string(100, 'x')), body + end},
+        {chunk("FORM", most, "GOOD" + chunk("DATA", most, "")), body + in_form},
+        {chunk("FORM", most, "GOOD" + chunk("DATA", "12")), reading + "'.chunkId\n" + in_form},
+        {chunk("DATA", ~0u, "12"), reading + "DATA'.chunkSize\n" + end},
+        {chunk("LIST", most + 1, "GOOD"), reading + "LIST'.chunkSize\n" + end},
+        {chunk("FORM", 9, "GOOD" + chunk("PROP", ~2u, "")), reading + "PROP'.chunkSize\n" + in_form},
+    };
+    // clang-format on
+    for (const auto& row : cases) {
+        heap.largest = 0;
+        const long blocks = heap.blocks;
+        EXPECT_EQ(reports_of([&] { EXPECT_FALSE(read(row.file)); }), row.reported);
+        EXPECT_LE(heap.largest, 64u * 1024);
+        EXPECT_EQ(heap.blocks, blocks);
+    }
+    // The body operations see to it themselves.
+    const std::string file = "GOOD";
+    const stream_ptr stream = open_bytes(file);
+    EXPECT_EQ(reports_of([&] {
+                  EXPECT_EQ(IFF_readRawChunk(stream.get(), "DATA", -1), nullptr);
+                  EXPECT_EQ(IFF_readForm(stream.get(), -2, nullptr, 0), nullptr);
+              }),
+              body + "Error reading 'FORM'.chunkSize\n");
+}
+
+TEST(iff_hostile, every_failed_allocation_fails_the_read_and_loses_nothing) {
+    const std::string forms =
+        group("FORM", "GOOD", chunk("DATA", std::string(200'000, 'x')) + chunk("TEXT", "abc"));
+    const std::string file = group("LIST", "GOOD", group("PROP", "GOOD", chunk("DATA", "1")) + forms + forms);
+    bool complete = false;
+    long failing = 0;
+    for (; !complete; failing++) {
+        const stream_ptr stream = open_bytes(file);
+        const long blocks = heap.blocks;
+        const std::string reported = reports_of([&] {
+            heap.left = failing;
+            IFF_Chunk* tree = IFF_readFd(stream.get(), nullptr, 0);
+            heap.left = LONG_MAX;
+            complete = tree != nullptr;
+            IFF_free(tree, nullptr, 0);
+        });
+        EXPECT_EQ(heap.blocks, blocks) << failing;
+        EXPECT_EQ(lines(reported, "ERROR: cannot open main chunk!\n"), complete ? 0 : 1) << failing;
+        EXPECT_EQ(lines(reported, "Error reading chunk in list!\n"), complete ? 0 : 1) << failing;
+    }
+    EXPECT_GT(failing, 20);
+}
+
+TEST(iff_hostile, many_chunks_are_read_in_linear_time) {
+    // Growing by one entry a chunk would move the arrays a hundred thousand times.
+    const int count = 100'000;
+    std::string chunks;
+    for (int i = 0; i < count; i++)
+        chunks += "DATA" + big_endian(0);
+    const std::string file = group("FORM", "GOOD", chunks);
+    const stream_ptr stream = open_bytes(file);
+    const long calls = heap.left;
+    const tree_ptr tree{IFF_readFd(stream.get(), nullptr, 0)};
+    EXPECT_LT(calls - heap.left, count + 100);
+    unsigned int found = 0;
+    free(IFF_getChunksFromForm(reinterpret_cast<IFF_Form*>(tree.get()), "DATA", &found));
+    EXPECT_EQ(found, static_cast<unsigned int>(count));
+}
+
+TEST(iff_blocks, of_words_survive_the_file_and_say_how_many_arrived) {
+    // Around the first piece of storage and the writer's buffer.
+    for (const size_t count : {0u, 1u, 1023u, 1025u, 16384u, 16385u, 70000u}) {
+        std::vector<uint32_t> words(count);
+        std::string file;
+        for (size_t i = 0; i < count; i++) {
+            words[i] = 0x01020304u * static_cast<uint32_t>(i + 1);
+            file += big_endian(words[i]);
+        }
+        std::string written(file.size() + 1, '\0');
+        stream_ptr stream{fmemopen(written.data(), written.size(), "wb")};
+        EXPECT_EQ(iff_write_words(stream.get(), words.data(), count), count);
+        stream.reset();
+        written.pop_back();
+        EXPECT_TRUE(written == file) << count;
+
+        const std::string longer = file + "abc";
+        stream = open_bytes(longer);
+        heap_ptr<uint32_t> back;
+        EXPECT_EQ(iff_read_words(stream.get(), count + 1, back), count);
+        EXPECT_TRUE(std::equal(words.begin(), words.end(), back.get())) << count;
+    }
+    float values[3] = {1.0f, -0.0f, 3.5f}, back[3] = {};
+    char bytes[12];
+    stream_ptr stream{fmemopen(bytes, sizeof bytes, "w+b")};
+    EXPECT_EQ(iff_write_floats(stream.get(), values, 3, "MTRL", "alpha"), 1);
+    rewind(stream.get());
+    EXPECT_EQ(iff_read_floats(stream.get(), back, 3, "MTRL", "alpha"), 1);
+    EXPECT_EQ(memcmp(values, back, sizeof values), 0);
+    EXPECT_EQ(memcmp(bytes, "\x3f\x80\0\0\x80\0\0\0\x40\x60\0\0", 12), 0);
+    EXPECT_EQ(reports_of([&] { EXPECT_EQ(iff_read_floats(stream.get(), back, 1, "MTRL", "alpha"), 0); }),
+              "Error reading 'MTRL'.alpha\n");
+}
