@@ -1,6 +1,7 @@
 #include "loaders/group_obj.h"
 
 #include "base/heap.h"
+#include "loaders/digits.h"
 #include "loaders/flarray.h"
 #include "loaders/hashtable.h"
 #include "loaders/line_reader.h"
@@ -14,8 +15,7 @@
 
 namespace {
 
-// Indices as the file gives them, 0: not given; once resolved they count from 0, and what is not given
-// or does not exist is no valid index.
+// Indices from 0. What is not given, or does not exist, is no valid index.
 struct obj_corner {
     int32_t position;
     int32_t texcoord;
@@ -99,21 +99,13 @@ bool add_attribute(obj_loader* loader, const char* line) {
     }
 }
 
-bool is_digit(char c) {
-    return static_cast<unsigned char>(c - '0') < 10;
-}
-
-bool ends_field(char c) {
-    return c == '\0' || c == ' ' || c == '/';
-}
-
-// A field with anything but a plain number in it: what is not a digit or a minus does not count, the
-// first 63 others do, and the number ends where they stop being one. It saturates.
-int32_t odd_field(const char* p) {
+// Reads a number up to the end of its field, where *p is left: what is not a digit or a minus does not
+// count, the first 63 others do, and the number ends where they stop being one. It saturates.
+int32_t read_field(const char** p) {
     char digits[64];
     size_t length = 0;
-    for (; !ends_field(*p); p++) {
-        if ((is_digit(*p) || *p == '-') && length < sizeof(digits) - 1) digits[length++] = *p;
+    for (; **p != '\0' && **p != ' ' && **p != '/'; ++*p) {
+        if ((is_digit(**p) || **p == '-') && length < sizeof(digits) - 1) digits[length++] = **p;
     }
     digits[length] = '\0';
     const bool negative = digits[0] == '-';
@@ -126,116 +118,147 @@ int32_t odd_field(const char* p) {
     return static_cast<int32_t>(value < limit ? value : limit - 1);
 }
 
-// Reads up to the end of the field, where *p is left.
-inline int32_t read_field(const char** p) {
-    const char* q = *p;
-    const bool negative = *q == '-';
-    q += negative;
-    const char* const begin = q;
-    uint32_t value = 0;
-    while (is_digit(*q)) {
-        value = value * 10 + static_cast<uint32_t>(*q++ - '0');
-    }
-    if (ends_field(*q) && q - begin <= 9) {
-        *p = q;
-        return negative ? -static_cast<int32_t>(value) : static_cast<int32_t>(value);
-    }
-    const int32_t odd = odd_field(*p);
-    while (!ends_field(*q)) {
-        q++;
-    }
-    *p = q;
-    return odd;
-}
-
-// Reads a face's corners into the loader and returns how many count, or 0 for a face that is to be
-// dropped. There are as many corners as there are runs of spaces, whatever else is on the line.
-int read_corners(obj_loader* loader, const char* p) {
-    int runs = 0;
-    int count = 0;
-    while (*p) {
-        // Nothing but spaces divides, and anything may stand before a number.
-        while (*p && !is_digit(*p) && *p != '-') {
-            if (*p == ' ' && p[-1] != ' ') runs++;
-            p++;
-        }
-        if (!*p || count == max_corners) break;
-        obj_corner corner = {};
-        corner.position = read_field(&p);
-        if (*p == '/') {
-            p++;
-            corner.texcoord = read_field(&p);
-            if (*p == '/') {
-                p++;
-                corner.normal = read_field(&p);
-                // The next corner may follow at once.
-                if (*p == '/') p++;
-            }
-        }
-        loader->corners[count++] = corner;
-    }
-    if (runs < 3 || count < runs) return 0;
-    for (int i = 0; i < runs; i++) {
-        if (loader->corners[i].position == 0) return 0;
-    }
-    return runs;
-}
-
-// From the file's count from 1, or backwards from the end, to one from 0.
+// From the file's count, which is from 1 or backwards from the end, to one from 0. 0 is not given.
 int32_t resolve(int32_t index, int32_t count) {
-    return index > 0 ? index - 1 : index < 0 ? count + index : -1;
+    return index < 0 ? count + index : index - 1;
 }
 
 bool exists(int32_t index, int32_t count) {
     return static_cast<uint32_t>(index) < static_cast<uint32_t>(count);
 }
 
-bool push_position(obj_loader* loader, const obj_corner& corner) {
-    const float* const p = loader->positions.data + static_cast<size_t>(corner.position) * 3;
-    return trimesh_pushvertex(loader->mesh, p[0], p[1], p[2]);
+int32_t count_positions(const obj_loader* loader) {
+    return loader->positions.count / 3;
+}
+int32_t count_texcoords(const obj_loader* loader) {
+    return loader->texcoords.count / 2;
+}
+int32_t count_normals(const obj_loader* loader) {
+    return loader->normals.count / 3;
+}
+
+// Reads a corner in any form, from its first digit or minus on, and returns the position after it. The
+// corner's position is not given: *valid becomes false.
+const char* read_any_corner(const obj_loader* loader, const char* p, obj_corner* corner, bool* valid) {
+    int32_t fields[3] = {};
+    for (int i = 0; i < 3; i++) {
+        fields[i] = read_field(&p);
+        if (*p != '/') break;
+        p++; // behind the third field the next corner may follow at once
+    }
+    *corner = {resolve(fields[0], count_positions(loader)), resolve(fields[1], count_texcoords(loader)),
+               resolve(fields[2], count_normals(loader))};
+    *valid = fields[0] != 0;
+    return p;
+}
+
+// The same for one to three fields of plain digits, which is what files are full of.
+inline const char* read_corner(const obj_loader* loader, const char* begin, obj_corner* corner, bool* valid) {
+    const digit_run position = find_digits(begin);
+    digit_run texcoord = {};
+    digit_run normal = {};
+    const char* p = begin + position.bits / 8;
+    if (*p == '/') {
+        texcoord = find_digits(++p);
+        p += texcoord.bits / 8;
+        if (*p == '/') {
+            normal = find_digits(++p);
+            p += normal.bits / 8;
+        }
+    }
+    if (*p != ' ' && *p != '\0') return read_any_corner(loader, begin, corner, valid);
+    const uint32_t number = whole_number(position);
+    *corner = {static_cast<int32_t>(number) - 1, static_cast<int32_t>(whole_number(texcoord)) - 1,
+               static_cast<int32_t>(whole_number(normal)) - 1};
+    *valid = number != 0;
+    return p;
+}
+
+// Reads a face's corners into the loader, from behind its keyword on, and returns how many count: there are
+// as many corners as runs of spaces, whatever else is on the line. 0: the face does not count.
+int read_corners(obj_loader* loader, const char* p) {
+    int runs = 0;
+    int count = 0;
+    int valid_count = 0; // up to the first corner without a position
+    for (;;) {
+        if (*p == ' ') {
+            runs++;
+            do {
+                p++;
+            } while (*p == ' ');
+        }
+        if (!is_digit(*p) && *p != '-') {
+            // Nothing but a space divides, and anything may stand before a number.
+            if (*p++) continue;
+            return runs < 3 || valid_count < runs ? 0 : runs;
+        }
+        if (count == max_corners) return 0;
+        bool valid = false;
+        p = read_corner(loader, p, &loader->corners[count], &valid);
+        valid_count += valid && valid_count == count;
+        count++;
+    }
+}
+
+const float* element(const flarray& array, int32_t index, int32_t size) {
+    return array.data + static_cast<size_t>(index) * static_cast<size_t>(size);
+}
+
+// Appends a vertex; false when memory ran out.
+bool push_vertex(trimesh* mesh, const float position[3], const float texcoord[2], const float normal[3]) {
+    const auto vertex = static_cast<size_t>(mesh->nvertices);
+    if (mesh->nvertices + 1 < mesh->vertex_capacity) {
+        memcpy(mesh->vertices + vertex * 3, position, 3 * sizeof(float));
+        mesh->nvertices++;
+    } else if (!trimesh_pushvertex(mesh, position[0], position[1], position[2])) {
+        return false;
+    }
+    memcpy(mesh->texcoords[0] + vertex * 2, texcoord, 2 * sizeof(float));
+    memcpy(mesh->normals + vertex * 3, normal, 3 * sizeof(float));
+    return true;
 }
 
 // A fan around the first corner. Only that vertex is shared by its triangles; no other vertex is.
 bool add_face(obj_loader* loader, const char* line) {
-    const int count = read_corners(loader, line);
+    const int count = read_corners(loader, line + 1);
     if (count == 0) return true;
-    const int32_t npositions = loader->positions.count / 3;
-    const int32_t ntexcoords = loader->texcoords.count / 2;
-    const int32_t nnormals = loader->normals.count / 3;
-    for (int i = 0; i < count; i++) {
-        obj_corner& corner = loader->corners[i];
-        corner.position = resolve(corner.position, npositions);
-        corner.texcoord = resolve(corner.texcoord, ntexcoords);
-        corner.normal = resolve(corner.normal, nnormals);
-    }
-
+    const int32_t npositions = count_positions(loader);
+    const int32_t ntexcoords = count_texcoords(loader);
+    const int32_t nnormals = count_normals(loader);
     trimesh* const mesh = loader->mesh;
-    const obj_corner& first = loader->corners[0];
-    if (!exists(first.position, npositions)) return true;
-    if (!push_position(loader, first)) return false;
-    const int32_t first_vertex = mesh->nvertices - 1;
+    static constexpr float none[3] = {};
+    const auto push = [loader, mesh](const obj_corner& c, bool has_texcoord, bool has_normal) {
+        return push_vertex(mesh, element(loader->positions, c.position, 3),
+                           has_texcoord ? element(loader->texcoords, c.texcoord, 2) : none,
+                           has_normal ? element(loader->normals, c.normal, 3) : none);
+    };
+
+    const obj_corner& a = loader->corners[0];
+    if (!exists(a.position, npositions)) return true;
+    const auto first = static_cast<uint32_t>(mesh->nvertices);
+    if (!push(a, false, false)) return false;
     for (int k = 1; k + 1 < count; k++) {
-        const obj_corner* const corners[] = {&first, &loader->corners[k], &loader->corners[k + 1]};
-        if (!exists(corners[1]->position, npositions) || !exists(corners[2]->position, npositions)) break;
-        if (!push_position(loader, *corners[1]) || !push_position(loader, *corners[2])) return false;
-        const int32_t vertices[] = {first_vertex, mesh->nvertices - 2, mesh->nvertices - 1};
-        if (!trimesh_pushface(mesh, static_cast<uint32_t>(vertices[0]), static_cast<uint32_t>(vertices[1]),
-                              static_cast<uint32_t>(vertices[2]))) {
+        const obj_corner& b = loader->corners[k];
+        const obj_corner& c = loader->corners[k + 1];
+        if (!exists(b.position, npositions) || !exists(c.position, npositions)) break;
+        // What one corner lacks the other two do not get either.
+        const bool has_texcoords = exists(a.texcoord, ntexcoords) && exists(b.texcoord, ntexcoords) &&
+                                   exists(c.texcoord, ntexcoords);
+        const bool has_normals =
+            exists(a.normal, nnormals) && exists(b.normal, nnormals) && exists(c.normal, nnormals);
+        if (has_texcoords) {
+            memcpy(mesh->texcoords[0] + size_t{first} * 2, element(loader->texcoords, a.texcoord, 2),
+                   2 * sizeof(float));
+        }
+        if (has_normals) {
+            memcpy(mesh->normals + size_t{first} * 3, element(loader->normals, a.normal, 3),
+                   3 * sizeof(float));
+            mesh->calc_normals = 0;
+        }
+        const auto second = static_cast<uint32_t>(mesh->nvertices);
+        if (!push(b, has_texcoords, has_normals) || !push(c, has_texcoords, has_normals) ||
+            !trimesh_pushface(mesh, first, second, second + 1)) {
             return false;
-        }
-        bool has_texcoords = true;
-        bool has_normals = true;
-        for (const obj_corner* corner : corners) {
-            has_texcoords &= exists(corner->texcoord, ntexcoords);
-            has_normals &= exists(corner->normal, nnormals);
-        }
-        for (int i = 0; i < 3 && has_texcoords; i++) {
-            const float* const uv = loader->texcoords.data + static_cast<size_t>(corners[i]->texcoord) * 2;
-            trimesh_settexcoord(mesh, vertices[i], uv[0], uv[1]);
-        }
-        for (int i = 0; i < 3 && has_normals; i++) {
-            const float* const n = loader->normals.data + static_cast<size_t>(corners[i]->normal) * 3;
-            trimesh_setnormal(mesh, vertices[i], n[0], n[1], n[2]);
         }
     }
     return true;

@@ -20,9 +20,13 @@ bool is_blank(char c) {
     return is_line_end(c) || c == '\t' || c == ' ';
 }
 
-char* find(const line_reader* reader, char* from, char c) {
-    void* found = memchr(from, c, static_cast<size_t>(reader->limit - from));
-    return found ? static_cast<char*>(found) : reader->limit;
+char* find(const char* begin, const char* end, char c) {
+    const void* found = memchr(begin, c, static_cast<size_t>(end - begin));
+    return const_cast<char*>(found ? static_cast<const char*>(found) : end);
+}
+
+char* find_backslash(const line_reader* reader, const char* from) {
+    return reader->backslashes == backslash_continues ? find(from, reader->limit, '\\') : reader->limit;
 }
 
 // Moves what is left to the front and reads on behind it.
@@ -36,9 +40,9 @@ void refill(line_reader* reader) {
     reader->limit = reader->buffer + kept + std::max<ssize_t>(size, 0);
     *reader->limit = '\0';
     reader->block_end -= shift;
-    reader->line_feed = find(reader, reader->next, '\n');
-    reader->carriage_return = find(reader, reader->next, '\r');
-    reader->backslash = find(reader, reader->next, '\\');
+    reader->plain_end = reader->buffer;
+    reader->carriage_return = find(reader->next, reader->limit, '\r');
+    reader->backslash = find_backslash(reader, reader->next);
 }
 
 // Turns backslashes and the line ends directly behind them into spaces, up to the line's end.
@@ -55,33 +59,24 @@ char* join_lines(char* p, const char* stop) {
 
 // The line's end, or `stop` when that comes first.
 char* find_end(line_reader* reader, char* line, char* stop) {
-    if (reader->line_feed < line) reader->line_feed = find(reader, line, '\n');
-    if (reader->carriage_return < line) reader->carriage_return = find(reader, line, '\r');
-    char* end = std::min({reader->line_feed, reader->carriage_return, stop});
-    if (reader->backslashes == backslash_continues) {
-        if (reader->backslash < line) reader->backslash = find(reader, line, '\\');
-        if (reader->backslash < end) end = join_lines(reader->backslash, stop);
-    }
-    return end;
+    if (reader->carriage_return < line) reader->carriage_return = find(line, reader->limit, '\r');
+    if (reader->backslash < line) reader->backslash = find_backslash(reader, line);
+    char* const end = std::min(find(line, stop, '\n'), reader->carriage_return);
+    return reader->backslash < end ? join_lines(reader->backslash, stop) : std::min(end, stop);
 }
 
-} // namespace
-
-bool line_reader_create(line_reader* reader, int fd, line_backslash backslashes) {
-    *reader = {};
-    reader->fd = fd;
-    reader->backslashes = backslashes;
-    reader->buffer = static_cast<char*>(calloc(1, buffer_size + slack));
-    if (!reader->buffer) {
-        close(fd);
-        return false;
+// Ends a line's text and goes on behind its end.
+char* finish(line_reader* reader, char* line, char* end) {
+    reader->next = end + 1;
+    *end = '\0';
+    while (end > line && end[-1] == ' ') {
+        *--end = '\0';
     }
-    reader->next = reader->limit = reader->buffer;
-    reader->block_end = reader->buffer + block_size;
-    return true;
+    return line;
 }
 
-char* line_reader_next(line_reader* reader) {
+// Lines where anything may happen.
+char* next_line(line_reader* reader) {
     for (;;) {
         char* line = reader->next;
         while (is_blank(*line)) {
@@ -102,18 +97,40 @@ char* line_reader_next(line_reader* reader) {
         if (end >= reader->block_end && reader->block_end - line <= longest_kept) {
             reader->block_end = line + block_size;
         }
-        if (end >= reader->block_end) {
-            reader->next = reader->block_end + 1;
-            reader->block_end = reader->next + block_size;
-            continue;
-        }
-        reader->next = end + 1;
-        *end = '\0';
-        while (end > line && end[-1] == ' ') {
-            *--end = '\0';
-        }
-        return line;
+        reader->plain_end =
+            std::min({reader->block_end, reader->limit, reader->carriage_return, reader->backslash});
+        if (end < reader->block_end) return finish(reader, line, end);
+        reader->next = reader->block_end + 1;
+        reader->block_end = reader->next + block_size;
     }
+}
+
+} // namespace
+
+bool line_reader_create(line_reader* reader, int fd, line_backslash backslashes) {
+    *reader = {};
+    reader->fd = fd;
+    reader->backslashes = backslashes;
+    reader->buffer = static_cast<char*>(calloc(1, buffer_size + slack));
+    if (!reader->buffer) {
+        close(fd);
+        return false;
+    }
+    reader->next = reader->limit = reader->plain_end = reader->buffer;
+    reader->block_end = reader->buffer + block_size;
+    return true;
+}
+
+char* line_reader_next(line_reader* reader) {
+    char* line = reader->next;
+    while (is_blank(*line)) {
+        line++;
+    }
+    if (line < reader->plain_end) {
+        void* end = memchr(line, '\n', static_cast<size_t>(reader->plain_end - line));
+        if (end) return finish(reader, line, static_cast<char*>(end));
+    }
+    return next_line(reader);
 }
 
 void line_reader_free(line_reader* reader) {

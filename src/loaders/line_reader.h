@@ -19,8 +19,8 @@ struct line_reader {
     char* next;   // where the search for the next line goes on
     char* limit;  // end of the bytes read; a NUL stands there
     char* block_end;
-    // The next of these at or behind the last position they were wanted for, or `limit`.
-    char* line_feed;
+    char* plain_end; // before this, lines end with a line feed and inside the block, and hold no backslash
+    // The next ones not before the last line, or `limit`; no backslash is sought where they are plain.
     char* carriage_return;
     char* backslash;
 };

@@ -1,5 +1,7 @@
 #include "loaders/scan_float.h"
 
+#include "loaders/digits.h"
+
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -8,12 +10,8 @@
 
 namespace {
 
-bool is_digit(char c) {
-    return static_cast<unsigned char>(c - '0') < 10;
-}
-
 bool is_space(char c) {
-    return c == ' ' || static_cast<unsigned char>(c - '\t') < 5;
+    return static_cast<unsigned char>(c) <= ' ' && (c == ' ' || static_cast<unsigned char>(c - '\t') < 5);
 }
 
 // Lower case for letters; other characters never become letters.
@@ -137,40 +135,37 @@ const char* scan_any(const char* p, float* value) {
     return p;
 }
 
-constexpr double negative_powers[] = {1e-0,  1e-1,  1e-2,  1e-3,  1e-4,  1e-5,  1e-6,  1e-7,  1e-8, 1e-9,
-                                      1e-10, 1e-11, 1e-12, 1e-13, 1e-14, 1e-15, 1e-16, 1e-17, 1e-18};
-constexpr int max_digits = 18; // fit in 63 bits
-
-// Digits with at most one point among them, which is what files are full of; the rest goes to scan_any.
+// At most seven digits, a point and at most seven more, which is what files are full of. The rest goes to
+// scan_any.
 inline const char* scan_number(const char* p, float* value) {
     const bool negative = *p == '-';
-    const char* q = p + negative;
-    uint64_t mantissa = 0;
-    const char* const begin = q;
+    const char* const begin = p + negative;
+    const char* q = begin;
+    uint32_t whole = 0;
     for (; is_digit(*q); q++) {
-        mantissa = mantissa * 10 + static_cast<unsigned>(*q - '0');
+        whole = whole * 10 + static_cast<uint32_t>(*q - '0');
     }
-    int digits = static_cast<int>(q - begin);
-    int decimals = 0;
+    if (q - begin > 7) return scan_any(p, value);
+    bool any = q != begin;
+    // In units of 1e-8, below 2^53.
+    uint64_t units = uint64_t{whole} * 100000000;
     if (*q == '.') {
-        const char* const point = q++;
-        for (; is_digit(*q); q++) {
-            mantissa = mantissa * 10 + static_cast<unsigned>(*q - '0');
-        }
-        decimals = static_cast<int>(q - point) - 1;
-        digits += decimals;
+        const digit_run decimals = find_digits(++q);
+        units += join_digits(decimals.values & ((uint64_t{1} << decimals.bits) - 1));
+        q += decimals.bits / 8;
+        any |= decimals.bits != 0;
     }
-    const char letter = static_cast<char>(*q | 0x20);
-    if (digits == 0 || digits > max_digits || letter == 'e' || letter == 'x') return scan_any(p, value);
+    // More digits, an exponent or a hexadecimal number may follow; a space or the end cannot mislead.
+    if (!any || (*q > ' ' && (is_digit(*q) || lower(*q) == 'e' || lower(*q) == 'x')))
+        return scan_any(p, value);
 
-    // Three roundings leave this within 3 units of the last place of the double. Unless a point halfway
+    // Two roundings leave this within 2 units of the last place of the double. Unless a point halfway
     // between two floats is that near, rounding once more gives the float nearest to the number.
-    const double approximate =
-        static_cast<double>(static_cast<int64_t>(mantissa)) * negative_powers[decimals];
+    const double approximate = static_cast<double>(static_cast<int64_t>(units)) * 1e-8;
     uint64_t bits = 0;
     memcpy(&bits, &approximate, sizeof(bits));
-    constexpr uint64_t halfway = uint64_t{1} << 28; // of the 29 bits that a float lacks
-    if ((bits & (2 * halfway - 1)) - (halfway - 4) <= 8) return scan_any(p, value);
+    constexpr uint32_t halfway = uint32_t{1} << 28; // of the 29 bits that a float lacks
+    if ((static_cast<uint32_t>(bits) & (2 * halfway - 1)) - (halfway - 2) <= 4) return scan_any(p, value);
     const auto magnitude = static_cast<float>(approximate);
     *value = negative ? -magnitude : magnitude;
     return q;

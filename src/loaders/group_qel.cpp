@@ -1,0 +1,323 @@
+#include "loaders/group_qel.h"
+
+#include "base/heap.h"
+#include "loaders/path.h"
+#include "math/angle.h"
+#include "qelf/qelf.h"
+#include "scene/bindings.h"
+#include "scene/export.h"
+#include "scene/material.h"
+#include "scene/trimesh.h"
+
+#include <cstdio>
+
+static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "vertex data is copied as it is in the file");
+
+namespace {
+
+constexpr unsigned short version_major = 2;
+constexpr unsigned short version_minor = 0;
+
+struct file_close {
+    void operator()(FILE* file) const { fclose(file); }
+};
+using file_ptr = std::unique_ptr<FILE, file_close>;
+
+// The tree of a file and its scenes, released together.
+struct scene_file {
+    IFF_Chunk* tree = nullptr;
+    QELF_Scene** scenes = nullptr;
+    unsigned int count = 0;
+
+    scene_file() = default;
+    scene_file(const scene_file&) = delete;
+    scene_file& operator=(const scene_file&) = delete;
+    ~scene_file() {
+        if (scenes) QELF_freeScenes(scenes, count);
+        if (tree) QELF_free(tree);
+    }
+};
+
+void warn(const char* text) {
+    fputs(text, stderr);
+}
+
+// Looks at the first 24 bytes, so that a file of another kind or version gets a clear answer.
+bool check_header(FILE* file) {
+    const auto next = [file](unsigned char* bytes) {
+        if (fread(bytes, 1, 4, file) == 4) return true;
+        warn("WARNING: I/O failure reading QEL file header\n");
+        return false;
+    };
+    const auto is = [](const unsigned char* bytes, const char* id) { return memcmp(bytes, id, 4) == 0; };
+    unsigned char bytes[4];
+    if (!next(bytes)) return false;
+    if (!is(bytes, "FORM")) {
+        warn("WARNING: QEL header failed validation, can't find FORM chunk\n");
+        return false;
+    }
+    if (!next(bytes) || !next(bytes)) return false;
+    if (!is(bytes, "QELF")) {
+        warn("WARNING: QEL header failed validation, can't find QELF chunk\n");
+        return false;
+    }
+    if (!next(bytes)) return false;
+    if (!is(bytes, "SHDR")) {
+        warn("WARNING: QEL header failed validation, can't find SHDR chunk\n");
+        return false;
+    }
+    if (!next(bytes) || !next(bytes)) return false;
+    const auto major = static_cast<unsigned short>(bytes[0] << 8 | bytes[1]);
+    const auto minor = static_cast<unsigned short>(bytes[2] << 8 | bytes[3]);
+    if (major == version_major && minor == version_minor) return true;
+    fprintf(
+        stderr,
+        "WARNING: QEL file uses QEL format with version %hu.%hu, software uses QEL format version %hu.%hu\n",
+        major, minor, version_major, version_minor);
+    return false;
+}
+
+// A terminated copy of a text, which may be null.
+char* copy_text(const IFF_RawChunk* text) {
+    const size_t length = text ? static_cast<size_t>(text->chunk.chunkSize) : 0;
+    auto* const copy = heap_array<char>(length + 1);
+    if (!copy) return nullptr;
+    if (length > 0) memcpy(copy, text->data, length);
+    copy[length] = '\0';
+    return copy;
+}
+
+bool add_texture(scene* s, const QELF_Texture* from, int32_t index, const char* directory) {
+    const heap_ptr<char> path{copy_text(from->path)};
+    const heap_ptr<char> joined{path ? join_path(directory, path.get()) : nullptr};
+    auto* const t = heap_zeroed<texture>();
+    if (!joined || !t || !texture_create(t, joined.get())) {
+        free(t);
+        return false;
+    }
+    t->index = index;
+    const int32_t before = s->ntextures;
+    if (scene_pushtexture(s, t)) return true;
+    if (s->ntextures == before) texture_free(t);
+    return false;
+}
+
+// A new reference to the map-th texture of the file; null for 0 and for what the file does not have.
+texture* texture_reference(const scene* s, uint16_t map) {
+    if (map == 0 || map > s->ntextures) return nullptr;
+    return texture_getref(s->textures[map - 1]);
+}
+
+bool add_material(trimesh* mesh, const QELF_MaterialEntry& entry, const scene* s) {
+    const QELF_Material& from = *entry.material;
+    auto* const m = heap_array<material>(1);
+    if (!m) return false;
+    material_create(m, "material");
+    const auto copy = [](float to[3], const QELF_Color& c) {
+        to[0] = c.r;
+        to[1] = c.g;
+        to[2] = c.b;
+    };
+    copy(m->ambient, from.ambient);
+    copy(m->diffuse, from.diffuse);
+    copy(m->specular, from.specular);
+    copy(m->emissive, from.emissive);
+    m->spec_exp = from.spec_exp;
+    m->alpha = from.alpha;
+    m->reflectivity = from.reflectivity;
+    m->diffuseMap = texture_reference(s, from.diffuseMap);
+    m->specularMap = texture_reference(s, from.specularMap);
+    m->emissiveMap = texture_reference(s, from.emissiveMap);
+    m->bumpMap = texture_reference(s, from.bumpMap);
+    m->normalMap = texture_reference(s, from.normalMap);
+    m->reflectionMap = texture_reference(s, from.reflectionMap);
+    const int32_t before = mesh->nmaterials;
+    const int pushed = trimesh_pushmaterialsegment(mesh, m, static_cast<int32_t>(entry.startIndex));
+    if (!pushed && mesh->nmaterials == before) material_free(m);
+    return pushed != 0;
+}
+
+// Start indices in order and within the faces, face indices within the vertices.
+bool check_indices(const QELF_TriangleMesh* from) {
+    uint32_t previous = 0;
+    for (uint32_t i = 0; i < from->nmaterials; i++) {
+        const uint32_t start = from->materials[i].startIndex;
+        if (start < previous || start > static_cast<uint32_t>(from->nfaces)) {
+            fprintf(stderr,
+                    "WARNING: QEL mesh has material start index %u out of order or beyond its %d faces\n",
+                    start, from->nfaces);
+            return false;
+        }
+        previous = start;
+    }
+    uint32_t largest = 0;
+    const auto corners = static_cast<size_t>(from->nfaces) * 3;
+    for (size_t i = 0; i < corners; i++) {
+        uint32_t index = 0;
+        memcpy(&index, from->indexData->data + i * sizeof(index), sizeof(index));
+        if (index > largest) largest = index;
+    }
+    if (corners == 0 || largest < static_cast<uint32_t>(from->nvertices)) return true;
+    fprintf(stderr, "WARNING: QEL mesh has face index %u, but only %d vertices\n", largest, from->nvertices);
+    return false;
+}
+
+// Hands an array over to `set` and gives the file's copy back at once: large scenes are held once and a bit.
+template <class Set> void take(IFF_RawChunk* from, Set set) {
+    if (!from || !from->data) return;
+    set(from->data, static_cast<size_t>(from->chunk.chunkSize));
+    IFF_freeRawChunk(from);
+    from->data = nullptr;
+    from->chunk.chunkSize = 0;
+}
+
+void fill_mesh(trimesh* mesh, QELF_TriangleMesh* from, const scene* s) {
+    memcpy(mesh->transform, from->local_transform.m, sizeof(mesh->transform));
+    for (uint32_t i = 0; i < from->nmaterials; i++) {
+        if (!add_material(mesh, from->materials[i], s)) break;
+    }
+    mesh->nvertices = from->nvertices;
+    mesh->nfaces = from->nfaces;
+    take(from->vertexData, [mesh](const void* data, size_t size) { memcpy(mesh->vertices, data, size); });
+    take(from->normalData, [mesh](const void* data, size_t size) { trimesh_setnormals(mesh, data, size); });
+    take(from->tangentData, [mesh](const void* data, size_t size) { trimesh_settangents(mesh, data, size); });
+    take(from->binormalData,
+         [mesh](const void* data, size_t size) { trimesh_setbinormals(mesh, data, size); });
+    for (int32_t set = 0; set < from->use_textures; set++) {
+        take(from->texcoordData[set],
+             [mesh, set](const void* data, size_t size) { trimesh_settexcoordsn(mesh, set, data, size); });
+    }
+    take(from->indexData, [mesh](const void* data, size_t size) { memcpy(mesh->indices, data, size); });
+}
+
+// What happened to a node: skipped for want of memory, or no good at all.
+enum class outcome { added, skipped, refused };
+
+// Hands a filled record to the target group, or releases it.
+outcome push_node(group* target, void* node, node_load load, node_config config, node_prerender prerender,
+                  node_render render, node_export export_node, node_free free_node) {
+    const int32_t before = target->nnodes;
+    group_push(target, node, load, config, prerender, render, export_node, free_node);
+    if (target->nnodes > before) return outcome::added;
+    free_node(node);
+    free(node);
+    return outcome::skipped;
+}
+
+bool process_scenegroup(const QELF_SceneGroup* from, group* target, scene* s);
+
+outcome add_group(group* target, const QELF_SceneGroup* from, scene* s) {
+    auto* const g = heap_zeroed<group>();
+    if (!g) return outcome::skipped;
+    if (!group_create(g, static_cast<int32_t>(from->nnodes)) || !process_scenegroup(from, g, s)) {
+        const bool created = g->nodes != nullptr;
+        group_free(g);
+        free(g);
+        return created ? outcome::refused : outcome::skipped;
+    }
+    return push_node(target, g, group_load, group_config, group_prerender, group_render, group_export,
+                     group_free);
+}
+
+outcome add_mesh(group* target, QELF_TriangleMesh* from, const scene* s) {
+    if (!check_indices(from)) return outcome::refused;
+    auto* const mesh = heap_array<trimesh>(1);
+    if (!mesh) return outcome::skipped;
+    if (!trimesh_create(mesh, "mesh", from->nvertices, from->nfaces, static_cast<int32_t>(from->nmaterials),
+                        from->use_normals, from->use_textures, from->use_tangents, from->use_binormals)) {
+        trimesh_free(mesh);
+        free(mesh);
+        return outcome::skipped;
+    }
+    fill_mesh(mesh, from, s);
+    return push_node(target, mesh, trimesh_load, trimesh_config, trimesh_prerender, trimesh_render,
+                     trimesh_export, trimesh_free);
+}
+
+outcome add_light(group* target, const QELF_Light* from, scene* s) {
+    auto* const l = heap_zeroed<light>();
+    if (!l) return outcome::skipped;
+    light_create(l, "light");
+    l->type = from->type;
+    l->color[0] = from->color.r;
+    l->color[1] = from->color.g;
+    l->color[2] = from->color.b;
+    l->intensity = from->intensity;
+    const outcome result = push_node(target, l, light_load, light_config, light_prerender, light_render,
+                                     light_export, light_free);
+    if (result == outcome::added) scene_pushlight(s, l);
+    return result;
+}
+
+outcome add_node(group* target, const QELF_Node* node, scene* s) {
+    switch (node->nodeType) {
+    case QELF_NODE_GROUP:
+        return add_group(target, static_cast<QELF_SceneGroup*>(node->content), s);
+    case QELF_NODE_TRIMESH:
+        return add_mesh(target, static_cast<QELF_TriangleMesh*>(node->content), s);
+    default:
+        return add_light(target, static_cast<QELF_Light*>(node->content), s);
+    }
+}
+
+void set_bind_placement(group* target, const QELF_SceneGroup* from) {
+    memcpy(target->bind_transform, from->local_transform.m, sizeof(target->bind_transform));
+    memcpy(target->bind_translation, &from->translation, sizeof(target->bind_translation));
+    memcpy(target->bind_scaling, &from->scaling, sizeof(target->bind_scaling));
+    target->bind_rotation[0] = radians_from_degrees(from->rotation.x);
+    target->bind_rotation[1] = radians_from_degrees(from->rotation.y);
+    target->bind_rotation[2] = radians_from_degrees(from->rotation.z);
+}
+
+// Fills a group from the file's. False when something in it is no good; what was pushed stays the target's.
+// The depth is bounded: the reader refuses deeper files.
+bool process_scenegroup(const QELF_SceneGroup* from, group* target, scene* s) {
+    target->radius = from->radius;
+    target->name = copy_text(from->name);
+    if (from->nnodes > 0) set_bind_placement(target, from);
+    for (uint32_t i = 0; i < from->nnodes; i++) {
+        if (add_node(target, from->nodes[i], s) == outcome::refused) return false;
+    }
+    return true;
+}
+
+bool build(scene* s, const QELF_Scene* from, const char* directory) {
+    if (from->nsceneGroups == 0) {
+        warn("WARNING: QEL file holds no scene group\n");
+        return false;
+    }
+    if (!scene_create(s)) return false;
+    for (uint32_t i = 0; i < from->ntextures; i++) {
+        if (!add_texture(s, from->textures[i], static_cast<int32_t>(i), directory)) return false;
+    }
+    return process_scenegroup(from->sceneGroups[0], &s->root, s);
+}
+
+bool load(scene* s, const char* filename, render_context* context) {
+    const heap_ptr<char> path{resource_locate(filename, context)};
+    const heap_ptr<char> directory{path ? directory_of(filename) : nullptr};
+    if (!directory) return false;
+    {
+        const file_ptr file{fopen(path.get(), "rb")};
+        if (!file) {
+            warn("WARNING: could not open QEL file\n");
+            return false;
+        }
+        if (!check_header(file.get())) return false;
+    }
+    scene_file file;
+    file.tree = QELF_read(path.get());
+    if (!file.tree) return false;
+    file.scenes = QELF_extractScenes(file.tree, &file.count);
+    return file.scenes && build(s, file.scenes[0], directory.get());
+}
+
+} // namespace
+
+int group_loadqel(scene* s, const char* filename, render_context* context) {
+    *s = {};
+    if (load(s, filename, context)) return 1;
+    scene_free(s);
+    *s = {};
+    return 0;
+}
