@@ -11,7 +11,7 @@ import sys
 sys.dont_write_bytecode = True
 from assets import car, gauge, piston, polyhedra, shell  # noqa: E402
 
-MODELS = {"car": car.build, "gauge": gauge.build, "piston": piston.build, "shell": shell.build, "polyhedra": polyhedra.build}
+MODELS = {m.__name__.split(".")[1]: m.build for m in (gauge, car, piston, shell, polyhedra)}
 
 
 def main():

@@ -6,9 +6,9 @@ It faces +z; y is up and 0 is the road. The body's texture is an atlas of five v
 import math
 import os
 
-from assets.mesh import Frame, Model, add, cross, length, scale, sub, unit
+from assets.mesh import Frame, Model, add, cross, length, sub, unit
 from assets.paint import Canvas, rgb
-from assets.shapes import lathe, rounded, rounded_box
+from assets.shapes import dome, lathe, rounded, rounded_box
 
 LENGTH, WIDTH, BELT, ROOF = 1.80, 0.84, 0.80, 1.36  # half the length and width, two heights
 AXLES, WHEEL = (1.14, -1.12), 0.335
@@ -71,7 +71,10 @@ def paint_side(canvas, view):
             (x - 130, y0, x + 130, y1),
             rgb("07080a"),
         )
-    glass = lambda x, y: tuple(c + 0.26 * max(0.0, 1 - abs((x + y * 1.4) % 420 - 190) / 46) for c in GLASS)  # noqa: E731
+
+    def glass(x, y):
+        return tuple(c + 0.26 * max(0.0, 1 - abs((x + y * 1.4) % 420 - 190) / 46) for c in GLASS)
+
     front = [(0.62, 0.845), (0.33, 1.265), (-0.30, 1.285), (-0.30, 0.845)]
     rear = [(-0.40, 0.845), (-0.40, 1.285), (-1.06, 1.255), (-1.27, 0.845)]
     for window in (front, rear):
@@ -82,8 +85,7 @@ def paint_side(canvas, view):
     seam = rgb("0a2f66")
     path([(0.56, 0.80), (0.62, 0.66), (0.62, 0.40), (-0.34, 0.40), (-0.34, 0.80)], 2.6, seam, 0.9)
     path([(-LENGTH, 0.775), (LENGTH, 0.745)], 2.2, rgb("d9dde2"), 0.9)
-    canvas.rect(*(min(a, b) for a, b in zip(at(-0.16 - 0.07, 0.71), at(-0.16 + 0.07, 0.68))),
-                *(max(a, b) for a, b in zip(at(-0.16 - 0.07, 0.71), at(-0.16 + 0.07, 0.68))), rgb("d9dde2"), 3)
+    canvas.rect(*sorted_box(at(-0.23, 0.71), at(-0.09, 0.68)), rgb("d9dde2"), 3)
     x, y = at(0.14, 0.575)
     canvas.disc(x, y, 0.185 * px, STRIPE)
     canvas.ring(x, y, 0.160 * px, 0.170 * px, rgb("14181d"))
@@ -141,7 +143,8 @@ def body_texture():
     for x in (-0.20, 0.20):
         a, b = x0 + (x - 0.11 + 1) * TOP_SCALE, x0 + (x + 0.11 + 1) * TOP_SCALE
         canvas.rect(a, y0, b, y1, STRIPE)
-    seam = [spot("top", x, 0, z) for x, z in ((-0.62, 0.80), (-0.66, 1.55), (0.66, 1.55), (0.62, 0.80), (-0.62, 0.80))]
+    lid = ((-0.62, 0.80), (-0.66, 1.55), (0.66, 1.55), (0.62, 0.80), (-0.62, 0.80))
+    seam = [spot("top", x, 0, z) for x, z in lid]
     for a, b in zip(seam, seam[1:]):
         canvas.line(a, b, 2, rgb("0a2f66"), 0.8)
     return canvas
@@ -160,8 +163,9 @@ def wheel_texture():
     bright = rgb("e6e9ec")
     for k in range(8):
         a = 45 * k
-        canvas.polygon([spot_at(a - 32, 0.2), spot_at(a - 7, 0.88), spot_at(a + 7, 0.88), spot_at(a + 32, 0.2)], rgb("9aa1a9"), soft=2)
-        canvas.polygon([spot_at(a - 22, 0.2), spot_at(a - 4, 0.88), spot_at(a + 4, 0.88), spot_at(a + 22, 0.2)], bright, soft=2)
+        for foot, tip, colour in ((32, 7, rgb("9aa1a9")), (22, 4, bright)):
+            spoke = [(a - foot, 0.2), (a - tip, 0.88), (a + tip, 0.88), (a + foot, 0.2)]
+            canvas.polygon([spot_at(*p) for p in spoke], colour, soft=2)
     canvas.ring(mid, mid, 0.84 * mid, 1.1 * mid, bright)
     canvas.disc(mid, mid, 0.30 * mid, bright)
     for k in range(4):
@@ -269,33 +273,25 @@ def wheels(model):
     for z in AXLES:
         for side in (1, -1):
             out = Frame((side * 0.60, WHEEL, z), (0, 0, -side), (0, 1, 0), (side, 0, 0))
-            tyre = rounded(
-                [(0.20, -0.02), (0.30, 0.0, 0.03), (WHEEL, 0.04, 0.04), (WHEEL, 0.23, 0.04), (0.285, 0.275, 0.03), (0.225, 0.262)],
-                steps=3,
-            )
+            tread = [(WHEEL, 0.04, 0.04), (WHEEL, 0.23, 0.04)]
+            walls = [(0.20, -0.02), (0.30, 0.0, 0.03)], [(0.285, 0.275, 0.03), (0.225, 0.262)]
+            tyre = rounded(walls[0] + tread + walls[1], steps=3)
             lathe(model, "tyre", tyre, 40, out)
-            rim = rounded([(0.232, 0.255), (0.225, 0.272, 0.008), (0.21, 0.268, 0.008), (0.19, 0.235, 0.02), (0.07, 0.262, 0.02), (0.0001, 0.262)], steps=2)
+            rim = [(0.232, 0.255), (0.225, 0.272, 0.008), (0.21, 0.268, 0.008)]
+            rim = rounded(rim + [(0.19, 0.235, 0.02), (0.07, 0.262, 0.02), (0.0001, 0.262)], steps=2)
             lathe(model, "wheel", rim, 40, out, uv=lambda i, s, r, x, y, h: (0.5 + x / 0.47, 0.5 + y / 0.47))
             lathe(model, "chrome", rounded([(0.045, 0.26), (0.045, 0.275, 0.012), (0.0001, 0.278)]), 20, out)
-            arch = rounded([(0.385, -0.03), (0.435, -0.03, 0.0), (0.432, 0.018, 0.016), (0.392, 0.026, 0.012), (0.385, -0.03)], steps=2)
+            arch = [(0.385, -0.03), (0.435, -0.03), (0.432, 0.018, 0.016), (0.392, 0.026, 0.012)]
+            arch = rounded(arch + [(0.385, -0.03)], steps=2)
             over = Frame((side * (WIDTH - 0.012), WHEEL, z), (0, 0, -side), (0, 1, 0), (side, 0, 0))
             lathe(model, "trim", arch, 40, over, -2.0, 184.0)
-
-
-def dome(radius, rise, steps=6):
-    ball = (radius * radius + rise * rise) / (2 * rise)
-    out = []
-    for k in range(steps + 1):
-        r = radius * (1 - k / steps) + 0.0001
-        out.append((r, math.sqrt(ball * ball - r * r) - (ball - rise), r / ball, math.sqrt(1 - (r / ball) ** 2)))
-    return out
 
 
 def lamp(model, x, y, z, forward, radius, material):
     frame = Frame((x, y, z), (forward, 0, 0), (0, 1, 0), (0, 0, forward))
     bowl = [(radius + 0.022, -0.12), (radius + 0.022, 0.012, 0.014), (radius, 0.018, 0.008), (radius - 0.012, -0.01)]
     lathe(model, "chrome", rounded(bowl, steps=3), 28, frame)
-    lathe(model, material, dome(radius - 0.006, 0.045), 28, frame)
+    lathe(model, material, dome(radius - 0.006, 0.045, 6), 28, frame)
 
 
 def fittings(model):

@@ -6,10 +6,10 @@ It faces +z; the dial is 2 units wide less the bezel. Depths along z: the dial l
 import math
 import os
 
-from assets.mesh import Frame, Model, unit
+from assets.mesh import Frame, Model, cross, sub, unit
 from assets.metal import chrome_strip
 from assets.paint import Canvas, noise, rgb
-from assets.shapes import arc, lathe, rounded, rounded_box
+from assets.shapes import arc, dome, lathe, rounded, rounded_box
 
 FULL_SCALE = 240
 VALUE = 92  # what the needle shows
@@ -122,10 +122,7 @@ def needle(model):
     ridge = [(-0.09, 0, high - 0.006), (0.0, 0, high), (0.692, 0, low + 0.014)]
 
     def quad(points, material="needle"):
-        n = [0.0, 0.0, 0.0]
-        a, b, c3 = points[0], points[1], points[2]
-        u, v = [b[i] - a[i] for i in range(3)], [c3[i] - a[i] for i in range(3)]
-        n = unit((u[1] * v[2] - u[2] * v[1], u[2] * v[0] - u[0] * v[2], u[0] * v[1] - u[1] * v[0]))
+        n = unit(cross(sub(points[1], points[0]), sub(points[2], points[0])))
         model.face(material, [frame.place(p) for p in points], [frame.turn(n)] * len(points))
 
     def deck(p, z=low):
@@ -168,7 +165,8 @@ def build(folder):
 
     m.object("bezel")
     bezel = rounded(
-        [(0.91, -0.14), (0.97, -0.10, 0.03), (1.0, 0.02, 0.06), (0.985, 0.115, 0.05), (0.905, 0.12, 0.05), (0.875, 0.05)],
+        [(0.91, -0.14), (0.97, -0.10, 0.03), (1.0, 0.02, 0.06)]
+        + [(0.985, 0.115, 0.05), (0.905, 0.12, 0.05), (0.875, 0.05)],
         steps=6,
     )
     lathe(m, "bezel", bezel, 120, uv=lambda i, s, r, x, y, h: (i, s))
@@ -180,20 +178,14 @@ def build(folder):
     m.object("needle")
     needle(m)
     lathe(m, "trim", rounded([(0.15, 0.0), (0.15, 0.065, 0.02), (0.128, 0.078, 0.01), (0.115, 0.075)]), 64)
-    cap = [(0.122, 0.07, 1, 0)] + [
-        (x, 0.075 + y, x / 0.122 * math.cos(math.radians(35)), math.sqrt(1 - (x / 0.122 * math.cos(math.radians(35))) ** 2))
-        for x, y in arc(0, 0, 0.122, 0, 89.9, 10, 0.05)
-    ]
+    cap, lean = [(0.122, 0.07, 1, 0)], math.cos(math.radians(35))
+    for x, y in arc(0, 0, 0.122, 0, 89.9, 10, 0.05):
+        cap.append((x, 0.075 + y, x / 0.122 * lean, math.sqrt(1 - (x / 0.122 * lean) ** 2)))
     lathe(m, "hub", cap, 64)
 
     m.object("glass")
-    rise, rim = 0.10, 0.885
-    ball = (rim * rim + rise * rise) / (2 * rise)
-    dome = []
-    for k in range(13):
-        r = rim * (1 - k / 12) + 0.0001 * (k / 12)
-        dome.append((r, 0.085 + math.sqrt(ball * ball - r * r) - (ball - rise), r / ball, math.sqrt(1 - (r / ball) ** 2)))
-    lathe(m, "glass", dome, 96, uv=face_uv(rim))
+    rim = 0.885
+    lathe(m, "glass", dome(rim, 0.10, 12, 0.085), 96, uv=face_uv(rim))
 
     radius = m.recentre()
     m.save(folder)

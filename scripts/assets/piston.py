@@ -103,7 +103,8 @@ def piston(model):
         side = Frame((0, 0, 0), (end, 0, 0), (0, 1, 0), (0, 0, end))
         boss = [(0.42, 0.62), (0.40, 0.80, 0.03), (0.285, 0.80, 0.015), (0.265, 0.78), (0.265, 0.70)]
         lathe(model, "aluminium", rounded(boss), 48, side)
-        lathe(model, "pin", rounded([(0.264, 0.755), (0.25, 0.765, 0.01), (0.15, 0.765, 0.02), (0.135, 0.75), (0.135, 0.702)]), 40, side)
+        pin = [(0.264, 0.755), (0.25, 0.765, 0.01), (0.15, 0.765, 0.02), (0.135, 0.75), (0.135, 0.702)]
+        lathe(model, "pin", rounded(pin), 40, side)
         lathe(model, "dark", [(0.14, 0.704, 0, 1), (0.0001, 0.704, 0, 1)], 24, side)
 
 
@@ -167,8 +168,8 @@ def rod(model):
     big = Frame((0, CRANK, 0))
     for outline in (half, lower):
         extrude(model, "machined", soft(outline), -0.27, 0.27, big, bevel=0.035, side_material="forged")
-    shell = [(inner, -0.25), (inner, -0.275), (0.545, -0.275, 0.015), (0.545, 0.275, 0.015), (inner, 0.275), (inner, 0.25)]
-    lathe(model, "bronze", rounded(shell[::-1]), 72, big)
+    shell = [(inner, 0.25), (inner, 0.275), (0.545, 0.275, 0.015), (0.545, -0.275, 0.015)]
+    lathe(model, "bronze", rounded(shell + [(inner, -0.275), (inner, -0.25)]), 72, big)
 
 
 def bolts(model):

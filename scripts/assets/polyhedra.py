@@ -17,19 +17,21 @@ PHI = (1 + math.sqrt(5)) / 2
 def ball():
     """The solid with 30 squares, 20 hexagons and 12 decagons; radius 1."""
     p = PHI
-    seeds = [(1 / p, 1 / p, 3 + p), (2 / p, p, 1 + 2 * p), (1 / p, p * p, 3 * p - 1), (2 * p - 1, 2, 2 + p), (p, 3, 2 * p)]
+    seeds = [(1 / p, 1 / p, 3 + p), (2 / p, p, 1 + 2 * p), (1 / p, p * p, 3 * p - 1)]
+    seeds += [(2 * p - 1, 2, 2 + p), (p, 3, 2 * p)]
     points = []
     for s in seeds:
         for k in range(3):
             for signs in range(8):
                 q = [s[(i + k) % 3] * (-1 if signs >> i & 1 else 1) for i in range(3)]
                 points.append(unit(q))
-    # The decagons look at the corners of an icosahedron, the squares at its edges, the hexagons at its faces.
+    # Decagons lie over the corners of an icosahedron, squares over its edges, hexagons over its faces.
     corners = [(0, a * p, b) for a in (-1, 1) for b in (-1, 1)]
     corners = [unit(c[k:] + c[:k]) for c in corners for k in range(3)]
     pairs = [(a, b) for a in corners for b in corners if a < b and dot(a, b) > 0.4]
     axes = corners + [unit(add(a, b)) for a, b in pairs]
-    axes += [unit(add(add(a, b), c)) for a, b in pairs for c in corners if b < c and dot(a, c) > 0.4 and dot(b, c) > 0.4]
+    for a, b in pairs:
+        axes += [unit(add(add(a, b), c)) for c in corners if b < c and dot(a, c) > 0.4 and dot(b, c) > 0.4]
     faces = []
     for axis in axes:
         best = max(dot(q, axis) for q in points)

@@ -2,7 +2,7 @@
 
 import math
 
-from assets.mesh import Frame, add, cross, dot, lerp, scale, sub, unit
+from assets.mesh import Frame, add, cross, dot, scale, sub, unit
 
 
 def arc(cx, cy, r, from_deg, to_deg, steps, ry=None):
@@ -105,6 +105,16 @@ def lathe(model, material, outline, segments=64, frame=Frame(), start=0.0, sweep
     for k, (r0, r1) in enumerate(zip(rows, rows[1:])):
         if lengths[k + 1] - lengths[k] > 1e-7:
             model.grid(material, [r0, r1])
+
+
+def dome(radius, rise, steps, foot=0.0):
+    """The outline of a spherical cap whose rim lies at the height `foot`, from the rim to the top."""
+    ball, out = (radius * radius + rise * rise) / (2 * rise), []
+    for k in range(steps + 1):
+        r = max(radius * (1 - k / steps), 0.0001)
+        h = foot + math.sqrt(ball * ball - r * r) - (ball - rise)
+        out.append((r, h, r / ball, math.sqrt(1 - (r / ball) ** 2)))
+    return out
 
 
 def fan(points):
@@ -246,7 +256,3 @@ def along(origin, z, x_hint=(1, 0, 0)):
         x = sub((0, 0, 1), scale(z, z[2]))
     x = unit(x)
     return Frame(origin, x, cross(z, x), z)
-
-
-def mix(a, b, t):
-    return lerp(a, b, max(0.0, min(1.0, t)))
