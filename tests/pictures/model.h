@@ -45,7 +45,8 @@ struct model {
 
 // The builders add faces with the material added last (none yet: -1), wound counter-clockwise seen from
 // outside. `normals`: the file carries the exact normals; without, the plug-in computes its own.
-void add_material(model& m, const material& added);
+void add_material(model& m, vec3 ambient, vec3 diffuse, vec3 specular, double exponent, double alpha = 1,
+                  const std::string& map = "");
 void add_sphere(model& m, vec3 centre, double radius, int slices, int stacks, bool normals);
 // With texture coordinates, the whole picture on every side, when its material has a map.
 void add_box(model& m, vec3 centre, vec3 half, bool normals);

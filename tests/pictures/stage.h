@@ -41,6 +41,7 @@ class stage : public ::testing::Test {
     // in the environment every comparison does.
     void compare(const image& expected, const image& actual, const std::string& label, limits allowed = {});
 
+    const char* options_ = nullptr; // for the plug-in; a derived fixture may set them when it is made
     gl_context* gl_ = nullptr;
     kora_app* app_ = nullptr;
     std::string folder_;                  // scratch folder of this test, with the failure pictures
