@@ -6,6 +6,7 @@
 #include "loaders/hashtable.h"
 #include "loaders/line_reader.h"
 #include "loaders/material_library.h"
+#include "loaders/path.h"
 #include "loaders/scan_float.h"
 #include "scene/material.h"
 #include "scene/trimesh.h"
@@ -319,12 +320,6 @@ bool create_scene(scene* s, trimesh* mesh) {
     }
     scene_free(s);
     return false;
-}
-
-// Up to the last "/", which a model in the root directory has nothing before.
-char* directory_of(const char* filename) {
-    const char* const slash = strrchr(filename, '/');
-    return slash ? strndup(filename, static_cast<size_t>(slash - filename)) : heap_text("./");
 }
 
 bool load(scene* s, const char* filename, render_context* context) {

@@ -2,6 +2,7 @@
 
 #include "base/heap.h"
 #include "loaders/line_reader.h"
+#include "loaders/path.h"
 #include "loaders/scan_float.h"
 #include "scene/material.h"
 
@@ -53,17 +54,6 @@ bool set_diffuse_map(material* m, const char* directory, const char* name) {
 }
 
 } // namespace
-
-char* join_path(const char* directory, const char* name) {
-    const size_t length = strlen(directory);
-    const size_t name_size = strlen(name) + 1;
-    char* path = heap_array<char>(length + 1 + name_size);
-    if (!path) return nullptr;
-    memcpy(path, directory, length);
-    path[length] = '/';
-    memcpy(path + length + 1, name, name_size);
-    return path;
-}
 
 void read_material_library(int fd, const char* directory, hashtable* materials) {
     line_reader reader;

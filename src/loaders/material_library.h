@@ -14,7 +14,4 @@ inline const char* keyword_rest(const char* line) {
     return line[6] ? line + 7 : line + 6;
 }
 
-// "directory/name" for the caller to free(), or null.
-char* join_path(const char* directory, const char* name);
-
 #endif

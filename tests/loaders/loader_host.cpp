@@ -6,7 +6,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <unistd.h>
 
 namespace {
@@ -21,7 +20,7 @@ char* resolve(resource_manager*, const char* name) {
 } // namespace
 
 temp_folder::temp_folder() {
-    std::string pattern = testing::TempDir() + "/loaders-XXXXXX";
+    std::string pattern = std::filesystem::temp_directory_path() / "loaders-XXXXXX";
     path = mkdtemp(pattern.data());
 }
 
