@@ -93,7 +93,7 @@ json describe(const light& l) {
     };
 }
 
-json describe(const model& m, host_app& host) {
+json describe(const model& m, const host_app& host, missing_list& missing) {
     json result{
         {"file",     m.file()              },
         {"format",   m.format()            },
@@ -119,7 +119,7 @@ json describe(const model& m, host_app& host) {
     for (int32_t i = 0; i < m.tree().nlights; ++i)
         result["lights"].push_back(describe(*m.tree().lights[i]));
 
-    host.set_file_kind("texture");
+    missing.set_file_kind("texture");
     control_record control{};
     control.app = kora_app_record(host.get());
     render_context context{nullptr, &control};
@@ -130,7 +130,7 @@ json describe(const model& m, host_app& host) {
             {"found", located != nullptr}
         });
     }
-    result["missing"] = json_missing(host.missing());
+    result["missing"] = json_missing(missing.entries());
     return result;
 }
 
@@ -199,9 +199,10 @@ void print_text(const json& facts) {
 } // namespace
 
 void run_info(const std::string& file, bool as_json) {
-    host_app host;
+    missing_list missing;
+    const host_app host = make_host(missing);
     const model loaded(host, file);
-    const json facts = describe(loaded, host);
+    const json facts = describe(loaded, host, missing);
     if (as_json) {
         print_json(facts);
     } else {

@@ -12,8 +12,9 @@ struct picture {
     std::vector<uint8_t> pixels; // RGBA, straight alpha
 };
 
-// Throws a failure when a picture could not be written to `file` ("-": standard output).
-void check_output(const std::string& file);
+// Throws a failure when a picture could not be written to `file` ("-": standard output), or when it would
+// replace `source`.
+void check_output(const std::string& file, const std::string& source);
 
 // Writes beside the file and renames. What is no regular file, such as a device, is written to directly.
 void write_png(const picture& image, const std::string& file);

@@ -73,7 +73,7 @@ std::string plugin_path() {
     return std::filesystem::exists(built, ignored) ? built : prefix / MODEL3D_LIBDIR / "libmodel3d.so";
 }
 
-void load_plugin(host_app& host, const render_options& options) {
+void load_plugin(const host_app& host, const render_options& options) {
     const std::string path = plugin_path();
     const char* text = options.plugin_option.empty() ? nullptr : options.plugin_option.c_str();
     if (!kora_app_load_plugin(host.get(), path.c_str(), text)) {
@@ -86,7 +86,7 @@ struct destroy_control {
 };
 using control_handle = std::unique_ptr<kora_control, destroy_control>;
 
-control_handle make_control(host_app& host, const render_options& options, float radius) {
+control_handle make_control(const host_app& host, const render_options& options, float radius) {
     control_handle control(
         kora_control_create(host.get(), nullptr, "model3d", 0, 0, options.width, options.height));
     if (!control) throw failure(exit_failed, std::string("cannot draw: ") + kora_app_error(host.get()));
@@ -122,7 +122,7 @@ int allowed_samples(const gl_context& context, int wanted) {
     return context.max_samples;
 }
 
-void set_target(host_app& host, const render_options& options) {
+void set_target(const host_app& host, const render_options& options) {
     kora_target target{};
     target.scale_x = target.scale_y = 1;
     target.is_surface = options.surface;
@@ -168,7 +168,7 @@ picture draw(const gl_context& context, const framebuffer& target, kora_control*
 }
 
 json describe(const render_options& options, const gl_context& context, const framebuffer& target,
-              const model_counts& counts, float radius, const host_app& host) {
+              const model_counts& counts, float radius, const missing_list& missing) {
     json times = json::object();
     for (const phase_times& phase : timings) {
         const auto us = [](int64_t ns) { return static_cast<double>(ns) / 1000; };
@@ -180,23 +180,23 @@ json describe(const render_options& options, const gl_context& context, const fr
         };
     }
     return {
-        {"file",        options.file                },
-        {"output",      options.output              },
-        {"width",       target.width()              },
-        {"height",      target.height()             },
-        {"samples",     target.samples()            },
-        {"frames",      options.frames              },
-        {"gl_renderer", context.text(GL_RENDERER)   },
-        {"gl_version",  context.text(GL_VERSION)    },
+        {"file",        options.file                   },
+        {"output",      options.output                 },
+        {"width",       target.width()                 },
+        {"height",      target.height()                },
+        {"samples",     target.samples()               },
+        {"frames",      options.frames                 },
+        {"gl_renderer", context.text(GL_RENDERER)      },
+        {"gl_version",  context.text(GL_VERSION)       },
         {"model",
          {{"vertices", counts.vertices},
           {"faces", counts.faces},
           {"segments", counts.segments},
           {"materials", counts.materials},
           {"textures", counts.textures},
-          {"radius", json_float(radius)}}           },
-        {"missing",     json_missing(host.missing())},
-        {"timings",     times                       }
+          {"radius", json_float(radius)}}              },
+        {"missing",     json_missing(missing.entries())},
+        {"timings",     times                          }
     };
 }
 
@@ -206,10 +206,11 @@ void run_render(const render_options& options) {
     for (const auto& [name, value] : options.attributes)
         check_attribute(name, value);
 
-    host_app host;
+    missing_list missing;
     model_counts counts;
     float radius = 0;
     {
+        const host_app host = make_host(missing);
         const model loaded(host, options.file);
         counts = loaded.counts();
         radius = loaded.radius();
@@ -220,6 +221,7 @@ void run_render(const render_options& options) {
     const gl_context context;
     check_size(context, options);
     const log_watch log(options.verbosity);
+    const host_app host = make_host(missing); // goes while the context is still there
     load_plugin(host, options);
     set_target(host, options);
     if (options.json) kora_app_set_timing_hook(host.get(), on_timing);
@@ -232,7 +234,7 @@ void run_render(const render_options& options) {
                              upright ? options.height : options.width,
                              allowed_samples(context, options.samples));
     const picture image = draw(context, target, control.get(), log, options);
-    host.report_missing();
+    missing.report();
     write_png(image, options.output);
-    if (options.json) print_json(describe(options, context, target, counts, radius, host));
+    if (options.json) print_json(describe(options, context, target, counts, radius, missing));
 }

@@ -36,30 +36,31 @@ struct missing_entry {
     bool operator==(const missing_entry&) const = default;
 };
 
-// A host application that collects what is missing: each path once, however often it is asked for.
-class host_app {
+// What was missing: each path once, however often it is asked for.
+class missing_list {
   public:
-    host_app();
-    kora_app* get() const { return app_.get(); }
-
     // What the host calls plain files from now on: "library" at first.
     void set_file_kind(const char* kind) { file_kind_ = kind; }
 
-    const std::vector<missing_entry>& missing() const { return missing_; }
+    const std::vector<missing_entry>& entries() const { return entries_; }
 
     // One line each on standard error.
-    void report_missing() const;
+    void report() const;
+
+    // A kora_missing_callback with a list as its user data.
+    static void add(const char* kind, const char* name, const char* path, const char* reason, void* list);
 
   private:
-    static void on_missing(const char* kind, const char* name, const char* path, const char* reason,
-                           void* user);
-
-    struct destroy {
-        void operator()(kora_app* app) const { kora_app_destroy(app); }
-    };
-    std::vector<missing_entry> missing_;
+    std::vector<missing_entry> entries_;
     std::string file_kind_ = "library";
-    std::unique_ptr<kora_app, destroy> app_;
 };
+
+struct destroy_app {
+    void operator()(kora_app* app) const { kora_app_destroy(app); }
+};
+using host_app = std::unique_ptr<kora_app, destroy_app>;
+
+// A host application that notes what is missing. The list must outlive it.
+host_app make_host(missing_list& missing);
 
 #endif
