@@ -54,8 +54,12 @@ void encode(const picture& image, FILE* out, const std::string& name) {
 
 } // namespace
 
-void check_output(const std::string& file) {
+void check_output(const std::string& file, const std::string& source) {
     if (file == "-") return;
+    std::error_code ignored;
+    if (std::filesystem::equivalent(file, source, ignored)) {
+        throw failure(exit_usage, file + ": the picture would replace the model");
+    }
     struct stat status {};
     if (stat(file.c_str(), &status) == 0) {
         if (S_ISDIR(status.st_mode)) cannot_write(file, "is a directory");

@@ -216,7 +216,7 @@ void run_render(const render_options& options) {
         radius = loaded.radius();
     }
     if (counts.faces == 0) notice(options.file + ": no triangles: the picture shows the background only");
-    check_output(options.output);
+    check_output(options.output, options.file);
 
     const gl_context context;
     check_size(context, options);

@@ -125,6 +125,7 @@ class ToolTest(unittest.TestCase):
             (1, ["scene.qel", *out], ["scene.qel"]),
             (1, ["quad.obj", "-o", "none/out.png"], ["none/out.png", "No such file"]),
             (1, ["quad.obj", "-o", "folder.obj"], ["folder.obj", "directory"]),
+            (2, ["quad.obj", "-o", f"../{self.folder.name}/quad.obj"], ["replace"]),
             (2, ["quad.obj"], ["--output"]),
             (2, out, ["FILE"]),
             (2, ["quad.obj", *out, "--set", "colour=1"], ["colour", "model3d attributes"]),
