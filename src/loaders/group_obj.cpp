@@ -8,6 +8,7 @@
 #include "loaders/material_library.h"
 #include "loaders/path.h"
 #include "loaders/scan_float.h"
+#include "scene/export.h"
 #include "scene/material.h"
 #include "scene/trimesh.h"
 
@@ -311,7 +312,7 @@ trimesh* create_mesh(const char* filename) {
 bool create_scene(scene* s, trimesh* mesh) {
     const bool created = scene_create(s);
     if (created && group_push(&s->root, mesh, trimesh_load, trimesh_config, trimesh_prerender, trimesh_render,
-                              nullptr, trimesh_free)) {
+                              trimesh_export, trimesh_free)) {
         return true;
     }
     if (!created || s->root.nnodes == 0) {

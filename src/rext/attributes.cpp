@@ -1,6 +1,7 @@
 // The attributes of a control: their table, and what setting one does.
 
 #include "base/heap.h"
+#include "math/angle.h"
 #include "rext/model3d_rext.h"
 #include "rext/placement.h"
 #include "rext/state.h"
@@ -203,8 +204,8 @@ void renderext_model3d_parse(int32_t id, const void* value, renderext_instance* 
     }
     if (const float_attr* row = find(float_attrs, id)) {
         const float number = *static_cast<const float*>(value);
-        store(row->field(state), row->in == unit::degrees ? radians(number) : number, row->changed, state,
-              rext);
+        store(row->field(state), row->in == unit::degrees ? radians_from_degrees(number) : number,
+              row->changed, state, rext);
         if (id == attr_camera_field_of_view) clamp_field_of_view(state);
     } else if (const keyword_attr* words = find(keyword_attrs, id)) {
         set_keyword(*words, static_cast<const char*>(value), state, rext);

@@ -1,6 +1,7 @@
 // One frame of one control.
 
 #include "loaders/group_obj.h"
+#include "loaders/group_qel.h"
 #include "model3d/math.h"
 #include "rext/bindings.h"
 #include "rext/model3d_rext.h"
@@ -106,7 +107,7 @@ int load_scene(app_record* app, render_context* context) {
     char extension[5];
     extension_of(state->filename, extension);
     if (strcmp(extension, ".obj") == 0) return group_loadobj(&state->scene, state->filename, context);
-    if (strcmp(extension, ".qel") == 0) return 0; // scene files are not supported yet
+    if (strcmp(extension, ".qel") == 0) return group_loadqel(&state->scene, state->filename, context);
     if (extension[0]) kora_app_log(app, 0, "model3d: unsupported format: %s", extension);
     if (scene_create(&state->scene)) return 1;
     scene_free(&state->scene);

@@ -1,5 +1,6 @@
 // Groups and the host's data: the map of groups by name, their bound values, their configuration.
 
+#include "math/angle.h"
 #include "model3d/math.h"
 #include "rext/bindings.h"
 #include "rext/model3d_rext.h"
@@ -62,7 +63,7 @@ int update_float_key_radian_value(control_record* control, data_manager* data, c
     model3d_diag_log(control->app, 8, "retrieving data for key: %s using data manager key: %s", name, key);
     const float* const value = find_value(control, data, key);
     if (!value) return 0;
-    const float angle = radians(*value);
+    const float angle = radians_from_degrees(*value);
     if (angle == *target) return 0;
     model3d_diag_log(control->app, 6, "found updated angle data for key: %s, value: %.4f radians", name,
                      double{angle});

@@ -3,6 +3,7 @@
 #include "rext/model3d_rext.h"
 
 #include "base/heap.h"
+#include "math/angle.h"
 #include "model3d/model3d.h"
 #include "rext/bindings.h"
 #include "rext/state.h"
@@ -54,7 +55,7 @@ void rext_model3d_fini(void) {}
 
 void set_defaults(model3d_state* state) {
     if (state->flags & MODEL3D_FLAG_DEFAULTS_SET) return;
-    state->light_elevation = radians(90.0f);
+    state->light_elevation = radians_from_degrees(90.0f);
     state->light_intensity = 1.0f;
     state->lightness = 0.75f;
     state->ignore_bind_transforms = 1;

@@ -60,11 +60,6 @@ inline model3d_state* state_of(const renderext_instance* rext) {
     return static_cast<model3d_state*>(rext->state);
 }
 
-// Degrees as attributes and data bindings give them. The constant is part of the interface.
-inline float radians(float degrees) {
-    return (degrees / 180.0f) * 3.14159f;
-}
-
 // Applies the first-use defaults, once.
 void set_defaults(model3d_state* state);
 
