@@ -37,6 +37,7 @@ TEST_F(placement, follows_every_attribute_of_camera_and_model) {
         {"near-alone", "model_position_z=1.5", "camera_clip_near=1.3"},
         // The automatic planes follow the distance along z, not along the view.
         {"automatic-far", "camera_position_z=2", "camera_position_y=3 elevation=56"},
+        {"automatic-moved", "camera_field_of_view=30", "model_position_z=-3"},
         // The camera is inside the model: vertices behind it must not turn up in front.
         {"inside", "camera_position_x=0.1 camera_field_of_view=100", "camera_position_z=0.4"},
     };

@@ -12,7 +12,7 @@ void stage::SetUp() {
     gl_ = gl_context::get();
     ASSERT_TRUE(gl_) << "no OpenGL ES 2.0 context";
     const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    folder_ = std::string(PICTURES_OUTPUT) + "/" + test->name();
+    folder_ = std::string(PICTURES_OUTPUT) + "/" + test->test_suite_name() + "." + test->name();
     std::filesystem::remove_all(folder_);
     std::filesystem::create_directories(folder_);
 
