@@ -63,10 +63,8 @@ bool use_material(obj_loader* loader, const char* name) {
     if (!copy) return false;
     named->used = 1;
     material_copy(copy, named);
-    const int32_t segments = loader->mesh->nmaterials;
-    if (trimesh_pushmaterial(loader->mesh, copy)) return true;
-    if (loader->mesh->nmaterials == segments) material_free(copy);
-    return false;
+    // There is a free slot: even when the list then fails to grow, the copy belongs to the mesh.
+    return trimesh_pushmaterial(loader->mesh, copy);
 }
 
 // A stray position a thousand million times farther out than all before is no part of the model.

@@ -61,6 +61,7 @@ const char* const odd_numbers[] = {
     ".e5",
     "5.e1",
     "0x1p-150",
+    "0x1.8p-150",
     "0x1p-149",
     "0x1.8p-149",
     "0x1p+",
@@ -94,7 +95,7 @@ std::string number(random_source& random) {
     char text[400];
     const double scale = std::pow(10.0, static_cast<double>(below(random, 12)) - 6);
     const double value = (static_cast<double>(random()) / 2147483648.0 - 1) * scale;
-    switch (below(random, 8)) {
+    switch (below(random, 9)) {
     case 0:
         return pick(random, odd_numbers);
     case 1: {
@@ -108,15 +109,23 @@ std::string number(random_source& random) {
         snprintf(text, sizeof(text), formats[below(random, 7)], halfway);
         return text;
     }
-    case 2:
+    case 2: {
+        // The same with few digits.
+        const int exponent = 17 + static_cast<int>(below(random, 6));
+        const uint32_t units = (1u << 24) | (static_cast<uint32_t>(random()) & 0xffffffu) | 1u;
+        const double halfway = std::ldexp(units, exponent - 24);
+        snprintf(text, sizeof(text), "%.7f", halfway + (static_cast<double>(below(random, 3)) - 1) * 1e-7);
+        return text;
+    }
+    case 3:
         snprintf(text, sizeof(text), "%.*f", static_cast<int>(below(random, 20)), value);
         return text;
-    case 3:
+    case 4:
         snprintf(text, sizeof(text), below(random, 2) ? "%g" : "%.9E", value);
         return text;
-    case 4:
+    case 5:
         return std::to_string(static_cast<int>(below(random, 40)) - 8);
-    case 5: {
+    case 6: {
         std::string any;
         for (size_t i = below(random, 12) + 1; i > 0; i--) {
             any += "0123456789.+-eExXpPnaif"[below(random, 23)];
@@ -249,7 +258,8 @@ TEST(Loader, ReadsRandomFilesAsTheDialectSays) {
     };
     const temp_folder folder;
     folder.write("lib.mtl", library);
-    folder.write("sub lib.mtl", std::string("newmtl no name\nmap_Kd x.png\n").append(1022, 'x').append("\nNs 3\n"));
+    folder.write("sub lib.mtl",
+                 std::string("newmtl no name\nmap_Kd x.png\n").append(1022, 'x').append("\nNs 3\n"));
     random_source random(2);
     for (const file_kind& kind : kinds) {
         for (int i = 0; i < kind.files; i++) {

@@ -97,9 +97,9 @@ std::string large_model(const temp_folder& folder) {
     text += "mtllib lib.mtl\nmtllib missing.mtl\n";
     for (int i = 0; i < 300; i++) {
         if (i % 50 == 0) text += "usemtl " + std::to_string(i / 50) + "\n";
-        text += "f 1/1/1";
+        text += "f -1/-1/1";
         for (int k = 0; k < 30; k++) {
-            text += " 2/3/4";
+            text += " 2/3/-1";
         }
         text += "\n";
     }
@@ -109,6 +109,7 @@ std::string large_model(const temp_folder& folder) {
 TEST(Failures, OfAnyAllocationLoseNothing) {
     const temp_folder folder;
     const std::string file = large_model(folder);
+    const loaded_model whole(file);
     int complete = 0, failed = 0;
     for (const long failures : {1L, 2L, LONG_MAX}) {
         for (long count = 0;; count++) {
@@ -124,8 +125,12 @@ TEST(Failures, OfAnyAllocationLoseNothing) {
                 if (model->result) {
                     complete++;
                     ASSERT_EQ(model->root.root.nnodes, 1);
-                    EXPECT_EQ(model->mesh().nfaces, 300 * 29);
-                    EXPECT_EQ(model->mesh().nvertices, 300 * 59);
+                    ASSERT_EQ(model->mesh().nfaces, 300 * 29);
+                    ASSERT_EQ(model->mesh().nvertices, 300 * 59);
+                    EXPECT_EQ(memcmp(model->mesh().vertices, whole.mesh().vertices, 300 * 59 * 12), 0)
+                        << count;
+                    EXPECT_EQ(memcmp(model->mesh().normals, whole.mesh().normals, 300 * 59 * 12), 0) << count;
+                    EXPECT_EQ(memcmp(model->mesh().texcoords[0], whole.mesh().texcoords[0], 300 * 59 * 8), 0);
                 } else {
                     failed++;
                     const scene zero = {};
