@@ -78,6 +78,14 @@ TEST(iff_files, differ_when_any_byte_of_them_does) {
         }
     });
     EXPECT_GT(compared, 1000);
+
+    // One that starts like the other, in either order, and a tree with stale sizes.
+    const tree_ptr small = read(chunk("DATA", "123")), large = read(chunk("DATA", "1234"));
+    EXPECT_EQ(IFF_compare(small.get(), large.get(), nullptr, 0), 0);
+    EXPECT_EQ(IFF_compare(large.get(), small.get(), nullptr, 0), 0);
+    const tree_ptr full = read(form("GOOD", chunk("DATA", ""))), empty = read(form("GOOD"));
+    empty->chunkSize = full->chunkSize;
+    EXPECT_EQ(IFF_compare(empty.get(), full.get(), nullptr, 0), 0);
 }
 
 TEST(iff_files, report_what_is_wrong_when_read_and_when_checked) {
@@ -109,6 +117,7 @@ TEST(iff_files, report_what_is_wrong_when_read_and_when_checked) {
         {form("FOR0", form("CATS") + chunk("abc1", "")), ""},
         {form(" ABC"), "Spaces may not precede an ID!\n"},
         {group("CAT ", "AB\tC", ""), "Illegal character: '\t' in ID!\n"},
+        {form("GO\x7f "), "Illegal character: '\x7f' in ID!\n"},
         {form("GOOD", chunk("\xe9TE ", "1234")), "Illegal character: '\xe9' in ID!\n"},
         {form("GOOD", prop), refused + "PROP' not allowed in FORM chunk!\n"},
         {group("LIST", "GOOD", full_prop), refused + "FORM' not allowed in PROP chunk!\n"},
@@ -228,7 +237,8 @@ TEST(iff_files, that_cannot_be_opened_or_finished_are_reported_by_name) {
 }
 
 TEST(iff_files, print_as_an_indented_tree) {
-    const std::string data = chunk("DATA", "\0\1\2\3\4\5\6\7\x08\x09\xfe\xff"s) + chunk("NONE", "") + chunk("TEXT", "");
+    const std::string data =
+        chunk("DATA", "\0\1\2\3\4\5\6\7\x08\x09\xfe\xff"s) + chunk("NONE", "") + chunk("TEXT", "");
     const std::string prop = group("PROP", "GOOD", chunk("TEXT", "50% off"));
     const std::string file = group("LIST", "JJJJ", prop + group("CAT ", "GOOD", "") + data);
     const tree_ptr tree = read(file);

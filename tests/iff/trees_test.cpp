@@ -125,6 +125,10 @@ TEST(iff_extensions, handle_their_chunks_in_forms_and_props_of_their_type_only) 
     EXPECT_EQ(IFF_compare(tree.get(), same.get(), forms, 3), 0);
     EXPECT_EQ(reports_of([&] { EXPECT_EQ(IFF_check(tree.get(), forms, 3), 0); }), "Negative number!\n");
 
+    // The type of a CAT is no form type.
+    const std::string loose = group("CAT ", "CALC", chunk("NUMB", "raw"));
+    EXPECT_EQ(write(read(loose, table).get(), table), loose);
+
     // A handler that fails: what its group had is freed through the handlers too.
     const std::string cut = chunk("FORM", 4 + 108 + 108, "CALC" + number + "NUMB" + big_endian(4) + "12");
     EXPECT_EQ(reports_of([&] { EXPECT_FALSE(read(cut, table)); }),
