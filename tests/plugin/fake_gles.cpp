@@ -1,116 +1,26 @@
-#include "plugin/fake_gles.h"
+// State, shaders, programs and uniforms.
+#include "plugin/fake_gles_calls.h"
 #include "plugin/fake_kora.h"
 
 #include <algorithm>
 #include <cstring>
 #include <utility>
 
-#define DRIVER extern "C"
-#define CALL(...) record(channel::gl, __VA_ARGS__)
-
 namespace {
-
-const char* name_of(GLenum value) {
-    static const std::map<GLenum, const char*> names{
-        {GL_VERTEX_SHADER,             "VERTEX_SHADER"            },
-        {GL_FRAGMENT_SHADER,           "FRAGMENT_SHADER"          },
-        {GL_COMPILE_STATUS,            "COMPILE_STATUS"           },
-        {GL_INFO_LOG_LENGTH,           "INFO_LOG_LENGTH"          },
-        {GL_LINK_STATUS,               "LINK_STATUS"              },
-        {GL_VALIDATE_STATUS,           "VALIDATE_STATUS"          },
-        {GL_ACTIVE_UNIFORMS,           "ACTIVE_UNIFORMS"          },
-        {GL_ACTIVE_UNIFORM_MAX_LENGTH, "ACTIVE_UNIFORM_MAX_LENGTH"},
-        {GL_VERSION,                   "VERSION"                  },
-        {GL_EXTENSIONS,                "EXTENSIONS"               },
-        {GL_ARRAY_BUFFER,              "ARRAY_BUFFER"             },
-        {GL_ELEMENT_ARRAY_BUFFER,      "ELEMENT_ARRAY_BUFFER"     },
-        {GL_STATIC_DRAW,               "STATIC_DRAW"              },
-        {GL_TEXTURE_2D,                "TEXTURE_2D"               },
-        {GL_TEXTURE0,                  "TEXTURE0"                 },
-        {GL_TEXTURE_MAG_FILTER,        "MAG_FILTER"               },
-        {GL_TEXTURE_MIN_FILTER,        "MIN_FILTER"               },
-        {GL_TEXTURE_WRAP_S,            "WRAP_S"                   },
-        {GL_TEXTURE_WRAP_T,            "WRAP_T"                   },
-        {GL_LINEAR,                    "LINEAR"                   },
-        {GL_RGBA,                      "RGBA"                     },
-        {GL_RGB,                       "RGB"                      },
-        {GL_UNSIGNED_BYTE,             "UNSIGNED_BYTE"            },
-        {GL_UNSIGNED_SHORT_5_6_5,      "UNSIGNED_SHORT_5_6_5"     },
-        {GL_VIEWPORT,                  "VIEWPORT"                 },
-        {GL_FRONT_FACE,                "FRONT_FACE"               },
-        {GL_CCW,                       "CCW"                      },
-        {GL_CW,                        "CW"                       },
-        {GL_BLEND,                     "BLEND"                    },
-        {GL_DEPTH_TEST,                "DEPTH_TEST"               },
-        {GL_CULL_FACE,                 "CULL_FACE"                },
-        {GL_LESS,                      "LESS"                     },
-        {GL_DEPTH_BUFFER_BIT,          "DEPTH_BUFFER_BIT"         },
-        {GL_SRC_ALPHA,                 "SRC_ALPHA"                },
-        {GL_ONE_MINUS_SRC_ALPHA,       "ONE_MINUS_SRC_ALPHA"      },
-        {GL_ONE,                       "ONE"                      },
-        {GL_TRIANGLES,                 "TRIANGLES"                },
-        {GL_FLOAT,                     "FLOAT"                    },
-        {GL_UNSIGNED_INT,              "UNSIGNED_INT"             }
-    };
-    const auto found = names.find(value);
-    return found == names.end() ? "?" : found->second;
-}
 
 bool fails(const char* step) {
     const gl_state& s = gl();
     return s.failing == step && (s.failing_for.empty() || s.failing_for == host().building);
 }
 
-const uint8_t* bytes_of(GLuint buffer, const char* pointer, size_t offset, size_t size) {
-    if (!buffer) return reinterpret_cast<const uint8_t*>(pointer) + offset;
-    const auto found = gl().buffers.find(buffer);
-    const size_t start = reinterpret_cast<size_t>(pointer) + offset;
-    if (found != gl().buffers.end() && start + size <= found->second.size())
-        return found->second.data() + start;
-    fault("a draw call reads outside buffer %u", buffer);
-    return nullptr;
-}
-
-void fetch_corner(gl_draw& draw, uint32_t vertex) {
-    std::array<float, 8>& corner = draw.corners.emplace_back();
-    static constexpr size_t place[3] = {0, 3, 6}, floats[3] = {3, 3, 2};
-    for (size_t i = 0; i < 3; ++i) {
-        const gl_attribute& a = draw.attributes[i];
-        if (!a.enabled) continue;
-        const size_t size = static_cast<size_t>(a.size) * 4;
-        const size_t stride = a.stride ? static_cast<size_t>(a.stride) : size;
-        const uint8_t* bytes = bytes_of(a.buffer, a.pointer, vertex * stride, size);
-        if (bytes) std::memcpy(&corner[place[i]], bytes, std::min(size, floats[i] * 4));
-    }
-}
-
-gl_draw begin_draw(bool elements, GLint first, GLsizei count) {
-    const gl_state& s = gl();
-    if (!s.programs.contains(s.program)) fault("a draw call without a program");
-    return {s.program, s.texture, elements, first, count, !s.array_buffer, s.attributes, {}};
-}
-
 template <class T>
-void uniform(const char* function, GLint location, size_t words, const T* values, int cases) {
-    static const std::map<std::string, std::string> types{
-        {"glUniform1fv",       "float"},
-        {"glUniform2fv",       "vec2" },
-        {"glUniform3fv",       "vec3" },
-        {"glUniform4fv",       "vec4" },
-        {"glUniform1iv",       "int"  },
-        {"glUniform2iv",       "ivec2"},
-        {"glUniform3iv",       "ivec3"},
-        {"glUniform4iv",       "ivec4"},
-        {"glUniformMatrix2fv", "mat2" },
-        {"glUniformMatrix3fv", "mat3" },
-        {"glUniformMatrix4fv", "mat4" }
-    };
+void uniform(const char* function, const std::string& type, GLint location, size_t words, const T* values,
+             int cases) {
     const auto program = gl().programs.find(gl().program);
     if (program == gl().programs.end() || location < 0 ||
         static_cast<size_t>(location) >= program->second.uniforms.size() || cases != 1)
         return fault("%s: no program, no such location or count %d", function, cases);
     gl_uniform& u = program->second.uniforms[static_cast<size_t>(location)];
-    const std::string& type = types.at(function);
     if (u.type != type && !(u.type == "sampler2D" && type == "int"))
         fault("%s on %s %s", function, u.type.c_str(), u.name.c_str());
     u.value.assign(values, values + words);
@@ -155,6 +65,53 @@ void copy_text(const std::string& text, GLsizei size, GLsizei* length, GLchar* o
 }
 
 } // namespace
+
+const char* name_of(GLenum value) {
+#define NAME(x)                                                                                              \
+    { GL_##x, #x }
+    static const std::map<GLenum, const char*> names{NAME(VERTEX_SHADER),
+                                                     NAME(FRAGMENT_SHADER),
+                                                     NAME(COMPILE_STATUS),
+                                                     NAME(INFO_LOG_LENGTH),
+                                                     NAME(LINK_STATUS),
+                                                     NAME(VALIDATE_STATUS),
+                                                     NAME(ACTIVE_UNIFORMS),
+                                                     NAME(ACTIVE_UNIFORM_MAX_LENGTH),
+                                                     NAME(VERSION),
+                                                     NAME(EXTENSIONS),
+                                                     NAME(ARRAY_BUFFER),
+                                                     NAME(ELEMENT_ARRAY_BUFFER),
+                                                     NAME(STATIC_DRAW),
+                                                     NAME(TEXTURE_2D),
+                                                     NAME(TEXTURE0),
+                                                     NAME(TEXTURE_MAG_FILTER),
+                                                     NAME(TEXTURE_MIN_FILTER),
+                                                     NAME(TEXTURE_WRAP_S),
+                                                     NAME(TEXTURE_WRAP_T),
+                                                     NAME(LINEAR),
+                                                     NAME(RGBA),
+                                                     NAME(RGB),
+                                                     NAME(UNSIGNED_BYTE),
+                                                     NAME(UNSIGNED_SHORT_5_6_5),
+                                                     NAME(VIEWPORT),
+                                                     NAME(FRONT_FACE),
+                                                     NAME(CCW),
+                                                     NAME(CW),
+                                                     NAME(BLEND),
+                                                     NAME(DEPTH_TEST),
+                                                     NAME(CULL_FACE),
+                                                     NAME(LESS),
+                                                     NAME(DEPTH_BUFFER_BIT),
+                                                     NAME(SRC_ALPHA),
+                                                     NAME(ONE_MINUS_SRC_ALPHA),
+                                                     NAME(ONE),
+                                                     NAME(TRIANGLES),
+                                                     NAME(FLOAT),
+                                                     NAME(UNSIGNED_INT)};
+#undef NAME
+    const auto found = names.find(value);
+    return found == names.end() ? "?" : found->second;
+}
 
 gl_state& gl() {
     static gl_state instance;
@@ -328,199 +285,23 @@ DRIVER GLint glGetUniformLocation(GLuint program, const GLchar* name) {
     return u ? static_cast<GLint>(u - p.uniforms.data()) : -1;
 }
 
-#define VECTOR(function, type, n)                                                                            \
+#define VECTOR(function, glsl, type, n)                                                                      \
     DRIVER void function(GLint at, GLsizei count, const type* v) {                                           \
-        uniform(#function, at, n, v, count);                                                                 \
+        uniform(#function, glsl, at, n, v, count);                                                           \
     }
-VECTOR(glUniform1fv, GLfloat, 1)
-VECTOR(glUniform2fv, GLfloat, 2)
-VECTOR(glUniform3fv, GLfloat, 3)
-VECTOR(glUniform4fv, GLfloat, 4)
-VECTOR(glUniform1iv, GLint, 1)
-VECTOR(glUniform2iv, GLint, 2)
-VECTOR(glUniform3iv, GLint, 3)
-VECTOR(glUniform4iv, GLint, 4)
-#define MATRIX(function, n)                                                                                  \
+VECTOR(glUniform1fv, "float", GLfloat, 1)
+VECTOR(glUniform2fv, "vec2", GLfloat, 2)
+VECTOR(glUniform3fv, "vec3", GLfloat, 3)
+VECTOR(glUniform4fv, "vec4", GLfloat, 4)
+VECTOR(glUniform1iv, "int", GLint, 1)
+VECTOR(glUniform2iv, "ivec2", GLint, 2)
+VECTOR(glUniform3iv, "ivec3", GLint, 3)
+VECTOR(glUniform4iv, "ivec4", GLint, 4)
+#define MATRIX(function, glsl, n)                                                                            \
     DRIVER void function(GLint at, GLsizei count, GLboolean transpose, const GLfloat* v) {                   \
         if (transpose) fault(#function ": transposed");                                                      \
-        uniform(#function, at, n, v, count);                                                                 \
+        uniform(#function, glsl, at, n, v, count);                                                           \
     }
-MATRIX(glUniformMatrix2fv, 4)
-MATRIX(glUniformMatrix3fv, 9)
-MATRIX(glUniformMatrix4fv, 16)
-
-// ---- Buffers, attributes, drawing -----------------------------------------------------------------
-
-DRIVER void glGenBuffers(GLsizei n, GLuint* names) {
-    CALL("glGenBuffers %d", n);
-    for (GLsizei i = 0; i < n; ++i)
-        gl().buffers[names[i] = ++gl().last_buffer];
-}
-
-DRIVER void glDeleteBuffers(GLsizei n, const GLuint* names) {
-    CALL("glDeleteBuffers %d", n);
-    for (GLsizei i = 0; i < n; ++i)
-        if (!gl().buffers.erase(names[i])) fault("glDeleteBuffers: no buffer %u", names[i]);
-}
-
-DRIVER GLboolean glIsBuffer(GLuint name) {
-    CALL("glIsBuffer %u", name);
-    return gl().buffers.contains(name);
-}
-
-DRIVER void glBindBuffer(GLenum target, GLuint name) {
-    CALL("glBindBuffer %s %u", name_of(target), name);
-    if (name && !gl().buffers.contains(name)) fault("glBindBuffer: no buffer %u", name);
-    (target == GL_ARRAY_BUFFER ? gl().array_buffer : gl().element_buffer) = name;
-}
-
-DRIVER void glBufferData(GLenum target, GLsizeiptr size, const void* data, GLenum usage) {
-    CALL("glBufferData %s %ld %s", name_of(target), static_cast<long>(size), name_of(usage));
-    const auto* bytes = static_cast<const uint8_t*>(data);
-    gl().buffers.at(target == GL_ARRAY_BUFFER ? gl().array_buffer : gl().element_buffer)
-        .assign(bytes, bytes + size);
-}
-
-DRIVER void glEnableVertexAttribArray(GLuint index) {
-    record(channel::lookup, "glEnableVertexAttribArray %u", index);
-    gl().attributes.at(index).enabled = true;
-}
-
-DRIVER void glVertexAttribPointer(GLuint index, GLint size, GLenum type, GLboolean normalized, GLsizei stride,
-                                  const void* pointer) {
-    const auto* place = static_cast<const char*>(pointer);
-    const std::string at = gl().array_buffer ? std::to_string(reinterpret_cast<size_t>(place)) : "client";
-    CALL("glVertexAttribPointer %u %d %s %d %d %s", index, size, name_of(type), normalized, stride,
-         at.c_str());
-    gl_attribute& a = gl().attributes.at(index);
-    a = {a.enabled, gl().array_buffer, size, stride, place};
-}
-
-DRIVER void glDrawElements(GLenum mode, GLsizei count, GLenum type, const void* indices) {
-    const auto* place = static_cast<const char*>(indices);
-    const std::string at = gl().element_buffer ? std::to_string(reinterpret_cast<size_t>(place)) : "client";
-    CALL("glDrawElements %s %d %s %s", name_of(mode), count, name_of(type), at.c_str());
-    const size_t size = static_cast<size_t>(count) * 4;
-    gl_draw draw = begin_draw(
-        true, gl().element_buffer ? static_cast<GLint>(reinterpret_cast<size_t>(place) / 4) : 0, count);
-    const uint8_t* bytes = count > 0 ? bytes_of(gl().element_buffer, place, 0, size) : nullptr;
-    for (size_t i = 0; bytes && i < size; i += 4)
-        fetch_corner(draw, get<uint32_t>(bytes, i));
-    gl().draws.push_back(std::move(draw));
-}
-
-DRIVER void glDrawArrays(GLenum mode, GLint first, GLsizei count) {
-    CALL("glDrawArrays %s %d %d", name_of(mode), first, count);
-    gl_draw draw = begin_draw(false, first, count);
-    for (GLint i = 0; i < count; ++i)
-        fetch_corner(draw, static_cast<uint32_t>(first + i));
-    gl().draws.push_back(std::move(draw));
-}
-
-// ---- Textures -------------------------------------------------------------------------------------
-
-DRIVER void glActiveTexture(GLenum unit) {
-    CALL("glActiveTexture %s", name_of(unit));
-}
-
-DRIVER void glGenTextures(GLsizei n, GLuint* names) {
-    CALL("glGenTextures %d", n);
-    for (GLsizei i = 0; i < n; ++i)
-        gl().textures[names[i] = ++gl().last_texture];
-}
-
-DRIVER void glBindTexture(GLenum target, GLuint name) {
-    CALL("glBindTexture %s %u", name_of(target), name);
-    if (name && !gl().textures.contains(name)) fault("glBindTexture: no texture %u", name);
-    gl().texture = name;
-}
-
-DRIVER void glTexImage2D(GLenum target, GLint level, GLint internal, GLsizei width, GLsizei height,
-                         GLint border, GLenum format, GLenum type, const void* pixels) {
-    CALL("glTexImage2D %s %d %s %dx%d %d %s %s", name_of(target), level,
-         name_of(static_cast<GLenum>(internal)), width, height, border, name_of(format), name_of(type));
-    // Rows begin at multiples of four bytes, the default unpack alignment.
-    const size_t row = (static_cast<size_t>(width) * (type == GL_UNSIGNED_BYTE ? 4 : 2) + 3) / 4 * 4;
-    const auto* bytes = static_cast<const uint8_t*>(pixels);
-    gl_texture& texture = gl().textures.at(gl().texture);
-    texture = {
-        width, height, format, type, {bytes, bytes + row * static_cast<size_t>(height)},
-            texture.parameters
-    };
-}
-
-DRIVER void glTexParameteri(GLenum target, GLenum what, GLint value) {
-    CALL("glTexParameteri %s %s %s", name_of(target), name_of(what), name_of(static_cast<GLenum>(value)));
-    gl().textures[gl().texture].parameters[what] = static_cast<float>(value);
-}
-
-DRIVER void glTexParameterf(GLenum target, GLenum what, GLfloat value) {
-    CALL("glTexParameterf %s %s %s", name_of(target), name_of(what),
-         number(static_cast<double>(value)).c_str());
-    gl().textures[gl().texture].parameters[what] = value;
-}
-
-DRIVER void glDeleteTextures(GLsizei n, const GLuint* names) {
-    CALL("glDeleteTextures %d %u", n, names[0]);
-    for (GLsizei i = 0; i < n; ++i)
-        if (!gl().textures.erase(names[i])) fault("glDeleteTextures: no texture %u", names[i]);
-}
-
-// ---- State ----------------------------------------------------------------------------------------
-
-DRIVER GLenum glGetError(void) {
-    CALL("glGetError");
-    return std::exchange(gl().error, GLenum{0});
-}
-
-DRIVER const GLubyte* glGetString(GLenum name) {
-    CALL("glGetString %s", name_of(name));
-    return reinterpret_cast<const GLubyte*>(name == GL_VERSION ? gl().version : gl().extensions);
-}
-
-DRIVER void glGetIntegerv(GLenum what, GLint* value) {
-    CALL("glGetIntegerv %s", name_of(what));
-    if (what == GL_VIEWPORT)
-        std::copy(gl().viewport.begin(), gl().viewport.end(), value);
-    else if (what == GL_FRONT_FACE)
-        *value = static_cast<GLint>(gl().front_face);
-    else
-        fault("glGetIntegerv 0x%x", what);
-}
-
-DRIVER void glViewport(GLint x, GLint y, GLsizei width, GLsizei height) {
-    CALL("glViewport %d %d %d %d", x, y, width, height);
-    gl().viewport = {x, y, width, height};
-}
-
-DRIVER void glFrontFace(GLenum mode) {
-    CALL("glFrontFace %s", name_of(mode));
-    gl().front_face = mode;
-}
-
-DRIVER void glEnable(GLenum what) {
-    CALL("glEnable %s", name_of(what));
-    gl().enabled.insert(what);
-}
-
-DRIVER void glDisable(GLenum what) {
-    CALL("glDisable %s", name_of(what));
-    gl().enabled.erase(what);
-}
-
-DRIVER void glDepthMask(GLboolean on) {
-    CALL("glDepthMask %d", on);
-    gl().depth_mask = on;
-}
-
-DRIVER void glDepthFunc(GLenum function) {
-    CALL("glDepthFunc %s", name_of(function));
-}
-DRIVER void glClear(GLbitfield what) {
-    CALL("glClear %s", name_of(what));
-}
-
-DRIVER void glBlendFuncSeparate(GLenum source, GLenum target, GLenum source_alpha, GLenum target_alpha) {
-    CALL("glBlendFuncSeparate %s %s %s %s", name_of(source), name_of(target), name_of(source_alpha),
-         name_of(target_alpha));
-}
+MATRIX(glUniformMatrix2fv, "mat2", 4)
+MATRIX(glUniformMatrix3fv, "mat3", 9)
+MATRIX(glUniformMatrix4fv, "mat4", 16)

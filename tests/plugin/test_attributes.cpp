@@ -113,11 +113,11 @@ TEST_F(attributes, keywords_choose_modes) {
             const std::string& word = c.words[static_cast<size_t>(i)];
             std::string capital = word;
             capital[0] = static_cast<char>(capital[0] - 'a' + 'A');
-            offer(word.c_str(), i);
-            offer(word.c_str(), i);
             for (const std::string& other :
                  {std::string(), capital, word + " ", word.substr(0, word.size() - 1)})
-                offer(other.c_str(), i);
+                offer(other.c_str(), mode);
+            offer(word.c_str(), i);
+            offer(word.c_str(), i);
         }
         offer(c.words.back().c_str(), n - 1);
     }

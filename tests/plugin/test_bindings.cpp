@@ -141,6 +141,9 @@ TEST_F(bindings, every_key_moves_its_own_value) {
 // All at once, on top of bind values: scaled, turned about z, y, x, moved, then through the group's matrix.
 TEST_F(bindings, configuration_chooses_what_the_groups_start_from) {
     control shown;
+    shown.set(id_model_x, 3.0f);
+    shown.set(id_psi, 40.0f);
+    const matrix model = translate(3, 0, 0) * rotate(2, radians(40));
     show(shown, "t.obj");
     name_root(shown);
     described::group& root = shown.state().scene.root;
@@ -169,24 +172,27 @@ TEST_F(bindings, configuration_chooses_what_the_groups_start_from) {
         shown.set(id_ignore_bind, c.ignore);
         shown.set(id_zero_deformers, c.zero);
         shown.render();
-        expect_near(gl().named("gouraud_color").find("model_local")->value, c.expected, "model_local");
+        expect_near(gl().named("gouraud_color").find("model_local")->value, model * c.expected,
+                    "model_local");
     }
     host().values["ctl.door_TY"] = 11; // read again with every new configuration
     shown.set(id_zero_deformers, 1);
     shown.render();
-    expect_near(gl().named("gouraud_color").find("model_local")->value, translate(0, 11, 0), "model_local");
+    expect_near(gl().named("gouraud_color").find("model_local")->value, model * translate(0, 11, 0),
+                "model_local");
     EXPECT_EQ(shown.state().flags, described::defaults_set);
 }
 
 TEST_F(bindings, long_names_are_cut_to_the_buffer) {
     control shown;
     show(shown, "t.obj");
-    const std::string name(300, 'n');
+    const std::string name(300, 'n'), cut = name.substr(0, 255), key = "ctl." + name.substr(0, 251);
     name_root(shown, name.c_str());
     shown.dirty();
-    // 255 bytes of the key's name; the host cuts its own prefix and name once more.
-    expect_lines(recorded().text({channel::host}),
-                 lines(9, "data_get \"ctl." + name.substr(0, 251) + "\" 0"));
+    // The host cuts its prefix and the name once more.
+    expect_lines(recorded().text({channel::host}), lines(9, "data_get \"" + key + "\" 0"));
+    EXPECT_EQ(recorded().count("8 app retrieving data for key: " + cut + " using data manager key: " + key),
+              6);
 }
 
 } // namespace

@@ -2,7 +2,8 @@
 
 #include "plugin/fixture.h"
 
-#include <regex>
+#include <algorithm>
+#include <map>
 
 namespace {
 
@@ -33,10 +34,10 @@ constexpr const char* frame_calls = R"(
     [first] glGenTextures 1
     [first] glBindTexture TEXTURE_2D 1
     [first] glTexImage2D TEXTURE_2D 0 RGBA 2x2 0 RGBA UNSIGNED_BYTE
-    [first] glTexParameteri TEXTURE_2D MAG_FILTER LINEAR
-    [first] glTexParameteri TEXTURE_2D MIN_FILTER LINEAR
-    [first] glTexParameterf TEXTURE_2D WRAP_S 10497
-    [first] glTexParameterf TEXTURE_2D WRAP_T 10497
+    [first] glTexParameteri TEXTURE_2D TEXTURE_MAG_FILTER LINEAR
+    [first] glTexParameteri TEXTURE_2D TEXTURE_MIN_FILTER LINEAR
+    [first] glTexParameterf TEXTURE_2D TEXTURE_WRAP_S 10497
+    [first] glTexParameterf TEXTURE_2D TEXTURE_WRAP_T 10497
     [first] glGetError
     [first] get_reference "image" ".//tex.png"
     [first] get_data ".//tex.png"
@@ -45,10 +46,10 @@ constexpr const char* frame_calls = R"(
     [first] glGenTextures 1
     [first] glBindTexture TEXTURE_2D 2
     [first] glTexImage2D TEXTURE_2D 0 RGBA 2x2 0 RGBA UNSIGNED_BYTE
-    [first] glTexParameteri TEXTURE_2D MAG_FILTER LINEAR
-    [first] glTexParameteri TEXTURE_2D MIN_FILTER LINEAR
-    [first] glTexParameterf TEXTURE_2D WRAP_S 10497
-    [first] glTexParameterf TEXTURE_2D WRAP_T 10497
+    [first] glTexParameteri TEXTURE_2D TEXTURE_MAG_FILTER LINEAR
+    [first] glTexParameteri TEXTURE_2D TEXTURE_MIN_FILTER LINEAR
+    [first] glTexParameterf TEXTURE_2D TEXTURE_WRAP_S 10497
+    [first] glTexParameterf TEXTURE_2D TEXTURE_WRAP_T 10497
     [first] glGetError
     [first] glGetString VERSION
     [first] glGenBuffers 2
@@ -168,33 +169,7 @@ constexpr const char* frame_calls = R"(
 constexpr const char* frame_trace = R"(
     [first][9] ... model3d: gl version: OpenGL ES 2.0 recorder
     [first][9] ... copying vertex and index data into VBO
-    [first][9] ... copying vertex[0] <0.000000,0.000000,0.000000>
-    [first][9] ... copying normal <0.000000,0.000000,1.000000>
-    [first][9] ... copying uvs <0.000000,0.000000>
-    [first][9] ... copying vertex[1] <2.000000,0.000000,0.000000>
-    [first][9] ... copying normal <0.000000,0.000000,1.000000>
-    [first][9] ... copying uvs <1.000000,0.000000>
-    [first][9] ... copying vertex[2] <0.000000,1.000000,0.000000>
-    [first][9] ... copying normal <0.000000,0.000000,1.000000>
-    [first][9] ... copying uvs <0.000000,1.000000>
-    [first][9] ... copying vertex[3] <0.000000,0.000000,0.000000>
-    [first][9] ... copying normal <0.000000,0.000000,1.000000>
-    [first][9] ... copying uvs <0.000000,0.000000>
-    [first][9] ... copying vertex[4] <0.000000,1.000000,0.000000>
-    [first][9] ... copying normal <0.000000,0.000000,1.000000>
-    [first][9] ... copying uvs <0.000000,1.000000>
-    [first][9] ... copying vertex[5] <2.000000,0.000000,0.000000>
-    [first][9] ... copying normal <0.000000,0.000000,1.000000>
-    [first][9] ... copying uvs <1.000000,0.000000>
-    [first][9] ... copying vertex[6] <2.000000,0.000000,0.000000>
-    [first][9] ... copying normal <0.000000,0.000000,1.000000>
-    [first][9] ... copying uvs <1.000000,0.000000>
-    [first][9] ... copying vertex[7] <0.000000,1.000000,0.000000>
-    [first][9] ... copying normal <0.000000,0.000000,1.000000>
-    [first][9] ... copying uvs <0.000000,1.000000>
-    [first][9] ... copying vertex[8] <0.000000,0.000000,0.000000>
-    [first][9] ... copying normal <0.000000,0.000000,1.000000>
-    [first][9] ... copying uvs <0.000000,0.000000>
+    [first][9] $vertices
     [first][9] ... dumping indices
     [first][9] ... face[0] = [0,1,2]
     [first][9] ... face[1] = [3,4,5]
@@ -249,8 +224,23 @@ constexpr const char* frame_trace = R"(
     [8] ... rendering last elements 2 to 3
 )";
 
+// The upload of every corner of the three triangles.
+lines trace_vertices() {
+    constexpr const char* corners[] = {"0.000000,0.000000", "2.000000,0.000000", "0.000000,1.000000"};
+    constexpr const char* uvs[] = {"0.000000,0.000000", "1.000000,0.000000", "0.000000,1.000000"};
+    constexpr int order[] = {0, 1, 2, 0, 2, 1, 1, 2, 0};
+    lines result;
+    for (int i = 0; i < 9; ++i) {
+        result.push_back(print("... copying vertex[%d] <%s,0.000000>", i, corners[order[i]]));
+        result.push_back("... copying normal <0.000000,0.000000,1.000000>");
+        result.push_back(print("... copying uvs <%s>", uvs[order[i]]));
+    }
+    return result;
+}
+
 // The lines whose every tag is in `tags`, with `values` put in.
 lines choose(const char* text, const std::string& tags, const std::map<std::string, std::string>& values) {
+    const lines vertices = trace_vertices();
     lines chosen;
     for (std::string line : listing(text)) {
         bool wanted = true;
@@ -262,7 +252,11 @@ lines choose(const char* text, const std::string& tags, const std::map<std::stri
         for (const auto& [name, value] : values)
             for (size_t at; (at = line.find(name)) != std::string::npos;)
                 line.replace(at, name.size(), value);
-        if (wanted) chosen.push_back(line);
+        if (!wanted) continue;
+        if (line == "$vertices")
+            std::copy(vertices.begin(), vertices.end(), std::back_inserter(chosen));
+        else
+            chosen.push_back(line);
     }
     return chosen;
 }

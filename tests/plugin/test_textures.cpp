@@ -6,9 +6,10 @@
 
 namespace {
 
-constexpr const char* parameters[] = {
-    "glTexParameteri TEXTURE_2D MAG_FILTER LINEAR", "glTexParameteri TEXTURE_2D MIN_FILTER LINEAR",
-    "glTexParameterf TEXTURE_2D WRAP_S 10497", "glTexParameterf TEXTURE_2D WRAP_T 10497", "glGetError"};
+constexpr const char* parameters[] = {"glTexParameteri TEXTURE_2D TEXTURE_MAG_FILTER LINEAR",
+                                      "glTexParameteri TEXTURE_2D TEXTURE_MIN_FILTER LINEAR",
+                                      "glTexParameterf TEXTURE_2D TEXTURE_WRAP_S 10497",
+                                      "glTexParameterf TEXTURE_2D TEXTURE_WRAP_T 10497", "glGetError"};
 
 class textures : public plugin_test {
   protected:
