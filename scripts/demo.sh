@@ -1,17 +1,22 @@
 #!/bin/sh
-# Renders every sample model in every shading model into demo/.
+# Renders every picture that assets/demo.txt lists, in every shading model, into demo/.
 set -eu
 cd "$(dirname "$0")/.."
-tool=build/release/bin/model3d
+tool=${MODEL3D_TOOL:-build/release/bin/model3d}
 mkdir -p demo
+
 count=0
-for model in assets/*/*.obj; do
-    name=$(basename "$model" .obj)
+while read -r name file options; do
+    case $name in '' | '#'*) continue ;; esac
     for shading in gouraud blinn-phong flat; do
         picture=demo/$name-$shading.png
-        "$tool" render "$model" -o "$picture" --size 640x480 --set shading_model="$shading"
+        # shellcheck disable=SC2086 # the options are words without blanks or wildcards
+        if ! "$tool" render "assets/$file" -o "$picture" $options --set shading_model="$shading" </dev/null; then
+            echo "demo: $picture was not made: rendering assets/$file failed" >&2
+            exit 1
+        fi
         count=$((count + 1))
     done
-done
-echo "$count pictures of the sample models are in $PWD/demo:"
+done <assets/demo.txt
+echo "$count pictures of the samples are in $PWD/demo:"
 ls demo/*.png
