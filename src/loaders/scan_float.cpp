@@ -147,8 +147,8 @@ inline const char* scan_number(const char* p, float* value) {
     }
     if (q - begin > 7) return scan_any(p, value);
     bool any = q != begin;
-    // In units of 1e-8, below 2^53.
-    uint64_t units = uint64_t{whole} * 100000000;
+    // In units of 1e-8: below 2^53, so that nothing is lost in a double.
+    int64_t units = int64_t{whole} * 100000000;
     if (*q == '.') {
         const digit_run decimals = find_digits(++q);
         units += join_digits(decimals.values & ((uint64_t{1} << decimals.bits) - 1));
@@ -159,14 +159,10 @@ inline const char* scan_number(const char* p, float* value) {
     if (!any || (*q > ' ' && (is_digit(*q) || lower(*q) == 'e' || lower(*q) == 'x')))
         return scan_any(p, value);
 
-    // Two roundings leave this within 2 units of the last place of the double. Unless a point halfway
-    // between two floats is that near, rounding once more gives the float nearest to the number.
-    const double approximate = static_cast<double>(static_cast<int64_t>(units)) * 1e-8;
-    uint64_t bits = 0;
-    memcpy(&bits, &approximate, sizeof(bits));
-    constexpr uint32_t halfway = uint32_t{1} << 28; // of the 29 bits that a float lacks
-    if ((static_cast<uint32_t>(bits) & (2 * halfway - 1)) - (halfway - 2) <= 4) return scan_any(p, value);
-    const auto magnitude = static_cast<float>(approximate);
+    // Rounding twice is as good as once here. The double is within 2 units of its last place, and a number
+    // of seven decimals is farther than that from any point halfway between two floats, unless it is that
+    // point: then the double is exact, because 1e-8 is off by less than 2^-54 of itself.
+    const auto magnitude = static_cast<float>(static_cast<double>(units) * 1e-8);
     *value = negative ? -magnitude : magnitude;
     return q;
 }

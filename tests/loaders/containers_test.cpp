@@ -21,6 +21,10 @@ TEST(Hashtable, PlacesKeysByTheirHash) {
     EXPECT_STREQ(table.entries[0].key, "");
     EXPECT_EQ(table.entries[0].value, &values[1]);
     hashtable_free(&table, nullptr);
+    hashtable_create(&table, 1 << 16);
+    hashtable_set(&table, "a", &values[0]);
+    EXPECT_STREQ(table.entries[0x9442].key, "a");
+    hashtable_free(&table, nullptr);
 }
 
 // One-letter keys by the slot they belong to in a table of 8.
