@@ -177,42 +177,37 @@ TEST_F(attributes, filename_keeps_a_copy) {
 // Parsing rebuilds at once what depends on an attribute, by the formulas of the three camera modes.
 TEST_F(attributes, placement_follows_the_attributes) {
     using namespace reference;
-    const double az = radians(40), el = radians(25), la = radians(70), le = radians(15);
-    const double phi = radians(10), theta = radians(20), psi = radians(30);
     control c;
-    const struct {
-        int id;
-        float value;
-    } values[] = {
-        {id_camera_x,        1 },
-        {id_camera_y,        -2},
-        {id_camera_z,        3 },
-        {id_azimuth,         40},
-        {id_elevation,       25},
-        {id_model_x,         4 },
-        {id_model_y,         5 },
-        {id_model_z,         -6},
-        {id_phi,             10},
-        {id_theta,           20},
-        {id_psi,             30},
-        {id_light_azimuth,   70},
-        {id_light_elevation, 15}
+    double value[id_light_elevation + 1] = {};
+    const auto rad = [&value](int id) { return radians(value[id]); };
+    const auto check = [&](const matrix& view) {
+        expect_near(std::to_array(c.state().view), view, "view");
+        expect_near(std::to_array(c.state().model_matrix),
+                    translate(value[id_model_x], value[id_model_y], value[id_model_z]) *
+                        rotate(2, rad(id_psi)) * rotate(1, rad(id_theta)) * rotate(0, rad(id_phi)),
+                    "model matrix");
+        const double az = rad(id_light_azimuth), el = rad(id_light_elevation);
+        const std::array light{-std::sin(az) * std::cos(el), std::cos(az) * std::cos(el), std::sin(el)};
+        expect_near(std::to_array(c.state().light_direction), light, "light direction");
     };
-    for (const auto& v : values)
-        c.set(v.id, v.value);
-
-    const matrix camera = translate(-1, 2, -3);
-    const auto view = [&] { return std::to_array(c.state().view); };
-    expect_near(view(), rotate(0, el) * rotate(1, az) * camera, "legacy view");
+    const auto turn = [&](double sense) {
+        return rotate(0, sense * rad(id_elevation)) * rotate(1, rad(id_azimuth));
+    };
+    const auto move = [&] {
+        return translate(-value[id_camera_x], -value[id_camera_y], -value[id_camera_z]);
+    };
+    // The second round changes one value at a time, so that each has to bring its own part up to date.
+    for (const double step : {7.5, 31.0})
+        for (int id = id_camera_x; id <= id_light_elevation; ++id) {
+            if (id == id_fov) continue;
+            value[id] = step + id;
+            c.set(id, static_cast<float>(value[id]));
+            if (step > 10) check(turn(1) * move());
+        }
     c.set(id_camera_mode, "fly");
-    expect_near(view(), rotate(0, -el) * rotate(1, az) * camera, "fly view");
+    check(turn(-1) * move());
     c.set(id_camera_mode, "orbit");
-    expect_near(view(), camera * rotate(0, el) * rotate(1, az), "orbit view");
-    expect_near(std::to_array(c.state().model_matrix),
-                translate(4, 5, -6) * rotate(2, psi) * rotate(1, theta) * rotate(0, phi), "model matrix");
-    const std::array<double, 3> light{-std::sin(la) * std::cos(le), std::cos(la) * std::cos(le),
-                                      std::sin(le)};
-    expect_near(std::to_array(c.state().light_direction), light, "light direction");
+    check(move() * turn(1));
 }
 
 } // namespace

@@ -102,6 +102,17 @@ TEST_F(view, matrices_reach_the_programs) {
     }
 }
 
+TEST_F(view, a_file_name_is_enough_to_be_placed) {
+    write("t.obj", "v 0 0 0\nv 2 0 0\nv 0 1 0\nf 1 2 3\n");
+    control shown;
+    shown.set(id_filename, "t.obj");
+    shown.render();
+    const gl_program& p = gl().named("gouraud_color");
+    expect_near(p.find("proj_view")->value, perspective(60, 2, 0.1, 3), "proj_view");
+    expect_near(p.find("model_local")->value, scale(1, 1, 1), "model_local");
+    expect_near(p.find("light_params[0].position")->value, std::array{0.0, 0.0, 1.0, 0.0}, "light");
+}
+
 TEST_F(view, viewport_of_the_display) {
     const struct {
         bool info;
