@@ -187,7 +187,9 @@ typedef struct QELF_Scene {
 MODEL3D_API extern const IFF_Extension QELFFormExtension[4];
 MODEL3D_API extern const IFF_FormExtension QELF_formExtensions[1];
 
-/* ---- Whole files and trees ------------------------------------------------------------------- */
+/* ---- Whole files and trees -------------------------------------------------------------------
+ * For outermost chunks. A record that was never added to a form is freed with IFF_freeChunk(chunk, "QELF",
+ * QELF_formExtensions, 1), and likewise for the others. */
 
 MODEL3D_API IFF_Chunk* QELF_read(const char* filename);
 MODEL3D_API IFF_Chunk* QELF_readFd(FILE* file);
@@ -244,7 +246,8 @@ MODEL3D_API void QELF_freeSceneGroup(QELF_SceneGroup* group);
 MODEL3D_API void QELF_printSceneGroup(const QELF_SceneGroup* group, int indentLevel);
 MODEL3D_API int QELF_compareSceneGroup(const QELF_SceneGroup* a, const QELF_SceneGroup* b);
 
-/* Takes the content over; its kind goes with nodeType. */
+/* Takes the content over; its kind goes with nodeType. Nodes of other types cannot be read and written, and
+ * say nothing about it. */
 MODEL3D_API QELF_Node* QELF_createNode(uint8_t nodeType, void* content);
 MODEL3D_API QELF_Node* QELF_readNode(FILE* file);
 MODEL3D_API int QELF_writeNode(FILE* file, const QELF_Node* node);

@@ -144,21 +144,31 @@ bool check_indices(const QELF_TriangleMesh* from) {
         const uint32_t start = from->materials[i].startIndex;
         if (start < previous || start > static_cast<uint32_t>(from->nfaces)) {
             fprintf(stderr,
-                    "WARNING: QEL mesh has material start index %u out of order or beyond its %d faces\n",
-                    start, from->nfaces);
+                    "WARNING: QEL mesh has start index %u for material %u, out of order or beyond its %d "
+                    "faces\n",
+                    start, i, from->nfaces);
             return false;
         }
         previous = start;
     }
-    uint32_t largest = 0;
-    const auto corners = static_cast<size_t>(from->nfaces) * 3;
-    for (size_t i = 0; i < corners; i++) {
+    const auto index_at = [from](size_t i) {
         uint32_t index = 0;
         memcpy(&index, from->indexData->data + i * sizeof(index), sizeof(index));
-        if (index > largest) largest = index;
+        return index;
+    };
+    const auto nvertices = static_cast<uint32_t>(from->nvertices);
+    const auto corners = static_cast<size_t>(from->nfaces) * 3;
+    bool good = true; // one answer for all, so that the loop stays fast
+    for (size_t i = 0; i < corners; i++) {
+        good &= index_at(i) < nvertices;
     }
-    if (corners == 0 || largest < static_cast<uint32_t>(from->nvertices)) return true;
-    fprintf(stderr, "WARNING: QEL mesh has face index %u, but only %d vertices\n", largest, from->nvertices);
+    if (good) return true;
+    size_t first = 0;
+    while (index_at(first) < nvertices) {
+        first++;
+    }
+    fprintf(stderr, "WARNING: QEL mesh has index %u in face %zu, but %u vertices\n", index_at(first),
+            first / 3, nvertices);
     return false;
 }
 
@@ -209,14 +219,17 @@ bool process_scenegroup(const QELF_SceneGroup* from, group* target, scene* s);
 outcome add_group(group* target, const QELF_SceneGroup* from, scene* s) {
     auto* const g = heap_zeroed<group>();
     if (!g) return outcome::skipped;
+    const int32_t nlights = s->nlights;
     if (!group_create(g, static_cast<int32_t>(from->nnodes)) || !process_scenegroup(from, g, s)) {
         const bool created = g->nodes != nullptr;
         group_free(g);
         free(g);
         return created ? outcome::refused : outcome::skipped;
     }
-    return push_node(target, g, group_load, group_config, group_prerender, group_render, group_export,
-                     group_free);
+    const outcome result = push_node(target, g, group_load, group_config, group_prerender, group_render,
+                                     group_export, group_free);
+    if (result == outcome::skipped) s->nlights = nlights; // those of the group are gone with it
+    return result;
 }
 
 outcome add_mesh(group* target, QELF_TriangleMesh* from, const scene* s) {

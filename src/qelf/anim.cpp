@@ -18,12 +18,12 @@ constexpr channel_type channel_types[] = {
     {TRANSFORM_TRANSLATION_X, "TRANSFORM_TRANSLATION_X"},
     {TRANSFORM_TRANSLATION_Y, "TRANSFORM_TRANSLATION_Y"},
     {TRANSFORM_TRANSLATION_Z, "TRANSFORM_TRANSLATION_Z"},
-    {TRANSFORM_ROTATION_X,    "TRANSFORM_ROTATION_X"   },
-    {TRANSFORM_ROTATION_Y,    "TRANSFORM_ROTATION_Y"   },
-    {TRANSFORM_ROTATION_Z,    "TRANSFORM_ROTATION_Z"   },
-    {TRANSFORM_SCALING_X,     "TRANSFORM_SCALING_X"    },
-    {TRANSFORM_SCALING_Y,     "TRANSFORM_SCALING_Y"    },
-    {TRANSFORM_SCALING_Z,     "TRANSFORM_SCALING_Z"    },
+    {TRANSFORM_ROTATION_X, "TRANSFORM_ROTATION_X"},
+    {TRANSFORM_ROTATION_Y, "TRANSFORM_ROTATION_Y"},
+    {TRANSFORM_ROTATION_Z, "TRANSFORM_ROTATION_Z"},
+    {TRANSFORM_SCALING_X, "TRANSFORM_SCALING_X"},
+    {TRANSFORM_SCALING_Y, "TRANSFORM_SCALING_Y"},
+    {TRANSFORM_SCALING_Z, "TRANSFORM_SCALING_Z"},
 };
 
 // Makes room for one more element in an array that grows with what arrives, up to `limit`.
@@ -41,7 +41,7 @@ int read_keys(FILE* file, QELF_Animation* animation, QELF_AnimationChannel* chan
         if (!make_room(channel->keys, channel->numKeys, count)) return 0;
         QELF_AnimationKey& key = channel->keys[channel->numKeys];
         if (!IFF_readULong(file, &key.keyIndex, id, "keyIndex") ||
-            !read_floats(file, &key.keyValue, 1, id, "keyValue") ||
+            !iff_read_floats(file, &key.keyValue, 1, id, "keyValue") ||
             !add_to_size(&animation->chunk, key_size)) {
             return 0;
         }
@@ -64,7 +64,7 @@ int read_channel(FILE* file, QELF_Animation* animation, QELF_AnimationChannel* c
 
 int read_fields(FILE* file, QELF_Animation* animation) {
     int32_t nchannels = 0;
-    if (!read_floats(file, &animation->frameRate, 1, id, "frameRate") ||
+    if (!iff_read_floats(file, &animation->frameRate, 1, id, "frameRate") ||
         !read_count(file, &nchannels, id, "nchannels") ||
         !read_count(file, &animation->nameLength, id, "nameLength")) {
         return 0;
@@ -82,7 +82,9 @@ int read_fields(FILE* file, QELF_Animation* animation) {
 }
 
 QELF_AnimationChannel* find_channel(QELF_Animation* animation, int32_t channel) {
-    return channel >= 0 && channel < animation->nchannels ? &animation->channels[channel] : nullptr;
+    if (channel >= 0 && channel < animation->nchannels) return &animation->channels[channel];
+    refuse(id, "no such channel");
+    return nullptr;
 }
 
 void print_channel(const QELF_AnimationChannel* channel, int level) {
@@ -120,18 +122,21 @@ bool same_channel(const QELF_AnimationChannel& a, const QELF_AnimationChannel& b
 } // namespace
 
 QELF_Animation* QELF_createAnimation(int32_t nchannels, float frameRate) {
+    if (nchannels < 0) {
+        refuse(id, "negative number of channels");
+        return nullptr;
+    }
     heap_ptr<QELF_Animation> animation{create_record<QELF_Animation>(id, fixed_size)};
-    if (!animation) return nullptr;
+    if (!animation || !add_to_size(&animation->chunk, int64_t{channel_size} * nchannels)) return nullptr;
     if (nchannels > 0) {
         animation->channels = static_cast<QELF_AnimationChannel*>(
             calloc(static_cast<size_t>(nchannels), sizeof(QELF_AnimationChannel)));
-        if (!animation->channels || !add_to_size(&animation->chunk, int64_t{channel_size} * nchannels)) {
+        if (!animation->channels) {
             out_of_memory(id);
-            free(animation->channels);
             return nullptr;
         }
-        animation->nchannels = nchannels;
     }
+    animation->nchannels = nchannels;
     animation->frameRate = frameRate;
     return animation.release();
 }
@@ -150,16 +155,17 @@ int QELF_setAnimationChannelNodeNameAndType(QELF_Animation* animation, int32_t c
 
 int QELF_allocateAnimationChannelKeyBuffer(QELF_Animation* animation, int32_t channel, int32_t numKeys) {
     QELF_AnimationChannel* const c = find_channel(animation, channel);
-    if (!c || numKeys < 0) return 0;
-    auto* const keys =
-        static_cast<QELF_AnimationKey*>(calloc(static_cast<size_t>(numKeys) + 1, sizeof(QELF_AnimationKey)));
-    if (!keys || !add_to_size(&animation->chunk, int64_t{key_size} * (int64_t{numKeys} - c->numKeys))) {
+    if (!c) return 0;
+    if (numKeys < 0) return refuse(id, "negative number of keys");
+    heap_ptr<QELF_AnimationKey> keys{
+        static_cast<QELF_AnimationKey*>(calloc(static_cast<size_t>(numKeys) + 1, sizeof(QELF_AnimationKey)))};
+    if (!keys) {
         out_of_memory(id);
-        free(keys);
         return 0;
     }
+    if (!add_to_size(&animation->chunk, int64_t{key_size} * (int64_t{numKeys} - c->numKeys))) return 0;
     free(c->keys);
-    c->keys = keys;
+    c->keys = keys.release();
     c->numKeys = numKeys;
     return 1;
 }
@@ -173,7 +179,7 @@ QELF_Animation* QELF_readAnimation(FILE* file, int32_t) {
 }
 
 int QELF_writeAnimation(FILE* file, const QELF_Animation* animation) {
-    if (!write_floats(file, &animation->frameRate, 1, id, "frameRate") ||
+    if (!iff_write_floats(file, &animation->frameRate, 1, id, "frameRate") ||
         !IFF_writeLong(file, animation->nchannels, id, "nchannels") ||
         !IFF_writeLong(file, animation->nameLength, id, "nameLength") || !write_text(file, animation->name)) {
         return 0;
@@ -188,7 +194,7 @@ int QELF_writeAnimation(FILE* file, const QELF_Animation* animation) {
         }
         for (int32_t k = 0; k < channel.numKeys; k++) {
             if (!IFF_writeULong(file, channel.keys[k].keyIndex, id, "keyIndex") ||
-                !write_floats(file, &channel.keys[k].keyValue, 1, id, "keyValue")) {
+                !iff_write_floats(file, &channel.keys[k].keyValue, 1, id, "keyValue")) {
                 return 0;
             }
         }

@@ -9,26 +9,15 @@ void out_of_memory(const char* chunk_id) {
     IFF_error("'!\n");
 }
 
-int read_floats(FILE* file, float* values, int count, const char* chunk_id, const char* field) {
-    for (int i = 0; i < count; i++) {
-        uint32_t bits = 0;
-        if (!IFF_readULong(file, &bits, chunk_id, field)) return 0;
-        memcpy(&values[i], &bits, sizeof(bits));
-    }
-    return 1;
-}
-
-int write_floats(FILE* file, const float* values, int count, const char* chunk_id, const char* field) {
-    for (int i = 0; i < count; i++) {
-        uint32_t bits = 0;
-        memcpy(&bits, &values[i], sizeof(bits));
-        if (!IFF_writeULong(file, bits, chunk_id, field)) return 0;
-    }
-    return 1;
-}
-
 bool same_bits(const float* a, const float* b, int count) {
     return memcmp(a, b, static_cast<size_t>(count) * sizeof(float)) == 0;
+}
+
+int refuse(const char* chunk_id, const char* reason) {
+    IFF_error("'");
+    IFF_errorId(chunk_id);
+    IFF_error("': %s!\n", reason);
+    return 0;
 }
 
 int read_count(FILE* file, int32_t* value, const char* chunk_id, const char* field) {
@@ -40,7 +29,12 @@ int read_count(FILE* file, int32_t* value, const char* chunk_id, const char* fie
 
 bool add_to_size(IFF_Chunk* chunk, int64_t bytes) {
     const int64_t sum = chunk->chunkSize + bytes;
-    if (sum < 0 || sum > INT32_MAX) return false;
+    if (sum < 0 || sum > INT32_MAX) {
+        IFF_error("Size of '");
+        IFF_errorId(chunk->chunkId);
+        IFF_error("' exceeds 32 bits!\n");
+        return false;
+    }
     chunk->chunkSize = static_cast<int32_t>(sum);
     return true;
 }
@@ -49,16 +43,8 @@ int64_t extent(int32_t size) {
     return int64_t{size} + 8 + (size & 1);
 }
 
-static void size_overflow(const char* chunk_id) {
-    IFF_error("Size of '");
-    IFF_errorId(chunk_id);
-    IFF_error("' exceeds 32 bits!\n");
-}
-
 bool embed(IFF_Chunk* around, const IFF_Chunk* embedded) {
-    if (add_to_size(around, extent(embedded->chunkSize))) return true;
-    size_overflow(around->chunkId);
-    return false;
+    return add_to_size(around, extent(embedded->chunkSize));
 }
 
 int set_text(IFF_Chunk* around, IFF_RawChunk** text, int32_t* length, const char* text_id,
@@ -71,7 +57,6 @@ int set_text(IFF_Chunk* around, IFF_RawChunk** text, int32_t* length, const char
     }
     const int64_t before = *text ? extent((*text)->chunk.chunkSize) : 0;
     if (!add_to_size(around, extent(fresh->chunk.chunkSize) - before)) {
-        size_overflow(around->chunkId);
         free_text(&fresh);
         return 0;
     }

@@ -1,13 +1,17 @@
-// What the chunk types of a scene file share: runs of floats, embedded texts, computed sizes.
+// What the chunk types of a scene file share: embedded texts, computed sizes, reports.
 #ifndef QELF_FIELDS_H
 #define QELF_FIELDS_H
 
+#include "iff/io.h"
 #include "qelf/qelf.h"
 
 #include <cstddef>
 
 // One report, then null or 0: memory is short.
 void out_of_memory(const char* chunk_id);
+
+// Reports what is wrong with the use of a record. Returns 0.
+int refuse(const char* chunk_id, const char* reason);
 
 // A zero-filled record with its identifier and size, or null after a report.
 template <class Record> Record* create_record(const char* chunk_id, int32_t size) {
@@ -20,21 +24,18 @@ template <class Record> Record* create_record(const char* chunk_id, int32_t size
     return record;
 }
 
-// Big-endian bit patterns, all under one field name. 1, or 0 after a report.
-int read_floats(FILE* file, float* values, int count, const char* chunk_id, const char* field);
-int write_floats(FILE* file, const float* values, int count, const char* chunk_id, const char* field);
 bool same_bits(const float* a, const float* b, int count);
 
 // A signed count or length; a negative one fails like a short read.
 int read_count(FILE* file, int32_t* value, const char* chunk_id, const char* field);
 
-// A sum of sizes in a record's chunkSize. False, with the size as it was, when it leaves 32 bits.
+// Sums sizes in a record's chunkSize. False after a report, with the size as it was, when it leaves 32 bits.
 bool add_to_size(IFF_Chunk* chunk, int64_t bytes);
 
 // What an embedded record of that size adds to the size of the one around it.
 int64_t extent(int32_t size);
 
-// Embeds a record: adds its extent. False after a report when the sum leaves 32 bits.
+// Embeds a record: adds its extent.
 bool embed(IFF_Chunk* around, const IFF_Chunk* embedded);
 
 // Replaces an embedded text and keeps length and size right. 1, or 0 after a report.

@@ -22,8 +22,8 @@ struct vector_field {
 };
 constexpr vector_field vectors[] = {
     {"translation", &QELF_SceneGroup::translation},
-    {"rotation",    &QELF_SceneGroup::rotation   },
-    {"scaling",     &QELF_SceneGroup::scaling    },
+    {"rotation", &QELF_SceneGroup::rotation},
+    {"scaling", &QELF_SceneGroup::scaling},
 };
 
 // Reads the nodes a group announces. Room grows with those that arrive.
@@ -51,13 +51,14 @@ int read_fields(FILE* file, QELF_SceneGroup* group, int depth) {
     group->name = IFF_readRawChunk(file, "NAME", group->nameLength);
     uint32_t nnodes = 0;
     if (!group->name || !embed(&group->chunk, &group->name->chunk) ||
-        !IFF_readULong(file, &nnodes, id, "nnodes") || !read_floats(file, &group->radius, 1, id, "radius")) {
+        !IFF_readULong(file, &nnodes, id, "nnodes") ||
+        !iff_read_floats(file, &group->radius, 1, id, "radius")) {
         return 0;
     }
     for (const auto& v : vectors) {
-        if (!read_floats(file, &(group->*v.member).x, 3, id, v.name)) return 0;
+        if (!iff_read_floats(file, &(group->*v.member).x, 3, id, v.name)) return 0;
     }
-    return read_floats(file, group->local_transform.m, 16, id, "local_transform") &&
+    return iff_read_floats(file, group->local_transform.m, 16, id, "local_transform") &&
            read_nodes(file, group, nnodes, depth);
 }
 
@@ -85,7 +86,7 @@ int QELF_setGroupName(QELF_SceneGroup* group, const char* name) {
 }
 
 int QELF_addNodeToGroup(QELF_SceneGroup* group, uint32_t index, QELF_Node* node) {
-    if (!node || index >= group->nnodes || group->nodes[index]) return 0;
+    if (!node || index >= group->nnodes || group->nodes[index]) return refuse(id, "no room for the node");
     if (!embed(&group->chunk, &node->chunk)) return 0;
     group->nodes[index] = node;
     return 1;
@@ -93,7 +94,7 @@ int QELF_addNodeToGroup(QELF_SceneGroup* group, uint32_t index, QELF_Node* node)
 
 QELF_SceneGroup* read_group(FILE* file, int depth) {
     if (depth >= deepest_group) {
-        IFF_error("Groups are nested deeper than %d levels!\n", deepest_group);
+        IFF_error("Groups are nested more than %d levels deep!\n", deepest_group);
         return nullptr;
     }
     QELF_SceneGroup* const group = QELF_createSceneGroup(0);
@@ -110,15 +111,16 @@ QELF_SceneGroup* QELF_readSceneGroup(FILE* file, int32_t) {
 int QELF_writeSceneGroup(FILE* file, const QELF_SceneGroup* group) {
     if (!IFF_writeLong(file, group->nameLength, id, "nameLength") || !write_text(file, group->name) ||
         !IFF_writeULong(file, group->nnodes, id, "nnodes") ||
-        !write_floats(file, &group->radius, 1, id, "radius")) {
+        !iff_write_floats(file, &group->radius, 1, id, "radius")) {
         return 0;
     }
     for (const auto& v : vectors) {
-        if (!write_floats(file, &(group->*v.member).x, 3, id, v.name)) return 0;
+        if (!iff_write_floats(file, &(group->*v.member).x, 3, id, v.name)) return 0;
     }
-    if (!write_floats(file, group->local_transform.m, 16, id, "local_transform")) return 0;
+    if (!iff_write_floats(file, group->local_transform.m, 16, id, "local_transform")) return 0;
     for (uint32_t i = 0; i < group->nnodes; i++) {
-        if (!group->nodes[i] || !QELF_writeNode(file, group->nodes[i])) return 0;
+        if (!group->nodes[i]) return refuse(id, "a node is missing");
+        if (!QELF_writeNode(file, group->nodes[i])) return 0;
     }
     return 1;
 }

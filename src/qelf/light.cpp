@@ -12,8 +12,8 @@ int read_fields(FILE* file, QELF_Light* light) {
     light->name = IFF_readRawChunk(file, "NAME", light->nameLength);
     return light->name && embed(&light->chunk, &light->name->chunk) &&
            IFF_readLong(file, &light->type, id, "type") &&
-           read_floats(file, &light->color.r, 3, id, "color.rgb") &&
-           read_floats(file, &light->intensity, 1, id, "intensity");
+           iff_read_floats(file, &light->color.r, 3, id, "color.rgb") &&
+           iff_read_floats(file, &light->intensity, 1, id, "intensity");
 }
 
 } // namespace
@@ -41,8 +41,8 @@ QELF_Light* QELF_readLight(FILE* file) {
 int QELF_writeLight(FILE* file, const QELF_Light* light) {
     return IFF_writeLong(file, light->nameLength, id, "nameLength") && write_text(file, light->name) &&
            IFF_writeLong(file, light->type, id, "type") &&
-           write_floats(file, &light->color.r, 3, id, "color.rgb") &&
-           write_floats(file, &light->intensity, 1, id, "intensity");
+           iff_write_floats(file, &light->color.r, 3, id, "color.rgb") &&
+           iff_write_floats(file, &light->intensity, 1, id, "intensity");
 }
 
 int QELF_checkLight(const QELF_Light*) {

@@ -14,8 +14,8 @@ struct color_field {
     QELF_Color QELF_Material::*member;
 };
 constexpr color_field colors[] = {
-    {"ambient.rgb",  &QELF_Material::ambient },
-    {"diffuse.rgb",  &QELF_Material::diffuse },
+    {"ambient.rgb", &QELF_Material::ambient},
+    {"diffuse.rgb", &QELF_Material::diffuse},
     {"specular.rgb", &QELF_Material::specular},
     {"emissive.rgb", &QELF_Material::emissive},
 };
@@ -25,8 +25,8 @@ struct number_field {
     float QELF_Material::*member;
 };
 constexpr number_field numbers[] = {
-    {"spec_exp",     &QELF_Material::spec_exp    },
-    {"alpha",        &QELF_Material::alpha       },
+    {"spec_exp", &QELF_Material::spec_exp},
+    {"alpha", &QELF_Material::alpha},
     {"reflectivity", &QELF_Material::reflectivity},
 };
 
@@ -35,21 +35,21 @@ struct map_field {
     uint16_t QELF_Material::*member;
 };
 constexpr map_field maps[] = {
-    {"diffuseMap",    &QELF_Material::diffuseMap   },
-    {"specularMap",   &QELF_Material::specularMap  },
-    {"ambientMap",    &QELF_Material::ambientMap   },
-    {"emissiveMap",   &QELF_Material::emissiveMap  },
-    {"bumpMap",       &QELF_Material::bumpMap      },
-    {"normalMap",     &QELF_Material::normalMap    },
+    {"diffuseMap", &QELF_Material::diffuseMap},
+    {"specularMap", &QELF_Material::specularMap},
+    {"ambientMap", &QELF_Material::ambientMap},
+    {"emissiveMap", &QELF_Material::emissiveMap},
+    {"bumpMap", &QELF_Material::bumpMap},
+    {"normalMap", &QELF_Material::normalMap},
     {"reflectionMap", &QELF_Material::reflectionMap},
 };
 
 int read_fields(FILE* file, QELF_Material* material) {
     for (const auto& c : colors) {
-        if (!read_floats(file, &(material->*c.member).r, 3, id, c.name)) return 0;
+        if (!iff_read_floats(file, &(material->*c.member).r, 3, id, c.name)) return 0;
     }
     for (const auto& n : numbers) {
-        if (!read_floats(file, &(material->*n.member), 1, id, n.name)) return 0;
+        if (!iff_read_floats(file, &(material->*n.member), 1, id, n.name)) return 0;
     }
     for (const auto& m : maps) {
         if (!IFF_readUWord(file, &(material->*m.member), id, m.name)) return 0;
@@ -72,10 +72,10 @@ QELF_Material* QELF_readMaterial(FILE* file) {
 
 int QELF_writeMaterial(FILE* file, const QELF_Material* material) {
     for (const auto& c : colors) {
-        if (!write_floats(file, &(material->*c.member).r, 3, id, c.name)) return 0;
+        if (!iff_write_floats(file, &(material->*c.member).r, 3, id, c.name)) return 0;
     }
     for (const auto& n : numbers) {
-        if (!write_floats(file, &(material->*n.member), 1, id, n.name)) return 0;
+        if (!iff_write_floats(file, &(material->*n.member), 1, id, n.name)) return 0;
     }
     for (const auto& m : maps) {
         if (!IFF_writeUWord(file, material->*m.member, id, m.name)) return 0;

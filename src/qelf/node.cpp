@@ -88,8 +88,8 @@ QELF_Node* QELF_readNode(FILE* file) {
 
 int QELF_writeNode(FILE* file, const QELF_Node* node) {
     const node_kind* const kind = find_kind(node->nodeType);
-    return IFF_writeUByte(file, node->nodeType, id, "nodeType") && kind && node->content &&
-           kind->write(file, node->content);
+    if (!IFF_writeUByte(file, node->nodeType, id, "nodeType") || !kind) return 0;
+    return node->content ? kind->write(file, node->content) : refuse(id, "the content is missing");
 }
 
 void QELF_freeNode(QELF_Node* node) {

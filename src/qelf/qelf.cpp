@@ -34,9 +34,7 @@ const IFF_Extension QELFFormExtension[4] = {
               QELF_printTexture, QELF_compareTexture>("TXTR"),
 };
 
-const IFF_FormExtension QELF_formExtensions[1] = {
-    {"QELF", 4, QELFFormExtension}
-};
+const IFF_FormExtension QELF_formExtensions[1] = {{"QELF", 4, QELFFormExtension}};
 
 IFF_Chunk* QELF_read(const char* filename) {
     return IFF_read(filename, QELF_formExtensions, 1);

@@ -16,12 +16,29 @@ template <class Record> int append(Record**& array, uint32_t& count, Record* rec
     return 1;
 }
 
-// All chunks of one kind directly in the form.
+// All chunks of one kind directly in the form. False after a report.
 template <class Record>
-void collect(const IFF_Form* form, const char* chunk_id, Record**& array, uint32_t& count) {
+bool collect(const IFF_Form* form, const char* chunk_id, Record**& array, uint32_t& count) {
     unsigned int found = 0;
     array = reinterpret_cast<Record**>(IFF_getChunksFromForm(form, chunk_id, &found));
-    count = array ? found : 0;
+    count = found;
+    if (array || !IFF_getDataChunkFromForm(form, chunk_id)) return true;
+    out_of_memory(chunk_id);
+    return false;
+}
+
+// What the form holds, or null after a report.
+QELF_Scene* extract_scene(const IFF_Form* form) {
+    QELF_Scene* const scene = QELF_createScene(form_type);
+    if (!scene) return nullptr;
+    scene->sceneHeader = reinterpret_cast<QELF_SceneHeader*>(IFF_getChunkFromForm(form, "SHDR"));
+    if (collect(form, "SGRP", scene->sceneGroups, scene->nsceneGroups) &&
+        collect(form, "TXTR", scene->textures, scene->ntextures) &&
+        collect(form, "ANIM", scene->animations, scene->nanimations)) {
+        return scene;
+    }
+    QELF_freeScene(scene);
+    return nullptr;
 }
 
 template <class Record> bool add_all(IFF_Form* form, Record* const* records, uint32_t count) {
@@ -70,17 +87,11 @@ QELF_Scene** QELF_extractScenes(IFF_Chunk* chunk, unsigned int* count) {
         return nullptr;
     }
     for (unsigned int i = 0; i < found; i++) {
-        const IFF_Form* const form = forms.get()[i];
-        QELF_Scene* const scene = QELF_createScene(form_type);
-        if (!scene) {
+        scenes[i] = extract_scene(forms.get()[i]);
+        if (!scenes[i]) {
             QELF_freeScenes(scenes, i);
             return nullptr;
         }
-        scene->sceneHeader = reinterpret_cast<QELF_SceneHeader*>(IFF_getChunkFromForm(form, "SHDR"));
-        collect(form, "SGRP", scene->sceneGroups, scene->nsceneGroups);
-        collect(form, "TXTR", scene->textures, scene->ntextures);
-        collect(form, "ANIM", scene->animations, scene->nanimations);
-        scenes[i] = scene;
     }
     *count = found;
     return scenes;

@@ -27,10 +27,10 @@ struct count_field {
     uint8_t QELF_TriangleMesh::*member;
 };
 constexpr count_field flags[] = {
-    {"use_normals",   &QELF_TriangleMesh::use_normals  },
-    {"use_tangents",  &QELF_TriangleMesh::use_tangents },
+    {"use_normals", &QELF_TriangleMesh::use_normals},
+    {"use_tangents", &QELF_TriangleMesh::use_tangents},
     {"use_binormals", &QELF_TriangleMesh::use_binormals},
-    {"use_textures",  &QELF_TriangleMesh::use_textures },
+    {"use_textures", &QELF_TriangleMesh::use_textures},
 };
 
 // The per-vertex arrays of triples, in file order; the first is always there.
@@ -40,9 +40,9 @@ struct array_field {
     IFF_RawChunk* QELF_TriangleMesh::*member;
 };
 constexpr array_field arrays[] = {
-    {"VRTX", nullptr,                           &QELF_TriangleMesh::vertexData  },
-    {"NRML", &QELF_TriangleMesh::use_normals,   &QELF_TriangleMesh::normalData  },
-    {"TNGT", &QELF_TriangleMesh::use_tangents,  &QELF_TriangleMesh::tangentData },
+    {"VRTX", nullptr, &QELF_TriangleMesh::vertexData},
+    {"NRML", &QELF_TriangleMesh::use_normals, &QELF_TriangleMesh::normalData},
+    {"TNGT", &QELF_TriangleMesh::use_tangents, &QELF_TriangleMesh::tangentData},
     {"BNML", &QELF_TriangleMesh::use_binormals, &QELF_TriangleMesh::binormalData},
 };
 
@@ -53,18 +53,17 @@ bool is_there(const QELF_TriangleMesh* mesh, const array_field& a) {
 // Reads an array of `count` elements and counts it. Null after a report.
 IFF_RawChunk* read_array(FILE* file, QELF_TriangleMesh* mesh, const char* chunk_id, int32_t count,
                          int32_t each) {
-    // read_counts has made sure that this fits.
-    IFF_RawChunk* data = IFF_readRawChunk(file, chunk_id, count * each);
+    // An array that is too large for a size is as short as one that the file does not have.
+    const int32_t size = count <= INT32_MAX / each ? count * each : -1;
+    IFF_RawChunk* data = IFF_readRawChunk(file, chunk_id, size);
     if (data && !embed(&mesh->chunk, &data->chunk)) free_text(&data);
     return data;
 }
 
-// A count whose array still has a 32-bit size.
-int read_array_count(FILE* file, int32_t* count, int32_t each, const char* field) {
-    if (!read_count(file, count, id, field)) return 0;
-    if (*count <= INT32_MAX / each) return 1;
-    IFF_readError(id, field);
-    return 0;
+// Writes an array that must be there, and whole: readers go by the counts.
+int write_array(FILE* file, const IFF_RawChunk* data, int32_t count, int32_t each) {
+    if (!data || data->chunk.chunkSize != int64_t{count} * each) return refuse(id, "data is missing");
+    return IFF_writeRawChunk(file, data);
 }
 
 int read_materials(FILE* file, QELF_TriangleMesh* mesh, uint32_t count) {
@@ -90,15 +89,15 @@ int read_materials(FILE* file, QELF_TriangleMesh* mesh, uint32_t count) {
 
 int read_fields(FILE* file, QELF_TriangleMesh* mesh) {
     uint32_t nmaterials = 0;
-    if (!read_array_count(file, &mesh->nvertices, position_size, "nvertices") ||
-        !read_array_count(file, &mesh->nfaces, face_size, "nfaces") ||
+    if (!read_count(file, &mesh->nvertices, id, "nvertices") ||
+        !read_count(file, &mesh->nfaces, id, "nfaces") ||
         !IFF_readULong(file, &nmaterials, id, "nmaterials")) {
         return 0;
     }
     for (const auto& f : flags) {
         if (!IFF_readUByte(file, &(mesh->*f.member), id, f.name)) return 0;
     }
-    if (!read_floats(file, mesh->local_transform.m, 16, id, "local_transform") ||
+    if (!iff_read_floats(file, mesh->local_transform.m, 16, id, "local_transform") ||
         !read_materials(file, mesh, nmaterials)) {
         return 0;
     }
@@ -126,10 +125,7 @@ int read_fields(FILE* file, QELF_TriangleMesh* mesh) {
 int set_data(QELF_TriangleMesh* mesh, IFF_RawChunk* record, const void* data, int32_t size, int32_t count,
              int32_t each) {
     if (!record || int64_t{count} * each != size) {
-        IFF_error("Data of %d bytes does not fit the counts of '", size);
-        IFF_errorId(id);
-        IFF_error("'!\n");
-        return 0;
+        return refuse(id, "data does not fit the counts and flags");
     }
     auto* const copy = heap_array<uint8_t>(static_cast<size_t>(size));
     if (!copy) {
@@ -156,13 +152,16 @@ bool same_array(const IFF_RawChunk* a, const IFF_RawChunk* b) {
 QELF_TriangleMesh* QELF_createTriangleMesh(int32_t nvertices, int32_t nfaces, uint32_t nmaterials,
                                            uint8_t use_normals, uint8_t use_tangents, uint8_t use_binormals,
                                            uint8_t use_textures) {
+    if (nvertices < 0 || nfaces < 0) {
+        refuse(id, "negative number of vertices or faces");
+        return nullptr;
+    }
     heap_ptr<QELF_TriangleMesh> mesh{create_record<QELF_TriangleMesh>(id, fixed_size)};
-    if (!mesh) return nullptr;
+    if (!mesh || !add_to_size(&mesh->chunk, int64_t{4} * nmaterials)) return nullptr;
     if (nmaterials > 0) {
         mesh->materials = static_cast<QELF_MaterialEntry*>(calloc(nmaterials, sizeof(QELF_MaterialEntry)));
-        if (!mesh->materials || !add_to_size(&mesh->chunk, int64_t{4} * nmaterials)) {
+        if (!mesh->materials) {
             out_of_memory(id);
-            free(mesh->materials);
             return nullptr;
         }
     }
@@ -227,14 +226,17 @@ int QELF_setIndexData(QELF_TriangleMesh* mesh, const void* data, int32_t size) {
 }
 
 int QELF_setMaterial(QELF_TriangleMesh* mesh, uint32_t index, QELF_Material* material) {
-    if (!mesh || !material || index >= mesh->nmaterials || mesh->materials[index].material) return 0;
+    if (!mesh || !material) return 0;
+    if (index >= mesh->nmaterials || mesh->materials[index].material) {
+        return refuse(id, "no room for the material");
+    }
     if (!embed(&mesh->chunk, &material->chunk)) return 0;
     mesh->materials[index].material = material;
     return 1;
 }
 
 int QELF_setMaterialStartIndex(QELF_TriangleMesh* mesh, uint32_t index, uint32_t startIndex) {
-    if (!mesh || index >= mesh->nmaterials) return 0;
+    if (index >= mesh->nmaterials) return refuse(id, "no such material");
     mesh->materials[index].startIndex = startIndex;
     return 1;
 }
@@ -256,21 +258,24 @@ int QELF_writeTriangleMesh(FILE* file, const QELF_TriangleMesh* mesh) {
     for (const auto& f : flags) {
         if (!IFF_writeUByte(file, mesh->*f.member, id, f.name)) return 0;
     }
-    if (!write_floats(file, mesh->local_transform.m, 16, id, "local_transform")) return 0;
+    if (!iff_write_floats(file, mesh->local_transform.m, 16, id, "local_transform")) return 0;
     for (uint32_t i = 0; i < mesh->nmaterials; i++) {
         const QELF_MaterialEntry& entry = mesh->materials[i];
-        if (!IFF_writeULong(file, entry.startIndex, id, "materials.startIndex") || !entry.material ||
+        if (!entry.material) return refuse(id, "a material is missing");
+        if (!IFF_writeULong(file, entry.startIndex, id, "materials.startIndex") ||
             !QELF_writeMaterial(file, entry.material)) {
             return 0;
         }
     }
     for (const auto& a : arrays) {
-        if (is_there(mesh, a) && !(mesh->*a.member && IFF_writeRawChunk(file, mesh->*a.member))) return 0;
+        if (!is_there(mesh, a)) continue;
+        if (!write_array(file, mesh->*a.member, mesh->nvertices, position_size)) return 0;
     }
     for (int set = 0; set < mesh->use_textures; set++) {
-        if (!mesh->texcoordData || !IFF_writeRawChunk(file, mesh->texcoordData[set])) return 0;
+        const IFF_RawChunk* const data = mesh->texcoordData ? mesh->texcoordData[set] : nullptr;
+        if (!write_array(file, data, mesh->nvertices, texcoord_size)) return 0;
     }
-    return mesh->indexData && IFF_writeRawChunk(file, mesh->indexData);
+    return write_array(file, mesh->indexData, mesh->nfaces, face_size);
 }
 
 int QELF_checkTriangleMesh(const QELF_TriangleMesh*) {

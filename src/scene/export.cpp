@@ -43,13 +43,22 @@ uint16_t map_number(const texture* map) {
     return map ? static_cast<uint16_t>(map->index + 1) : uint16_t{0};
 }
 
-// Whether all arrays that the mesh's counts promise are still there.
+// A flag as the file has it.
+uint8_t flag(int32_t value) {
+    return value > 0 && value <= UINT8_MAX ? static_cast<uint8_t>(value) : value != 0;
+}
+
+// Whether all arrays that the mesh's flags promise are still there.
 bool has_arrays(const trimesh* mesh) {
-    if (!mesh->vertices || !mesh->indices || (mesh->use_normals && !mesh->normals)) return false;
+    if (!mesh->vertices || !mesh->indices || (mesh->use_normals && !mesh->normals) ||
+        (mesh->use_tangents && !mesh->tangents) || (mesh->use_binormals && !mesh->binormals)) {
+        return false;
+    }
+    if (mesh->use_textures > UINT8_MAX || (mesh->use_textures > 0 && !mesh->texcoords)) return false;
     for (int32_t set = 0; set < mesh->use_textures; set++) {
         if (!mesh->texcoords[set]) return false;
     }
-    return mesh->use_textures <= UINT8_MAX;
+    return true;
 }
 
 bool set_materials(QELF_TriangleMesh* out, const trimesh* mesh) {
@@ -75,9 +84,9 @@ bool set_arrays(QELF_TriangleMesh* out, const trimesh* mesh) {
     }
     bool good =
         QELF_setVertexData(out, mesh->vertices, triples) && QELF_setIndexData(out, mesh->indices, faces);
-    if (mesh->normals) good = good && QELF_setNormalData(out, mesh->normals, triples);
-    if (mesh->tangents) good = good && QELF_setTangentData(out, mesh->tangents, triples);
-    if (mesh->binormals) good = good && QELF_setBinormalData(out, mesh->binormals, triples);
+    if (mesh->use_normals) good = good && QELF_setNormalData(out, mesh->normals, triples);
+    if (mesh->use_tangents) good = good && QELF_setTangentData(out, mesh->tangents, triples);
+    if (mesh->use_binormals) good = good && QELF_setBinormalData(out, mesh->binormals, triples);
     for (int32_t set = 0; set < mesh->use_textures; set++) {
         good = good && QELF_setTexcoordData(out, static_cast<uint32_t>(set), mesh->texcoords[set], pairs);
     }
@@ -131,8 +140,8 @@ QELF_Node* trimesh_export(void* node) {
     const auto* mesh = static_cast<trimesh*>(node);
     if (!has_arrays(mesh)) return nullptr;
     std::unique_ptr<QELF_TriangleMesh, mesh_release> out{QELF_createTriangleMesh(
-        mesh->nvertices, mesh->nfaces, static_cast<uint32_t>(mesh->nmaterials), mesh->use_normals != 0,
-        mesh->use_tangents != 0, mesh->use_binormals != 0, static_cast<uint8_t>(mesh->use_textures))};
+        mesh->nvertices, mesh->nfaces, static_cast<uint32_t>(mesh->nmaterials), flag(mesh->use_normals),
+        flag(mesh->use_tangents), flag(mesh->use_binormals), static_cast<uint8_t>(mesh->use_textures))};
     if (!out) return nullptr;
     if (!QELF_allocateTrimeshBuffers(out.get())) {
         static_cast<void>(out.release()); // it released itself
