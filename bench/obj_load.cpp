@@ -2,16 +2,8 @@
 // The argument is the number of triangles in thousands; 1000 make a file of about 100 MB.
 
 #include "loaders/group_obj.h"
+#include "models.h"
 #include "scene/trimesh.h"
-
-#include <benchmark/benchmark.h>
-#include <cmath>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <map>
-#include <string>
 
 #ifdef HAVE_TINYOBJLOADER
 #include <tiny_obj_loader.h>
@@ -19,75 +11,11 @@
 
 namespace {
 
-// Models made once for all cases and removed at the end.
-class models {
-  public:
-    models() {
-        std::string pattern = std::filesystem::temp_directory_path() / "model3d-bench-XXXXXX";
-        folder = mkdtemp(pattern.data());
-    }
-    ~models() { std::filesystem::remove_all(folder); }
-
-    // A wavy sheet with positions, texture coordinates and normals. Returns its path.
-    const std::string& sheet(int64_t kilotriangles) {
-        std::string& path = paths[kilotriangles];
-        if (!path.empty()) return path;
-        path = folder + "/sheet" + std::to_string(kilotriangles) + ".obj";
-        const int n = static_cast<int>(std::sqrt(static_cast<double>(kilotriangles) * 500));
-        FILE* file = fopen(path.c_str(), "w");
-        if (!file) abort();
-        for (int i = 0; i < (n + 1) * (n + 1); i++) {
-            const double u = static_cast<double>(i % (n + 1)) / n;
-            const double v = static_cast<double>(i / (n + 1)) / n;
-            const double x = 2 * u - 1, y = 2 * v - 1, z = std::sin(9 * x) * std::cos(7 * y);
-            fprintf(file, "v %.6f %.6f %.6f\nvt %.6f %.6f\n", x, y, z, u, v);
-            const double dx = -9 * std::cos(9 * x) * std::cos(7 * y),
-                         dy = 7 * std::sin(9 * x) * std::sin(7 * y);
-            const double length = std::sqrt(dx * dx + dy * dy + 1);
-            fprintf(file, "vn %.6f %.6f %.6f\n", dx / length, dy / length, 1 / length);
-        }
-        for (int i = 0; i < n * n; i++) {
-            const int a = i / n * (n + 1) + i % n + 1, b = a + 1, c = a + n + 1, d = c + 1;
-            fprintf(file, "f %d/%d/%d %d/%d/%d %d/%d/%d\n", a, a, a, b, b, b, d, d, d);
-            fprintf(file, "f %d/%d/%d %d/%d/%d %d/%d/%d\n", a, a, a, d, d, d, c, c, c);
-        }
-        if (fclose(file) != 0) abort();
-        return path;
-    }
-
-  private:
-    std::string folder;
-    std::map<int64_t, std::string> paths;
-};
-
-models& all_models() {
-    static models all;
-    return all;
-}
-
-void set_bytes(benchmark::State& state, const std::string& path) {
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(std::filesystem::file_size(path)));
-}
-
-// A host that opens files by their names.
-int load_model(scene* s, const std::string& path) {
-    resource_manager resources = {};
-    resources.resolve_path = [](resource_manager*, const char* name) { return strdup(name); };
-    app_services services = {};
-    services.resource = &resources;
-    app_record app = {};
-    app.services = &services;
-    control_record control = {};
-    control.app = &app;
-    render_context context = {nullptr, &control};
-    return group_loadobj(s, path.c_str(), &context);
-}
-
 void obj_load(benchmark::State& state) {
     const std::string& path = all_models().sheet(state.range(0));
     for (auto _ : state) {
         scene s;
-        if (!load_model(&s, path)) state.SkipWithError("could not load");
+        if (!load_model(group_loadobj, &s, path)) state.SkipWithError("could not load");
         scene_free(&s);
     }
     set_bytes(state, path);
@@ -113,7 +41,7 @@ BENCHMARK(obj_load_tinyobjloader)->Arg(10)->Arg(1000)->Unit(benchmark::kMillisec
 
 void normals(benchmark::State& state) {
     scene s;
-    if (!load_model(&s, all_models().sheet(state.range(0)))) {
+    if (!load_model(group_loadobj, &s, all_models().sheet(state.range(0)))) {
         state.SkipWithError("could not load");
         return;
     }
