@@ -24,7 +24,7 @@ struct obj_corner {
     int32_t normal;
 };
 
-// A corner takes two bytes of its line at least.
+// A corner takes two bytes of its line at least, and no line has more than 1022.
 constexpr int max_corners = 512;
 
 // Lives for one call.
@@ -137,14 +137,14 @@ int32_t count_normals(const obj_loader* loader) {
     return loader->normals.count / 3;
 }
 
-// Reads a corner in any form, from its first digit or minus on, and returns the position after it. The
-// corner's position is not given: *valid becomes false.
+// Reads a corner in any form, from its first digit or minus on, and returns the place after it. *valid:
+// the corner has a position.
 const char* read_any_corner(const obj_loader* loader, const char* p, obj_corner* corner, bool* valid) {
     int32_t fields[3] = {};
     for (int i = 0; i < 3; i++) {
         fields[i] = read_field(&p);
         if (*p != '/') break;
-        p++; // behind the third field the next corner may follow at once
+        p++; // behind the third field, even an empty one, the next corner may follow at once
     }
     *corner = {resolve(fields[0], count_positions(loader)), resolve(fields[1], count_texcoords(loader)),
                resolve(fields[2], count_normals(loader))};

@@ -30,7 +30,7 @@ bool line_reader_create(line_reader* reader, int fd, line_backslash backslashes)
 
 // The next line that is not blank, zero-terminated, without leading blanks, trailing spaces and line end;
 // null at the end. It may be changed and holds until the next call; 8 bytes behind it are readable.
-// A last line without a line end does not count.
+// A last line without a line end does not count. A NUL byte in a line ends its text, though not the line.
 char* line_reader_next(line_reader* reader);
 
 void line_reader_free(line_reader* reader);

@@ -9,7 +9,7 @@
 // ends the reading.
 void read_material_library(int fd, const char* directory, hashtable* materials);
 
-// The text behind a keyword of six letters and one more character.
+// The text behind a keyword of six letters and one more character; empty on a line that ends before it.
 inline const char* keyword_rest(const char* line) {
     return line[6] ? line + 7 : line + 6;
 }
