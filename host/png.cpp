@@ -11,7 +11,7 @@
 namespace {
 
 // Deflate turns a byte into at most 1032, and a byte may hold eight pixels.
-constexpr uint64_t most_pixels_per_byte = 1032 * 8;
+constexpr uint64_t most_pixels_per_byte = uint64_t{1032} * 8;
 
 struct png_source {
     byte_span rest;

@@ -30,7 +30,7 @@ struct hosting : testing::Test {
 
     // What was noted since the last call.
     std::string noted() {
-        const std::string result = journal;
+        std::string result = journal;
         *journal = '\0';
         return result;
     }
@@ -48,12 +48,12 @@ TEST_F(hosting, loads_a_plugin_once_and_says_why_not) {
     const struct {
         const char *path, *options, *error;
     } failures[] = {
-        {nullptr,           nullptr, "a plug-in needs a path"                                 },
+        {nullptr, nullptr, "a plug-in needs a path"},
         {"/nowhere/lib.so", nullptr,
-         "/nowhere/lib.so: cannot open shared object file: No such file or directory"         },
-        {"libkora.so",      nullptr, "libkora.so: is no plug-in: it has no kora_plugin_create"},
-        {FAKE_PLUGIN,       "fail",  FAKE_PLUGIN ": the plug-in's init failed with 3"         },
-        {FAKE_PLUGIN,       "again", FAKE_PLUGIN ": is already loaded"                        },
+         "/nowhere/lib.so: cannot open shared object file: No such file or directory"},
+        {"libkora.so", nullptr, "libkora.so: is no plug-in: it has no kora_plugin_create"},
+        {FAKE_PLUGIN, "fail", FAKE_PLUGIN ": the plug-in's init failed with 3"},
+        {FAKE_PLUGIN, "again", FAKE_PLUGIN ": is already loaded"},
     };
     for (const auto& row : failures) {
         EXPECT_FALSE(kora_app_load_plugin(app, row.path, row.options));
@@ -85,31 +85,31 @@ TEST_F(hosting, converts_attributes_to_their_formats) {
     const struct {
         const char *name, *text, *outcome; // what the plug-in got, or the error
     } cases[] = {
-        {"whole",   "-2147483648",          "whole -2147483648;"                                                     },
-        {"whole",   "+7",                   "whole 7;"                                                               },
-        {"whole",   "2147483648",           "attribute whole: 2147483648 is out of range for a whole number"         },
-        {"whole",   "1.5",                  "attribute whole: 1.5 is not a whole number"                             },
-        {"whole",   "0x10",                 "attribute whole: 0x10 is not a whole number"                            },
-        {"whole",   "",                     "attribute whole:  is not a whole number"                                },
-        {"whole",   "99999999999999999999",
-         "attribute whole: 99999999999999999999 is out of range for a whole number"                                  },
-        {"natural", "4294967295",           "natural 4294967295;"                                                    },
-        {"natural", "0xFFffFFff",           "natural 4294967295;"                                                    },
-        {"natural", "-1",                   "attribute natural: -1 is out of range for a whole number from 0"        },
-        {"natural", "4294967296",           "attribute natural: 4294967296 is out of range for a whole number from 0"},
-        {"natural", "0x",                   "attribute natural: 0x is not a whole number from 0"                     },
-        {"real",    "+0.1",                 "real 0.100000001;"                                                      },
-        {"real",    "-1e3",                 "real -1000;"                                                            },
-        {"real",    "1e-60",                "real 0;"                                                                },
-        {"real",    "1e39",                 "attribute real: 1e39 is out of range for a number"                      },
-        {"real",    "inf",                  "attribute real: inf is out of range for a number"                       },
-        {"real",    "0,5",                  "attribute real: 0,5 is not a number"                                    },
-        {"real",    " 1",                   "attribute real:  1 is not a number"                                     },
-        {"real",    "+-1",                  "attribute real: +-1 is not a number"                                    },
-        {"text",    " any\tthing ",         "text  any\tthing ;"                                                     },
-        {"text",    nullptr,                "attribute text: nothing is not a text"                                  },
-        {"odd",     "1",                    "attribute odd: 1 is not a value of an unknown format"                   },
-        {"other",   "1",                    "fake has no attribute named other"                                      },
+        {"whole", "-2147483648", "whole -2147483648;"},
+        {"whole", "+7", "whole 7;"},
+        {"whole", "2147483648", "attribute whole: 2147483648 is out of range for a whole number"},
+        {"whole", "1.5", "attribute whole: 1.5 is not a whole number"},
+        {"whole", "0x10", "attribute whole: 0x10 is not a whole number"},
+        {"whole", "", "attribute whole:  is not a whole number"},
+        {"whole", "99999999999999999999",
+         "attribute whole: 99999999999999999999 is out of range for a whole number"},
+        {"natural", "4294967295", "natural 4294967295;"},
+        {"natural", "0xFFffFFff", "natural 4294967295;"},
+        {"natural", "-1", "attribute natural: -1 is out of range for a whole number from 0"},
+        {"natural", "4294967296", "attribute natural: 4294967296 is out of range for a whole number from 0"},
+        {"natural", "0x", "attribute natural: 0x is not a whole number from 0"},
+        {"real", "+0.1", "real 0.100000001;"},
+        {"real", "-1e3", "real -1000;"},
+        {"real", "1e-60", "real 0;"},
+        {"real", "1e39", "attribute real: 1e39 is out of range for a number"},
+        {"real", "inf", "attribute real: inf is out of range for a number"},
+        {"real", "0,5", "attribute real: 0,5 is not a number"},
+        {"real", " 1", "attribute real:  1 is not a number"},
+        {"real", "+-1", "attribute real: +-1 is not a number"},
+        {"text", " any\tthing ", "text  any\tthing ;"},
+        {"text", nullptr, "attribute text: nothing is not a text"},
+        {"odd", "1", "attribute odd: 1 is not a value of an unknown format"},
+        {"other", "1", "fake has no attribute named other"},
     };
     for (const auto& row : cases) {
         const bool set = kora_control_set(gauge, row.name, row.text);

@@ -149,7 +149,7 @@ TEST_F(pools, names_lead_to_regular_files_below_the_roots) {
     kora_app_set_missing_callback(app, note, &missing);
     const auto resolve = [&](const std::string& name) {
         char* path = resources->resolve_path(resources, name.c_str());
-        const std::string result = path ? path : "-";
+        std::string result = path ? path : "-";
         free(path);
         return result;
     };
