@@ -112,11 +112,11 @@ void gl_context::find_entries() {
         bool available;
         const char *storage, *blit;
     } sources[] = {
-        {es3,                                                                                             "glRenderbufferStorageMultisample", "glBlitFramebuffer"     },
+        {es3, "glRenderbufferStorageMultisample", "glBlitFramebuffer"},
         {has_extension("GL_ANGLE_framebuffer_multisample") && has_extension("GL_ANGLE_framebuffer_blit"),
-         "glRenderbufferStorageMultisampleANGLE",                                                                                             "glBlitFramebufferANGLE"},
+         "glRenderbufferStorageMultisampleANGLE", "glBlitFramebufferANGLE"},
         {has_extension("GL_NV_framebuffer_multisample") && has_extension("GL_NV_framebuffer_blit"),
-         "glRenderbufferStorageMultisampleNV",                                                                                                "glBlitFramebufferNV"   },
+         "glRenderbufferStorageMultisampleNV", "glBlitFramebufferNV"},
     };
     for (const auto& source : sources) {
         if (!source.available) continue;
@@ -205,10 +205,8 @@ void framebuffer::drop(target& t) const {
 void framebuffer::begin(const float color[4]) const {
     gl_.BindFramebuffer(GL_FRAMEBUFFER, drawn_.frame);
     gl_.Viewport(0, 0, width_, height_);
-    gl_.DepthMask(GL_TRUE); // off after a frame
     gl_.ClearColor(color[0], color[1], color[2], color[3]);
-    gl_.ClearDepthf(1);
-    gl_.Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    gl_.Clear(GL_COLOR_BUFFER_BIT);
 }
 
 std::vector<uint8_t> framebuffer::read() const {

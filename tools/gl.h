@@ -11,11 +11,10 @@
 
 // clang-format off
 #define GL_ENTRIES(X)                                                                                        \
-    X(BindFramebuffer) X(BindRenderbuffer) X(CheckFramebufferStatus) X(Clear) X(ClearColor) X(ClearDepthf)   \
-    X(ColorMask) X(DeleteFramebuffers) X(DeleteRenderbuffers) X(DepthMask) X(Disable) X(Finish)              \
-    X(FramebufferRenderbuffer) X(GenFramebuffers) X(GenRenderbuffers) X(GetError)                            \
-    X(GetIntegerv) X(GetRenderbufferParameteriv) X(GetString) X(PixelStorei) X(ReadPixels)                   \
-    X(RenderbufferStorage) X(Viewport)
+    X(BindFramebuffer) X(BindRenderbuffer) X(CheckFramebufferStatus) X(Clear) X(ClearColor)                  \
+    X(DeleteFramebuffers) X(DeleteRenderbuffers) X(Finish) X(FramebufferRenderbuffer) X(GenFramebuffers)     \
+    X(GenRenderbuffers) X(GetError) X(GetIntegerv) X(GetRenderbufferParameteriv) X(GetString)                \
+    X(PixelStorei) X(ReadPixels) X(RenderbufferStorage) X(Viewport)
 // clang-format on
 
 // GL by name: gl.Clear is glClear. The two at the end are null where the driver cannot multisample.
@@ -62,8 +61,8 @@ class framebuffer {
     int height() const { return height_; }
     int samples() const { return samples_; } // as the driver made it, 1 without multisampling
 
-    // Makes it the current framebuffer, with the viewport on all of it, clears it to a colour of 0 to 1
-    // and to the largest depth.
+    // Makes it the current framebuffer, with the viewport on all of it, and clears it to a colour of 0 to 1.
+    // The depth is left to what is drawn.
     void begin(const float color[4]) const;
 
     // Rows of RGBA bytes in GL's order: the lowest first.

@@ -1,12 +1,12 @@
 #include "info.h"
 
-#include <array>
 #include <bit>
 #include <cstdio>
 #include <cstdlib>
 #include <zlib.h>
 
 #include "base/heap.h"
+#include "data_keys.h"
 #include "json.h"
 #include "model.h"
 
@@ -14,8 +14,6 @@
 static_assert(std::endian::native == std::endian::little);
 
 namespace {
-
-constexpr std::array data_key_suffixes{"_RX", "_RY", "_RZ", "_TX", "_TY", "_TZ", "_SX", "_SY", "_SZ"};
 
 template <class T> std::string checksum(const T* values, int32_t records, size_t per_record) {
     const size_t bytes = static_cast<size_t>(records) * per_record * sizeof(T);
@@ -45,37 +43,33 @@ json describe(const trimesh& mesh, int32_t segment) {
     const material_segment& s = mesh.materials[segment];
     const material* m = s.material;
     const texture* map = m ? m->diffuseMap : nullptr;
-    return {
-        {"material",                  m ? json(m->name ? m->name : "") : json()},
-        {"start_index",               s.startIndex                             },
-        {"faces",                     trimesh_segment_end(&mesh,                 segment) - s.startIndex},
-        {"ambient",                           m ? json_floats(m->ambient,                                                            3) : json()},
-        {"diffuse",                m ? json_floats(m->diffuse,3) : json()},
-        {"specular",m ? json_floats(m->specular,                   3) : json()},
-        {"spec_exp",                  m ? json_float(m->spec_exp) : json()                                              },
-        {"alpha",                           m ? json_float(m->alpha) : json()                                                          },
-        {"diffuse_map",                           map && map->filename ? json(map->filename) : json()               }
-    };
+    return {{"material", m ? json(m->name ? m->name : "") : json()},
+            {"start_index", s.startIndex},
+            {"faces", trimesh_segment_end(&mesh, segment) - s.startIndex},
+            {"ambient", m ? json_floats(m->ambient, 3) : json()},
+            {"diffuse", m ? json_floats(m->diffuse, 3) : json()},
+            {"specular", m ? json_floats(m->specular, 3) : json()},
+            {"spec_exp", m ? json_float(m->spec_exp) : json()},
+            {"alpha", m ? json_float(m->alpha) : json()},
+            {"diffuse_map", map && map->filename ? json(map->filename) : json()}};
 }
 
 json describe(const trimesh& mesh) {
     const float* texcoords = mesh.use_textures > 0 && mesh.texcoords ? mesh.texcoords[0] : nullptr;
-    json result{
-        {"name",          mesh.name ? mesh.name : ""},
-        {"nvertices",     mesh.nvertices            },
-        {"nfaces",        mesh.nfaces               },
-        {"use_normals",   mesh.use_normals != 0     },
-        {"normals_given", mesh.calc_normals == 0    },
-        {"use_textures",  mesh.use_textures         },
-        {"position_sum",  sums(mesh.vertices,         mesh.nvertices, 3)},
-        {"texcoord_sum",             sums(texcoords,                                       mesh.nvertices, 2)},
-        {"crc32",
-         {{"vertices", checksum(mesh.vertices, mesh.nvertices, 3)},
-          {"indices", checksum(mesh.indices, mesh.nfaces, 3)},
-          {"normals", checksum(mesh.normals, mesh.nvertices, 3)},
-          {"texcoords", checksum(texcoords, mesh.nvertices, 2)}}},
-        {"segments",               json::array()                                  }
-    };
+    json result{{"name", mesh.name ? mesh.name : ""},
+                {"nvertices", mesh.nvertices},
+                {"nfaces", mesh.nfaces},
+                {"use_normals", mesh.use_normals != 0},
+                {"normals_given", mesh.calc_normals == 0},
+                {"use_textures", mesh.use_textures},
+                {"position_sum", sums(mesh.vertices, mesh.nvertices, 3)},
+                {"texcoord_sum", sums(texcoords, mesh.nvertices, 2)},
+                {"crc32",
+                 {{"vertices", checksum(mesh.vertices, mesh.nvertices, 3)},
+                  {"indices", checksum(mesh.indices, mesh.nfaces, 3)},
+                  {"normals", checksum(mesh.normals, mesh.nvertices, 3)},
+                  {"texcoords", checksum(texcoords, mesh.nvertices, 2)}}},
+                {"segments", json::array()}};
     for (int32_t i = 0; i < mesh.nmaterials; ++i)
         result["segments"].push_back(describe(mesh, i));
     return result;
@@ -85,36 +79,23 @@ json describe(const light& l) {
     const char* type = l.type == light_directional ? "directional"
                        : l.type == light_point     ? "point"
                                                    : nullptr;
-    return {
-        {"name",  l.name ? l.name : ""            },
-        {"type",  type ? json(type) : json(l.type)},
-        {"color", json_floats(l.color,              3)},
-        {"intensity",       json_float(l.intensity)                            }
-    };
+    return {{"name", l.name ? l.name : ""},
+            {"type", type ? json(type) : json(l.type)},
+            {"color", json_floats(l.color, 3)},
+            {"intensity", json_float(l.intensity)}};
 }
 
 json describe(const model& m, const host_app& host, missing_list& missing) {
-    json result{
-        {"file",     m.file()              },
-        {"format",   m.format()            },
-        {"radius",   json_float(m.radius())},
-        {"meshes",   json::array()         },
-        {"groups",   json::array()         },
-        {"lights",   json::array()         },
-        {"textures", json::array()         },
-        {"missing",  json::array()         }
-    };
+    json result{{"file", m.file()},          {"format", m.format()},    {"radius", json_float(m.radius())},
+                {"meshes", json::array()},   {"groups", json::array()}, {"lights", json::array()},
+                {"textures", json::array()}, {"missing", json::array()}};
     for (const trimesh* mesh : m.meshes())
         result["meshes"].push_back(describe(*mesh));
     for (const named_group& g : m.groups()) {
         json keys = json::array();
         for (const char* suffix : data_key_suffixes)
             keys.push_back(g.name + suffix);
-        result["groups"].push_back({
-            {"path",      g.path},
-            {"name",      g.name},
-            {"data_keys", keys  }
-        });
+        result["groups"].push_back({{"path", g.path}, {"name", g.name}, {"data_keys", keys}});
     }
     for (int32_t i = 0; i < m.tree().nlights; ++i)
         result["lights"].push_back(describe(*m.tree().lights[i]));
@@ -125,10 +106,7 @@ json describe(const model& m, const host_app& host, missing_list& missing) {
     render_context context{nullptr, &control};
     for (const std::string& path : m.textures()) {
         const heap_ptr<char> located{resource_locate(path.c_str(), &context)};
-        result["textures"].push_back({
-            {"path",  path              },
-            {"found", located != nullptr}
-        });
+        result["textures"].push_back({{"path", path}, {"found", located != nullptr}});
     }
     result["missing"] = json_missing(missing.entries());
     return result;

@@ -24,12 +24,8 @@ json json_floats(const float* values, size_t count) {
 json json_missing(const std::vector<missing_entry>& missing) {
     json list = json::array();
     for (const missing_entry& entry : missing) {
-        list.push_back({
-            {"kind",   entry.kind  },
-            {"name",   entry.name  },
-            {"path",   entry.path  },
-            {"reason", entry.reason}
-        });
+        list.push_back(
+            {{"kind", entry.kind}, {"name", entry.name}, {"path", entry.path}, {"reason", entry.reason}});
     }
     return list;
 }

@@ -1,14 +1,14 @@
 // The commands of model3d and their arguments.
 
-#include <CLI/CLI.hpp>
 #include <charconv>
 #include <cstdlib>
-#include <new>
 
 #include "attributes.h"
 #include "info.h"
+#include "program.h"
 #include "render.h"
-#include "report.h"
+
+const char* const program_name = "model3d";
 
 namespace {
 
@@ -129,7 +129,7 @@ struct command_line {
                               const char* text) {
             render->add_option(name, values, text)->allow_extra_args(false)->take_all()->type_name(type);
         };
-        render->add_option("FILE", options.file, "The model, an .obj file")->required();
+        render->add_option("FILE", options.file, "The model, an .obj or .qel file")->required();
         render->add_option("-o,--output", options.output, "The picture; - is standard output")
             ->required()
             ->type_name("OUT.png");
@@ -177,30 +177,8 @@ struct command_line {
 } // namespace
 
 int main(int argc, char** argv) {
-    try {
-        command_line line;
-        if (argc < 2) {
-            fputs(line.app.help().c_str(), stderr);
-            return exit_usage;
-        }
-        try {
-            line.app.parse(argc, argv);
-        } catch (const CLI::Success& help) {
-            return line.app.exit(help);
-        } catch (const CLI::ParseError& error) {
-            const auto& chosen = line.app.get_subcommands();
-            wrong_usage(std::string(error.what()) + " (see model3d " +
-                        (chosen.empty() ? "" : chosen.front()->get_name() + " ") + "--help)");
-        }
+    return run_program<command_line>(argc, argv, [](command_line& line) {
         line.run();
         return exit_done;
-    } catch (const failure& f) {
-        notice(f.what());
-        return f.code;
-    } catch (const std::bad_alloc&) {
-        notice("out of memory");
-    } catch (const std::exception& error) {
-        notice(error.what());
-    }
-    return exit_failed;
+    });
 }

@@ -1,11 +1,15 @@
 #include "model.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "loaders/group_obj.h"
+#include "loaders/group_qel.h"
 
 namespace {
 
@@ -13,8 +17,8 @@ void push_once(std::vector<std::string>& list, const char* text) {
     if (std::find(list.begin(), list.end(), text) == list.end()) list.emplace_back(text);
 }
 
-// The plug-in only says that a model could not be loaded: find the cause beforehand.
-void check_file(const std::string& file) {
+// The plug-in only says that a model could not be loaded: find the cause beforehand. Returns the format.
+const char* check_file(const std::string& file) {
     const auto fail = [&](const std::string& cause) { throw failure(exit_failed, file + ": " + cause); };
     struct stat status {};
     if (stat(file.c_str(), &status) != 0) fail(strerror(errno));
@@ -26,25 +30,29 @@ void check_file(const std::string& file) {
     for (char& c : ending) {
         if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + ('a' - 'A'));
     }
-    if (ending == ".qel") fail("scene files (.qel) cannot be read by this version; supported: .obj");
-    if (ending != ".obj") fail("unsupported format; supported: .obj");
+    if (ending != ".obj" && ending != ".qel") fail("unsupported format; supported: .obj, .qel");
 
     const int descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) fail(strerror(errno));
     close(descriptor);
     if (status.st_size == 0) fail("the file is empty");
+    return ending == ".obj" ? "obj" : "qel";
 }
+
+const std::array maps{&material::diffuseMap,   &material::specularMap, &material::ambientMap,
+                      &material::emissiveMap,  &material::bumpMap,     &material::normalMap,
+                      &material::reflectionMap};
 
 } // namespace
 
-model::model(const host_app& host, const std::string& file) : file_(file) {
-    check_file(file);
-
+model::model(const host_app& host, const std::string& file) : file_(file), format_(check_file(file)) {
     control_record control{};
     control.app = kora_app_record(host.get());
     render_context context{nullptr, &control};
-    if (!group_loadobj(&scene_, file.c_str(), &context)) {
-        throw failure(exit_failed, file + ": could not be loaded (unreadable, or memory is short)");
+    const bool obj = strcmp(format_, "obj") == 0;
+    if (!(obj ? group_loadobj : group_loadqel)(&scene_, file.c_str(), &context)) {
+        throw failure(exit_failed, file + (obj ? ": could not be loaded (unreadable, or memory is short)"
+                                               : ": could not be loaded (see qelf check)"));
     }
     visit(scene_.root, "");
 }
@@ -72,9 +80,26 @@ void model::visit(const group& g, const std::string& path) {
 
 void model::visit(const material& m) {
     push_once(material_names_, m.name ? m.name : "");
-    for (const texture* map : {m.diffuseMap, m.specularMap, m.ambientMap, m.emissiveMap, m.bumpMap,
-                               m.normalMap, m.reflectionMap}) {
-        if (map && map->filename) push_once(textures_, map->filename);
+    for (const auto map : maps) {
+        if (m.*map && (m.*map)->filename) push_once(textures_, (m.*map)->filename);
+    }
+}
+
+void model::for_each_texture(const std::function<void(texture&)>& use) {
+    for (const trimesh* mesh : meshes_) {
+        for (int32_t s = 0; s < mesh->nmaterials; ++s) {
+            for (const auto map : maps) {
+                texture* t = mesh->materials[s].material ? mesh->materials[s].material->*map : nullptr;
+                if (t) use(*t);
+            }
+        }
+    }
+}
+
+void model::compute_normals() {
+    // The tree is this model's own; only its readers see it as constant.
+    for (const trimesh* mesh : meshes_) {
+        trimesh_calculatenormals(const_cast<trimesh*>(mesh));
     }
 }
 

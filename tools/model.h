@@ -2,11 +2,13 @@
 #ifndef TOOLS_MODEL_H
 #define TOOLS_MODEL_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
-#include "loaders/group_obj.h"
+#include "qelf/qelf.h"
 #include "report.h"
+#include "scene/export.h"
 #include "scene/material.h"
 #include "scene/scene.h"
 #include "scene/trimesh.h"
@@ -31,7 +33,7 @@ class model {
     model& operator=(const model&) = delete;
 
     const std::string& file() const { return file_; }
-    const char* format() const { return "obj"; }
+    const char* format() const { return format_; }
     float radius() const { return scene_.root.radius; }
     const scene& tree() const { return scene_; }
 
@@ -44,11 +46,18 @@ class model {
 
     model_counts counts() const;
 
+    // For making a scene file of it: calls `use` for every texture in tree order, as often as it is used;
+    // computes the normals that the file lacks; exports the tree, or gives null without memory.
+    void for_each_texture(const std::function<void(texture&)>& use);
+    void compute_normals();
+    QELF_Node* export_root() { return group_export(&scene_.root); }
+
   private:
     void visit(const group& g, const std::string& path);
     void visit(const material& m);
 
     std::string file_;
+    const char* format_;
     scene scene_{};
     std::vector<const trimesh*> meshes_;
     std::vector<named_group> groups_;

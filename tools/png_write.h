@@ -12,11 +12,7 @@ struct picture {
     std::vector<uint8_t> pixels; // RGBA, straight alpha
 };
 
-// Throws a failure when a picture could not be written to `file` ("-": standard output), or when it would
-// replace `source`.
-void check_output(const std::string& file, const std::string& source);
-
-// Writes beside the file and renames. What is no regular file, such as a device, is written to directly.
+// Throws a failure when the picture cannot be written; see write_file.
 void write_png(const picture& image, const std::string& file);
 
 #endif

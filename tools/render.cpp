@@ -9,6 +9,7 @@
 #include "gl.h"
 #include "json.h"
 #include "model.h"
+#include "output_file.h"
 #include "png_write.h"
 #include "report.h"
 
@@ -172,32 +173,28 @@ json describe(const render_options& options, const gl_context& context, const fr
     json times = json::object();
     for (const phase_times& phase : timings) {
         const auto us = [](int64_t ns) { return static_cast<double>(ns) / 1000; };
-        times[phase.label] = {
-            {"count",    phase.count       },
-            {"total_us", us(phase.total_ns)},
-            {"min_us",   us(phase.min_ns)  },
-            {"max_us",   us(phase.max_ns)  }
-        };
+        times[phase.label] = {{"count", phase.count},
+                              {"total_us", us(phase.total_ns)},
+                              {"min_us", us(phase.min_ns)},
+                              {"max_us", us(phase.max_ns)}};
     }
-    return {
-        {"file",        options.file                   },
-        {"output",      options.output                 },
-        {"width",       target.width()                 },
-        {"height",      target.height()                },
-        {"samples",     target.samples()               },
-        {"frames",      options.frames                 },
-        {"gl_renderer", context.text(GL_RENDERER)      },
-        {"gl_version",  context.text(GL_VERSION)       },
-        {"model",
-         {{"vertices", counts.vertices},
-          {"faces", counts.faces},
-          {"segments", counts.segments},
-          {"materials", counts.materials},
-          {"textures", counts.textures},
-          {"radius", json_float(radius)}}              },
-        {"missing",     json_missing(missing.entries())},
-        {"timings",     times                          }
-    };
+    return {{"file", options.file},
+            {"output", options.output},
+            {"width", target.width()},
+            {"height", target.height()},
+            {"samples", target.samples()},
+            {"frames", options.frames},
+            {"gl_renderer", context.text(GL_RENDERER)},
+            {"gl_version", context.text(GL_VERSION)},
+            {"model",
+             {{"vertices", counts.vertices},
+              {"faces", counts.faces},
+              {"segments", counts.segments},
+              {"materials", counts.materials},
+              {"textures", counts.textures},
+              {"radius", json_float(radius)}}},
+            {"missing", json_missing(missing.entries())},
+            {"timings", times}};
 }
 
 } // namespace

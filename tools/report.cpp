@@ -12,7 +12,7 @@ std::string printable(std::string_view text) {
 }
 
 void notice(std::string_view text) {
-    fprintf(stderr, "model3d: %s\n", printable(text).c_str());
+    fprintf(stderr, "%s: %s\n", program_name, printable(text).c_str());
 }
 
 void finish_output() {

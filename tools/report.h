@@ -18,6 +18,9 @@ struct failure : std::runtime_error {
     failure(exit_code exit, const std::string& text) : std::runtime_error(text), code(exit) {}
 };
 
+// Defined beside main.
+extern const char* const program_name;
+
 // A line on standard error, after the program's name. Control characters are shown as "?".
 void notice(std::string_view text);
 
