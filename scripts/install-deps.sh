@@ -7,7 +7,7 @@
 set -eu
 
 native='build-essential cmake ninja-build pkg-config git python3
-    libfast-float-dev libpng-dev libjpeg62-turbo-dev libcli11-dev nlohmann-json3-dev
+    libfast-float-dev libpng-dev libjpeg62-turbo-dev libcli11-dev nlohmann-json3-dev libmeshoptimizer-dev
     libegl-dev libgles-dev libegl1 libgles2 libegl-mesa0 libgl1-mesa-dri
     libgtest-dev libbenchmark-dev glslang-tools clang-format clang-tidy valgrind'
 targets='g++-i686-linux-gnu g++-arm-linux-gnueabihf qemu-user googletest
