@@ -40,7 +40,8 @@ def turned(points, degrees):
     return [(x * c - y * s, x * s + y * c) for x, y in points]
 
 
-def dial_texture():
+def dial_texture(value=VALUE):
+    """The dial with the light of a needle at `value`, or as it is behind a needle that moves: None."""
     canvas = Canvas(SIZE, SIZE)
     mid = SIZE / 2
     unit_px = mid / DIAL_RADIUS
@@ -66,14 +67,14 @@ def dial_texture():
     # The scale: a thin track, the red zone, ticks.
     canvas.ring(mid, mid, 0.800 * unit_px, 0.806 * unit_px, INK, -angle(0), -angle(200), 0.55)
     canvas.ring(mid, mid, 0.775 * unit_px, 0.806 * unit_px, RED, -angle(200), -angle(240))
-    for value in range(0, FULL_SCALE + 1, 5):
-        a, hot = angle(value), value >= 200
-        inner, width = (0.70, 8.0) if value % 20 == 0 else (0.735, 4.6) if value % 10 == 0 else (0.762, 2.8)
-        ink = RED if hot and value % 20 else INK
-        canvas.line(spot(a, inner), spot(a, 0.80), width, ink, 1.0 if value % 10 == 0 else 0.85)
-    for value in range(0, FULL_SCALE + 1, 20):
-        x, y = spot(angle(value), 0.575)
-        canvas.text(str(value), x, y, 50, 6.6, RED if value >= 200 else INK, spread=0.92)
+    for mark in range(0, FULL_SCALE + 1, 5):
+        a, hot = angle(mark), mark >= 200
+        inner, width = (0.70, 8.0) if mark % 20 == 0 else (0.735, 4.6) if mark % 10 == 0 else (0.762, 2.8)
+        ink = RED if hot and mark % 20 else INK
+        canvas.line(spot(a, inner), spot(a, 0.80), width, ink, 1.0 if mark % 10 == 0 else 0.85)
+    for mark in range(0, FULL_SCALE + 1, 20):
+        x, y = spot(angle(mark), 0.575)
+        canvas.text(str(mark), x, y, 50, 6.6, RED if mark >= 200 else INK, spread=0.92)
     # Unit and the trip display.
     canvas.text("km/h", mid, mid + 0.245 * unit_px, 36, 4.4, INK, 0.9)
     left, top, right, bottom = mid - 132, mid + 0.40 * unit_px, mid + 132, mid + 0.535 * unit_px
@@ -82,14 +83,15 @@ def dial_texture():
     canvas.text("128406", mid - 36, (top + bottom) / 2, 38, 4.2, rgb("8fe6ff"))
     canvas.text("km", mid + 96, (top + bottom) / 2 + 3, 32, 3.4, rgb("8fe6ff"), 0.8)
     # Shadows of the needle, the hub ring and the bezel; the light stands high on the left.
-    shadow = turned(needle_outline(0.004), angle(VALUE))
-    canvas.polygon([(mid + x * unit_px + 12, mid - y * unit_px + 20) for x, y in shadow], (0, 0, 0), 0.55, 16)
+    if value is not None:
+        shadow = turned(needle_outline(0.004), angle(value))
+        canvas.polygon([(mid + x * unit_px + 12, mid - y * unit_px + 20) for x, y in shadow], (0, 0, 0), 0.55, 16)
     canvas.disc(mid + 10, mid + 18, 0.19 * unit_px, (0, 0, 0), 0.6, 30)
     edge = 0.845 * unit_px
     canvas.fill(lambda x, y: edge - math.hypot(x - mid - 14, y - mid - 30), (0, 0, SIZE, SIZE), (0, 0, 0), 0.6, 44)
-    # The part travelled glows.
-    canvas.ring(mid, mid, 0.813 * unit_px, 0.828 * unit_px, AMBER, -angle(0), -angle(VALUE))
-    canvas.ring(mid, mid, 0.790 * unit_px, 0.850 * unit_px, AMBER, -angle(0), -angle(VALUE), 0.22, 26)
+    if value is not None:  # the part travelled glows
+        canvas.ring(mid, mid, 0.813 * unit_px, 0.828 * unit_px, AMBER, -angle(0), -angle(value))
+        canvas.ring(mid, mid, 0.790 * unit_px, 0.850 * unit_px, AMBER, -angle(0), -angle(value), 0.22, 26)
     return canvas
 
 
@@ -113,10 +115,10 @@ def face_uv(radius):
     return lambda i, s, r, x, y, h: (0.5 + x / (2 * radius), 0.5 + y / (2 * radius))
 
 
-def needle(model):
+def needle(model, degrees):
     """A bar with a ridge: two sloping sides, blunt ends."""
     low, high = 0.050, 0.086
-    c, s = math.cos(math.radians(angle(VALUE))), math.sin(math.radians(angle(VALUE)))
+    c, s = math.cos(math.radians(degrees)), math.sin(math.radians(degrees))
     frame = Frame((0, 0, 0), (c, s, 0), (-s, c, 0), (0, 0, 1))
     tail_low, wide_low, tip_low, tip_high, wide_high, tail_high = needle_outline()
     ridge = [(-0.09, 0, high - 0.006), (0.0, 0, high), (0.692, 0, low + 0.014)]
@@ -143,17 +145,27 @@ def needle(model):
     quad([under(p) for p in reversed(rim)])
 
 
-def build(folder):
-    m = Model("gauge")
-    m.material("housing", (0.10, 0.10, 0.11), (0.13, 0.13, 0.14), (0.35, 0.35, 0.35), 24)
-    m.material("bezel", (1, 1, 1), (0.62, 0.62, 0.62), (0.65, 0.65, 0.65), 60, texture="bezel.png")
-    m.material("reveal", (0.05, 0.05, 0.06), (0.07, 0.07, 0.08), (0.25, 0.25, 0.25), 30)
-    m.material("dial", (1.1, 1.1, 1.1), (0.85, 0.85, 0.85), (0.05, 0.05, 0.05), 12, texture="dial.png")
-    m.material("trim", (0.45, 0.46, 0.48), (0.45, 0.46, 0.48), (0.8, 0.8, 0.8), 30)
-    m.material("needle", (0.80, 0.16, 0.04), (0.95, 0.20, 0.05), (0.45, 0.40, 0.35), 30)
-    m.material("hub", (0.06, 0.06, 0.07), (0.10, 0.10, 0.11), (0.75, 0.75, 0.75), 50)
-    m.material("glass", (1, 1, 1), (0.55, 0.57, 0.6), (0.9, 0.9, 0.9), 180, d=0.45, texture="glass.png")
+def bezel_outline():
+    return rounded(
+        [(0.91, -0.14), (0.97, -0.10, 0.03), (1.0, 0.02, 0.06)]
+        + [(0.985, 0.115, 0.05), (0.905, 0.12, 0.05), (0.875, 0.05)],
+        steps=6,
+    )
 
+
+def materials(model, dial="dial.png"):
+    model.material("housing", (0.10, 0.10, 0.11), (0.13, 0.13, 0.14), (0.35, 0.35, 0.35), 24)
+    model.material("bezel", (1, 1, 1), (0.62, 0.62, 0.62), (0.65, 0.65, 0.65), 60, texture="bezel.png")
+    model.material("reveal", (0.05, 0.05, 0.06), (0.07, 0.07, 0.08), (0.25, 0.25, 0.25), 30)
+    model.material("dial", (1.1, 1.1, 1.1), (0.85, 0.85, 0.85), (0.05, 0.05, 0.05), 12, texture=dial)
+    model.material("trim", (0.45, 0.46, 0.48), (0.45, 0.46, 0.48), (0.8, 0.8, 0.8), 30)
+    model.material("needle", (0.80, 0.16, 0.04), (0.95, 0.20, 0.05), (0.45, 0.40, 0.35), 30)
+    model.material("hub", (0.06, 0.06, 0.07), (0.10, 0.10, 0.11), (0.75, 0.75, 0.75), 50)
+    model.material("glass", (1, 1, 1), (0.55, 0.57, 0.6), (0.9, 0.9, 0.9), 180, d=0.45, texture="glass.png")
+
+
+def case(m):
+    """Everything behind the needle."""
     m.object("housing")
     shell = rounded([(0, -0.60), (0.60, -0.60, 0.05), (0.70, -0.50, 0.08), (0.88, -0.22, 0.05), (0.93, -0.10)])
     lathe(m, "housing", shell, 72)
@@ -164,32 +176,39 @@ def build(folder):
     rounded_box(m, "housing", (0.34, 0.20, 0.16), 0.025, Frame((0, -0.12, -0.65)))
 
     m.object("bezel")
-    bezel = rounded(
-        [(0.91, -0.14), (0.97, -0.10, 0.03), (1.0, 0.02, 0.06)]
-        + [(0.985, 0.115, 0.05), (0.905, 0.12, 0.05), (0.875, 0.05)],
-        steps=6,
-    )
-    lathe(m, "bezel", bezel, 120, uv=lambda i, s, r, x, y, h: (i, s))
+    lathe(m, "bezel", bezel_outline(), 120, uv=lambda i, s, r, x, y, h: (i, s))
     m.object("dial")
     lathe(m, "reveal", rounded([(0.878, 0.055), (0.855, -0.002)]), 96)
     lathe(m, "dial", [(0.86, 0, 0, 1), (0.0001, 0, 0, 1)], 96, uv=face_uv(DIAL_RADIUS))
     lathe(m, "trim", rounded([(0.367, -0.01), (0.367, 0.014, 0.006), (0.349, 0.014, 0.006), (0.349, -0.01)]), 96)
 
-    m.object("needle")
-    needle(m)
+
+def hub(m):
     lathe(m, "trim", rounded([(0.15, 0.0), (0.15, 0.065, 0.02), (0.128, 0.078, 0.01), (0.115, 0.075)]), 64)
     cap, lean = [(0.122, 0.07, 1, 0)], math.cos(math.radians(35))
     for x, y in arc(0, 0, 0.122, 0, 89.9, 10, 0.05):
         cap.append((x, 0.075 + y, x / 0.122 * lean, math.sqrt(1 - (x / 0.122 * lean) ** 2)))
     lathe(m, "hub", cap, 64)
 
-    m.object("glass")
+
+def glass(m):
     rim = 0.885
     lathe(m, "glass", dome(rim, 0.10, 12, 0.085), 96, uv=face_uv(rim))
+
+
+def build(folder):
+    m = Model("gauge")
+    materials(m)
+    case(m)
+    m.object("needle")
+    needle(m, angle(VALUE))
+    hub(m)
+    m.object("glass")
+    glass(m)
 
     radius = m.recentre()
     m.save(folder)
     dial_texture().save(os.path.join(folder, "dial.png"))
     glass_texture().save(os.path.join(folder, "glass.png"))
-    chrome_strip(bezel).save(os.path.join(folder, "bezel.png"))
+    chrome_strip(bezel_outline()).save(os.path.join(folder, "bezel.png"))
     return m, radius

@@ -58,8 +58,9 @@ class Frame:
 class Material:
     """One MTL record; `texture` is a file name beside the OBJ file."""
 
-    def __init__(self, name, ka, kd, ks=(0, 0, 0), ns=1, d=1, texture=None):
+    def __init__(self, name, ka, kd, ks=(0, 0, 0), ns=1, d=1, texture=None, ke=(0, 0, 0)):
         self.name, self.ka, self.kd, self.ks, self.ns, self.d, self.texture = name, ka, kd, ks, ns, d, texture
+        self.ke = ke  # scene files only
 
     def lines(self):
         def triple(key, c):
