@@ -128,7 +128,6 @@ class ToolTest(unittest.TestCase):
             (1, ["folder.obj", *out], ["folder.obj", "directory"]),
             (1, ["empty.obj", *out], ["empty.obj", "empty"]),
             (1, ["model.stl", *out], ["model.stl", "unsupported format", ".obj"]),
-            (1, ["scene.qel", *out], ["scene.qel"]),
             (1, ["quad.obj", "-o", "none/out.png"], ["none/out.png", "No such file"]),
             (1, ["quad.obj", "-o", "folder.obj"], ["folder.obj", "directory"]),
             (2, ["quad.obj", "-o", f"../{self.folder.name}/quad.obj"], ["replace"]),
@@ -156,8 +155,11 @@ class ToolTest(unittest.TestCase):
                 self.assertEqual(errors.count("\n"), 1, errors)
                 for word in ["model3d: ", *words]:
                     self.assertIn(word, errors)
-        for name in ("none.obj", "folder.obj", "empty.obj", "model.stl", "scene.qel"):
+        for name in ("none.obj", "folder.obj", "empty.obj", "model.stl"):
             self.assertIn(name, self.run_tool("info", name, code=1)[1])
+        # The loader of scene files says more before.
+        for args in (["info", "scene.qel"], ["render", "scene.qel", *out]):
+            self.assertRegex(self.run_tool(*args, code=1)[1], r"(?m)^model3d: scene\.qel: .*\n\Z")
         for args in ([], ["info"], ["draw"], ["info", "quad.obj", "--frames", "1"]):
             self.assertIn("model3d", self.run_tool(*args, code=2)[1])
         if os.geteuid() != 0:
