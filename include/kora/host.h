@@ -57,20 +57,23 @@ KORA_API const char* kora_app_error(const kora_app* app);
 /* The record that plug-ins see. */
 KORA_API app_record* kora_app_record(kora_app* app);
 
-/* Loads a plug-in, registers its shader pool and initialises it with `options` (may be null). */
+/* Loads a plug-in, registers its shader pool and initialises it with `options` (may be null). Its library
+ * stays in the process for good. Applications that share one share its program caches and one context. */
 KORA_API int kora_app_load_plugin(kora_app* app, const char* path, const char* options);
 
 /* Adds a folder that relative resource names are looked up in, after those added before. Without any
  * root, names are relative to the current folder. */
 KORA_API int kora_app_add_resource_root(kora_app* app, const char* folder);
 
+/* For images loaded from now on. The default is KORA_NPOT_AUTO. */
 KORA_API void kora_app_set_npot_mode(kora_app* app, kora_npot_mode mode);
 
 /* Sets the timing hook; null switches it off. */
 KORA_API void kora_app_set_timing_hook(kora_app* app, kora_timing_hook hook);
 
-/* Told of every resource that was asked for and could not be had: `kind` is "file" or "image", `name`
- * what was asked for, `path` a path tried, `reason` why. One call for every path tried. Null: nobody. */
+/* Told of every resource that was asked for and could not be had: `kind` is "image" for what the image
+ * pool should read and else "file", `name` what was asked for, `path` a path tried, `reason` why. One call
+ * for every path tried. Null: nobody. */
 typedef void (*kora_missing_callback)(const char* kind, const char* name, const char* path,
                                       const char* reason, void* user);
 KORA_API void kora_app_set_missing_callback(kora_app* app, kora_missing_callback callback, void* user);
@@ -108,13 +111,14 @@ KORA_API void kora_app_set_target(kora_app* app, const kora_target* target);
 KORA_API kora_control* kora_control_create(kora_app* app, const char* name, const char* extension, int32_t x,
                                            int32_t y, int32_t width, int32_t height);
 
-/* A control with a copy of `source`'s extension state. */
+/* A control with a copy of `source`'s extension state, in the same place. */
 KORA_API kora_control* kora_control_copy(kora_control* source, const char* name);
 
 KORA_API void kora_control_destroy(kora_control* control);
 
 /* Sets an attribute from a text, converted to the attribute's own format. Numbers are read in the "C"
- * locale whatever the program's. Fails for an unknown name or a text that is no value of its kind. */
+ * locale whatever the program's, unsigned ones also as 0x and hexadecimal digits. Fails for an unknown name
+ * or a text that is no value of its kind. An integer does for a float attribute, but not the reverse. */
 KORA_API int kora_control_set(kora_control* control, const char* attribute, const char* value);
 KORA_API int kora_control_set_int(kora_control* control, const char* attribute, int32_t value);
 KORA_API int kora_control_set_float(kora_control* control, const char* attribute, float value);
@@ -122,7 +126,8 @@ KORA_API int kora_control_set_float(kora_control* control, const char* attribute
 KORA_API void kora_control_set_rect(kora_control* control, int32_t x, int32_t y, int32_t width,
                                     int32_t height);
 
-/* Runs the extension's dirty check. Nonzero when the control was changed since its last frame. */
+/* Runs the extension's dirty check. Nonzero when the control was changed since its last frame, when it has
+ * none yet, and after a presleep or a new target. */
 KORA_API int kora_control_dirty(kora_control* control);
 
 /* Draws into the current framebuffer, whose size is the current viewport's. */

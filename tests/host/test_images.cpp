@@ -35,6 +35,7 @@ struct images : testing::Test {
     std::filesystem::path folder =
         std::filesystem::temp_directory_path() / ("kora_images_" + std::to_string(getpid()));
     std::vector<std::string> missing;
+    kora_reference* held = nullptr; // by the last load
     image_info info{};
     long fail_at = -1;                     // which allocation of the next load
     size_t largest = 0;                    // allocation of the last load
@@ -65,15 +66,13 @@ struct images : testing::Test {
         EXPECT_EQ(pwrite(memory, data, size, 0), static_cast<ssize_t>(size));
 
         const app_services& services = *kora_app_record(app)->services;
-        kora_reference* reference = nullptr;
         {
             const heap_watch watch(fail_at);
-            reference =
-                services.resource->get_reference(services.resource, "image", path.c_str(), nullptr, 0);
+            held = services.resource->get_reference(services.resource, "image", path.c_str(), nullptr, 0);
             largest = watch.largest;
         }
-        if (!reference) return false;
-        void* image = services.resource->get_data(services.resource, reference);
+        if (!held) return false;
+        void* image = services.resource->get_data(services.resource, held);
         memset(&info, 0xee, sizeof info);
         services.graphics->describe_image(services.graphics, image, 1, &info, sizeof info);
         return true;
@@ -214,14 +213,37 @@ TEST_F(images, are_padded_to_powers_of_two_when_the_driver_needs_it) {
 TEST_F(images, are_described_within_the_size_given) {
     ASSERT_TRUE(load({"a.tga", tga(2, 24, 0), look::opaque}));
     const app_services& services = *kora_app_record(app)->services;
-    kora_reference* reference =
-        services.resource->get_reference(services.resource, "image", (folder / "a.tga").c_str(), nullptr, 0);
     image_info cut;
     memset(&cut, 0xee, sizeof cut);
-    services.graphics->describe_image(services.graphics, reference->data, 1, &cut, 20);
+    services.graphics->describe_image(services.graphics, held->data, 1, &cut, 20);
     EXPECT_EQ(cut.buffer_height, 3);
     EXPECT_EQ(cut.reserved0[0], 0xeeeeeeeeu);
     EXPECT_EQ(services.graphics->describe_image(services.graphics, nullptr, 1, &cut, sizeof cut), 0);
+}
+
+TEST_F(images, wait_idle_within_a_budget) {
+    // 64 MiB each, all of the budget.
+    bytes file = bmp(1, 0, false);
+    file[19] = file[23] = 0x10;
+    file[18] = file[22] = 0;
+    file.resize(62 + size_t{4096} * 4096 / 8);
+    ASSERT_TRUE(load("first", file.data(), file.size()));
+    std::filesystem::create_symlink("/proc/self/fd/" + std::to_string(memory), folder / "second");
+
+    resource_manager* resources = kora_app_record(app)->services->resource;
+    const std::string first = folder / "first", second = folder / "second";
+    const auto reads = [&](const std::string& path) {
+        const heap_watch watch;
+        held = resources->get_reference(resources, "image", path.c_str(), nullptr, 0);
+        resources->release(resources, held);
+        return watch.allocations > 0;
+    };
+    resources->release(resources, held);
+    EXPECT_FALSE(reads(first));
+    EXPECT_FALSE(reads(first));
+    EXPECT_TRUE(reads(second));
+    EXPECT_FALSE(reads(second));
+    EXPECT_TRUE(reads(first)) << "the longest idle had to go";
 }
 
 TEST_F(images, survive_every_failing_allocation) {
