@@ -9,9 +9,9 @@ import os
 import sys
 
 sys.dont_write_bytecode = True
-from assets import scenelib, speedometer  # noqa: E402
+from assets import lights, robot, scenelib, speedometer  # noqa: E402
 
-SCENES = {m.__name__.split(".")[1]: m.build for m in (speedometer,)}
+SCENES = {m.__name__.split(".")[1]: m.build for m in (speedometer, robot, lights)}
 
 
 def main():
