@@ -266,6 +266,15 @@ class ToolTest(unittest.TestCase):
                 self.assertGreater(filled, 0.5 if "camera_field_of_view=100" in sets else 0.7)
                 self.assertAlmostEqual(left + right, width - 1, delta=0.12 * width)
 
+    def test_data_values_move_groups(self):
+        robot = str(Path(__file__).parents[2] / "assets/robot/robot.qel")
+        groups = {g["name"]: g["data_keys"] for g in self.info(robot)["groups"]}
+        self.assertEqual(groups["elbow"], [f"elbow_{kind}{axis}" for kind in "RTS" for axis in "XYZ"])
+        plain, moved, other = [self.picture("--size", "96x72", *data, file=robot, view=["--samples", "1"])
+                               for data in ([], ["--data", "elbow_RZ=45"], ["--data", "ankle_RZ=45"])]
+        self.assertTrue(plain != moved)
+        self.assert_same_picture(other, plain)
+
     def test_json_tells_about_the_run(self):
         facts = json.loads(self.run_tool("render", "quad.obj", "-o", "out.png", "--json", "--size", "40x30",
                                          "--rotation", "270", "--frames", "3", "--samples", "1000")[0])
