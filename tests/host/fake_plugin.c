@@ -27,19 +27,10 @@ typedef struct fake_state {
     float shown;
 } fake_state;
 
-static const renderext_arg args[] = {
-    {0,  "x",       "4s1"},
-    {1,  "y",       "4s1"},
-    {2,  "width",   "4u1"},
-    {3,  "height",  "4u1"},
-    {9,  "alpha",   "4u1"},
-    {12, "whole",   "4s1"},
-    {13, "real",    "4f1"},
-    {14, "natural", "4u1"},
-    {15, "text",    "1s0"},
-    {16, "odd",     "2s3"},
-    {0,  NULL,      NULL }
-};
+static const renderext_arg args[] = {{0, "x", "4s1"},      {1, "y", "4s1"},        {2, "width", "4u1"},
+                                     {3, "height", "4u1"}, {9, "alpha", "4u1"},    {12, "whole", "4s1"},
+                                     {13, "real", "4f1"},  {14, "natural", "4u1"}, {15, "text", "1s0"},
+                                     {16, "odd", "2s3"},   {0, NULL, NULL}};
 
 static void parse(int32_t id, const void* value, renderext_instance* rext) {
     if (id < 12) kor_renderext_common_parse(id, value, rext);
