@@ -3,7 +3,8 @@
 include(CMakePackageConfigHelpers)
 
 install(TARGETS kora model3d_plugin LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(DIRECTORY include/kora include/model3d DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN *.h)
+install(DIRECTORY include/iff include/kora include/model3d include/qelf DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
+        FILES_MATCHING PATTERN *.h)
 
 foreach(document README.md CHANGELOG.md LICENSE)
   if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${document})

@@ -11,14 +11,14 @@ import subprocess
 import sys
 
 
-def declared(headers, mark):
+def declared(folders, mark):
     names = set()
-    for header in sorted(headers.glob("*.h")):
+    for header in (path for folder in folders for path in sorted(folder.glob("*.h"))):
         text = re.sub(r"/\*.*?\*/", " ", header.read_text(), flags=re.S)
         text = re.sub(r"^[ \t]*#.*$", " ", text, flags=re.M)
         for declaration in re.findall(rf"\b{mark}\b([^;]*);", text):
             # A function's name stands before its first parenthesis, a variable's at the end.
-            names.add(re.search(r"(\w+)\s*$", declaration.split("(")[0]).group(1))
+            names.add(re.search(r"(\w+)\s*(?:\[\w*\]\s*)?$", declaration.split("(")[0]).group(1))
     return names
 
 
@@ -27,7 +27,7 @@ def main():
     parser.add_argument("library")
     parser.add_argument("--readelf", required=True)
     parser.add_argument("--mark", required=True)
-    parser.add_argument("--headers", required=True, type=pathlib.Path)
+    parser.add_argument("--headers", required=True, nargs="+", type=pathlib.Path)
     parser.add_argument("--soname", required=True)
     parser.add_argument("--needed", nargs="+")
     options = parser.parse_args()
@@ -60,7 +60,7 @@ def main():
                 if len(s) >= 8 and s[4] in ("GLOBAL", "WEAK", "UNIQUE") and s[6] not in ("UND", "ABS")}
     expected = declared(options.headers, options.mark)
     if not expected:
-        faults.append(f"no {options.mark} declaration in {options.headers}")
+        faults.append(f"no {options.mark} declaration in {' '.join(map(str, options.headers))}")
     compare("exported symbol", expected, exported)
 
     for fault in faults:
