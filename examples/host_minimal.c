@@ -78,6 +78,10 @@ int main(int argc, char** argv) {
         kora_control_render(control); /* a model that cannot be drawn is told by the log */
         result = write_ppm(argv[4]) ? 0 : give_up(argv[4], "could not be written");
     }
-    kora_app_destroy(app);
+    kora_app_destroy(app); /* while the context is still current */
+    const EGLDisplay display = eglGetCurrentDisplay();
+    const EGLContext context = eglGetCurrentContext();
+    eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+    eglDestroyContext(display, context);
     return result;
 }
