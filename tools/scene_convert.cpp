@@ -72,13 +72,14 @@ owned_tree from_obj(const std::string& in, const std::string& out) {
     add_chunk(form, unwrap(source.export_root()));
     for (size_t i = 0; i < textures.size(); ++i) {
         QELF_Texture* texture = QELF_createTexture();
-        add_chunk(form, texture);
+        if (!texture) no_memory();
         texture->index = static_cast<uint32_t>(i);
         const std::string name = fs::path(textures[i]).stem().string();
-        if (!QELF_setTextureName(texture, name.c_str()) ||
-            !QELF_setTexturePath(texture, textures[i].c_str())) {
-            no_memory();
-        }
+        // The form counts what the texture's size is when it is added.
+        const bool set =
+            QELF_setTextureName(texture, name.c_str()) && QELF_setTexturePath(texture, textures[i].c_str());
+        add_chunk(form, texture);
+        if (!set) no_memory();
     }
     return tree;
 }
