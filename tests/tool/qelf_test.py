@@ -146,7 +146,8 @@ class QelfTest(unittest.TestCase):
         (self.folder / "out").mkdir()
         self.write("tex/a.png", b"")
         self.write("m.mtl", b"newmtl a\nmap_Kd tex/a.png\nnewmtl b\nmap_Kd tex/../tex/a.png\n")
-        self.write("m.obj", b"mtllib m.mtl\nv 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\nusemtl a\nf 1 2 3 4\nusemtl b\nf 4 3 2 1\n")
+        squares = b"".join(b"v %d %d %d\n" % (x, y, z) for z in (0, 1) for x, y in ((0, 0), (1, 0), (1, 1), (0, 1)))
+        self.write("m.obj", b"mtllib m.mtl\n" + squares + b"usemtl a\nf 1 2 3 4\nusemtl b\nf 5 6 7 8\n")
         for weld, vertices, notice in ([], 10, ""), (["--weld"], 8, "saved 2 vertices"):
             errors = self.run_tool("convert", "m.obj", "out/m.qel", *weld)[1]
             self.assertIn(notice, errors)
