@@ -1,11 +1,13 @@
 """A scene with a warm point light and a cool directional one, for lighting_mode=model.
 
-orbit_RY carries the lamp around the pedestal, lamp_TY raises it; sun_RX and sun_RZ turn the directional light.
+orbit_RY carries the lamp around the pedestal, lamp_TY (0.8 to 1.15) raises it; sun_RX and sun_RZ turn the
+directional light.
 """
 
 import math
 import os
 
+from assets.gauge import face_uv
 from assets.mesh import Frame, Model
 from assets.paint import Canvas, noise
 from assets.robot import up
@@ -14,7 +16,7 @@ from assets.scenelib import DIRECTIONAL, POINT
 from assets.shapes import arc, lathe, rounded, rounded_box
 
 FLOOR, RING = 1.6, 1.02
-PLACES = [(RING * math.sin(math.radians(a)), RING * math.cos(math.radians(a))) for a in range(0, 360, 60)]
+PLACES = [(RING * math.sin(math.radians(a)), RING * math.cos(math.radians(a))) for a in range(30, 390, 60)]
 
 
 def floor_texture(size=512):
@@ -45,8 +47,7 @@ def stage(model):
     rim = [(FLOOR - 0.05, -0.08), (FLOOR, -0.08, 0.02), (FLOOR, 0, 0.02), (FLOOR - 0.03, 0)]
     lathe(model, "stone", rounded(rim), 96, up())
     rings = [(FLOOR - 0.03) * (1 - k / 30) for k in range(30)] + [0.0001]
-    uv = lambda i, s, r, x, y, h: (0.5 + x / (2 * FLOOR), 0.5 + y / (2 * FLOOR))  # noqa: E731
-    lathe(model, "floor", [(r, 0, 0, 1) for r in rings], 96, up(), uv=uv)
+    lathe(model, "floor", [(r, 0, 0, 1) for r in rings], 96, up(), uv=face_uv(FLOOR))
     steps = [(0.52, 0), (0.52, 0.09, 0.02), (0.42, 0.09, 0.01), (0.42, 0.18, 0.02), (0.30, 0.18, 0.01)]
     steps += [(0.26, 0.26, 0.05), (0.25, 0.38, 0.04), (0.31, 0.42, 0.02), (0.31, 0.47, 0.015), (0.0001, 0.47)]
     lathe(model, "stone", rounded(steps), 80, up())
@@ -54,7 +55,7 @@ def stage(model):
 
 def exhibits(model):
     ball(model, "chalk", 0.34, up(0, 0.47 + 0.335, 0), 72)
-    for (x, z), material in zip(PLACES, ("lacquer", None, "brass", "jade", None, "graphite")):
+    for (x, z), material in zip(PLACES, ("jade", None, "brass", "graphite", None, "lacquer")):
         if material:
             ball(model, material, 0.22, up(x, 0.22, z))
     x, z = PLACES[1]
@@ -66,13 +67,19 @@ def exhibits(model):
     rounded_box(model, "lacquer", (0.34, 0.34, 0.34), 0.04, Frame((x, 0.17, z), (c, 0, -s), (0, 1, 0), (s, 0, c)), 5)
 
 
-def lamp_post(model, height):
-    """The bulb is at the group's origin, where the light is."""
+def bulb(model):
+    """At the group's origin, where the light is; its rod slides in the post."""
     ball(model, "bulb", 0.055, up(), 32)
     cap = [(0.0001, -0.082), (0.028, -0.082, 0.004), (0.034, -0.04, 0.004), (0.02, -0.04)]
     lathe(model, "brass", rounded(cap), 32, up())
-    lathe(model, "graphite", rounded([(0.012, -height), (0.012, -0.08)]), 20, up())
-    lathe(model, "graphite", rounded([(0.07, -height), (0.07, 0.015 - height, 0.006), (0.0001, 0.02 - height)]), 40, up())
+    lathe(model, "steel", rounded([(0.0001, -0.75), (0.010, -0.75), (0.010, -0.08)]), 20, up())
+
+
+def post(model, frame):
+    foot = [(0.08, 0.0), (0.08, 0.02, 0.008), (0.017, 0.03, 0.02), (0.017, 0.40)]
+    lathe(model, "graphite", rounded(foot), 40, frame)
+    collar = [(0.017, 0.39), (0.023, 0.40, 0.003), (0.023, 0.43, 0.004), (0.009, 0.43)]
+    lathe(model, "brass", rounded(collar), 32, frame)
 
 
 def build(library, folder):
@@ -83,6 +90,7 @@ def build(library, folder):
     palette.material("brass", (0.55, 0.40, 0.14), (0.62, 0.45, 0.16), (0.95, 0.80, 0.45), 28)
     palette.material("jade", (0.12, 0.42, 0.30), (0.16, 0.55, 0.38), (0.45, 0.50, 0.46), 48)
     palette.material("graphite", (0.08, 0.08, 0.09), (0.12, 0.12, 0.13), (0.80, 0.80, 0.85), 64)
+    palette.material("steel", (0.40, 0.40, 0.42), (0.45, 0.45, 0.47), (0.75, 0.75, 0.78), 36)
     palette.material("bulb", (1, 0.9, 0.7), (0.1, 0.1, 0.1), ke=(1.0, 0.86, 0.58))
     palette.material("floor", (0.80, 0.80, 0.80), (0.80, 0.80, 0.80), (0.04, 0.04, 0.04), 10, texture="floor.png")
     materials = palette.materials
@@ -90,12 +98,12 @@ def build(library, folder):
     root = Group("lights", (0, -0.45, 0), reach=1.75)
     stage(root.model(materials))
     exhibits(root.model(materials))
-    orbit = root.group("orbit", rotation=(0, 35, 0))
-    height = 0.80
-    lamp = orbit.group("lamp", (0, height, 0.70))
-    lamp_post(lamp.model(materials), height)
+    orbit = root.group("orbit", rotation=(0, 60, 0))
+    post(orbit.model(materials), up(0, 0, 0.70))
+    lamp = orbit.group("lamp", (0, 0.80, 0.70))
+    bulb(lamp.model(materials))
     lamp.add(Light("bulb", POINT, (1.0, 0.72, 0.42), 85))
-    sun = root.group("sun", rotation=(-35, 0, 48))
+    sun = root.group("sun", rotation=(15, 0, 48))
     sun.add(Light("sky", DIRECTIONAL, (0.42, 0.58, 1.0), 60))
 
     floor_texture().save(os.path.join(folder, "floor.png"))

@@ -7,6 +7,7 @@ upright. finger_left_TX (negative) and finger_right_TX (positive) open the gripp
 import math
 import os
 
+from assets.gauge import face_uv
 from assets.mesh import Frame, Model
 from assets.paint import Canvas, clouds, rgb
 from assets.scene import Group, save
@@ -29,6 +30,10 @@ def sides(x, y, z):
     yield Frame((x, y, -z), (-1, 0, 0), (0, 1, 0), (0, 0, -1))
 
 
+def moved(frame, x, y, z):
+    return Frame(frame.place((x, y, z)), frame.x, frame.y, frame.z)
+
+
 def link(low_radius, high_radius, low, high, steps=18):
     """The outline around two circles at heights `low` and `high` of the y axis."""
     lean = math.degrees(math.asin((low_radius - high_radius) / (high - low)))
@@ -46,14 +51,14 @@ def button(model, material, radius, height, frame, bevel=0.012, segments=48):
 def screws(model, count, ring, radius, frame, start=0.0):
     for k in range(count):
         a = math.radians(start + 360 * k / count)
-        place = frame.place((ring * math.cos(a), ring * math.sin(a), 0))
-        button(model, "steel", radius, radius * 0.8, Frame(place, frame.x, frame.y, frame.z), radius * 0.3, 12)
+        place = moved(frame, ring * math.cos(a), ring * math.sin(a), 0)
+        button(model, "steel", radius, radius * 0.8, place, radius * 0.3, 12)
 
 
 def motor(model, radius, height, frame):
     """A joint's cover: a dark drum with a steel lid and its screws."""
     button(model, "dark", radius, height, frame, 0.018)
-    lid = Frame(frame.place((0, 0, height - 0.001)), frame.x, frame.y, frame.z)
+    lid = moved(frame, 0, 0, height - 0.001)
     button(model, "steel", radius * 0.46, 0.012, lid, 0.006)
     screws(model, 8, radius * 0.70, radius * 0.075, lid)
 
@@ -86,21 +91,22 @@ def floor_texture(size=768):
 
 def cell(model):
     """What does not move: floor, pedestal, stands."""
-    lathe(model, "dark", rounded([(FLOOR - 0.03, -0.05), (FLOOR, -0.05, 0.01), (FLOOR, 0, 0.008), (FLOOR - 0.01, 0)]), 96, up())
+    rim = [(FLOOR - 0.03, -0.05), (FLOOR, -0.05, 0.01), (FLOOR, 0, 0.008), (FLOOR - 0.01, 0)]
+    lathe(model, "dark", rounded(rim), 96, up())
     rings = [(FLOOR - 0.01) * (1 - k / 12) for k in range(12)] + [0.0001]
-    uv = lambda i, s, r, x, y, h: (0.5 + x / (2 * FLOOR), 0.5 + y / (2 * FLOOR))  # noqa: E731
-    lathe(model, "floor", [(r, 0, 0, 1) for r in rings], 96, up(), uv=uv)
+    lathe(model, "floor", [(r, 0, 0, 1) for r in rings], 96, up(), uv=face_uv(FLOOR))
     plate = rounded([(-0.36, -0.36), (0.36, -0.36), (0.36, 0.36), (-0.36, 0.36)], 0.06, closed=True, steps=6)
     extrude(model, "dark", plate, 0, 0.05, up(), 0.012)
     screws(model, 4, 0.42, 0.026, up(0, 0.05), 45)
-    column = [(0.31, 0.05), (0.31, 0.09, 0.012), (0.27, 0.10, 0.03), (0.25, 0.22, 0.02), (0.25, 0.245), (0.20, 0.245)]
+    column = [(0.31, 0.05), (0.31, 0.09, 0.012), (0.27, 0.10, 0.03), (0.25, 0.22, 0.02)]
+    column += [(0.25, 0.245), (0.20, 0.245)]
     lathe(model, "grey", rounded(column), 72, up())
     screws(model, 12, 0.288, 0.011, up(0, 0.09))
     for x, z, turn in STANDS:
         c, s = math.cos(math.radians(turn)), math.sin(math.radians(turn))
         stand = Frame((x, STAND_TOP / 2 - 0.02, z), (c, 0, -s), (0, 1, 0), (s, 0, c))
         rounded_box(model, "grey", (0.32, STAND_TOP - 0.04, 0.32), 0.012, stand)
-        rounded_box(model, "dark", (0.38, 0.04, 0.38), 0.012, Frame(stand.place((0, STAND_TOP / 2, 0)), stand.x, stand.y, stand.z))
+        rounded_box(model, "dark", (0.38, 0.04, 0.38), 0.012, moved(stand, 0, STAND_TOP / 2, 0))
     x, z, turn = STANDS[1]  # blocks that are done
     c, s = math.cos(math.radians(turn)), math.sin(math.radians(turn))
     for dx, dz in ((-0.09, -0.09), (0.09, -0.09), (-0.09, 0.09)):
@@ -112,31 +118,33 @@ def turret(model):
     button(model, "steel", 0.262, 0.03, up(0, -0.012), 0.006, 72)
     lathe(model, "body", rounded([(0.27, 0.018), (0.27, 0.15, 0.05), (0.0001, 0.15)], steps=6), 72, up())
     rounded_box(model, "dark", (0.20, 0.20, 0.17), 0.03, Frame((-0.26, 0.19, 0)))
-    for k in range(5):  # cooling fins
+    rounded_box(model, "dark", (0.16, 0.13, 0.10), 0.02, Frame((-0.37, 0.19, 0)))
+    for k in range(5):  # cooling fins around it
         rounded_box(model, "grey", (0.012, 0.18, 0.15), 0.004, Frame((-0.345 - 0.022 * k, 0.19, 0)), 2)
     for side in sides(0, 0, 0.116):
         extrude(model, "body", link(0.19, 0.165, 0.13, SHOULDER), 0, 0.075, side, 0.022, steps=4)
-        motor(model, 0.125, 0.075, Frame(side.place((0, SHOULDER, 0.074)), side.x, side.y, side.z))
+        motor(model, 0.125, 0.075, moved(side, 0, SHOULDER, 0.074))
 
 
 def upper_arm(model):
     extrude(model, "body", link(0.165, 0.125, 0, ELBOW), -0.108, 0.108, bevel=0.028, steps=4)
     for side in sides(0, 0, 0.106):
         extrude(model, "dark", link(0.074, 0.058, 0.30, 0.55), 0, 0.012, side, 0.005)
-        screws(model, 2, 0.125, 0.012, Frame(side.place((0, 0.425, 0.012)), side.x, side.y, side.z), 90)
+        screws(model, 2, 0.125, 0.012, moved(side, 0, 0.425, 0.012), 90)
 
 
 def forearm(model):
     for side in sides(0, 0, 0.116):
         extrude(model, "grey", link(0.118, 0.10, 0, 0.24), 0, 0.056, side, 0.016, steps=4)
-        motor(model, 0.086, 0.05, Frame(side.place((0, 0, 0.055)), side.x, side.y, side.z))
+        motor(model, 0.086, 0.05, moved(side, 0, 0, 0.055))
     rounded_box(model, "grey", (0.22, 0.15, 0.345), 0.03, Frame((0, 0.245, 0)), 4)
-    tube = [(0.128, 0.30), (0.128, 0.335, 0.01), (0.112, 0.35, 0.02), (0.078, 0.60, 0.02), (0.078, 0.615), (0.05, 0.615)]
+    tube = [(0.128, 0.30), (0.128, 0.335, 0.01), (0.112, 0.35, 0.02), (0.078, 0.60, 0.02)]
+    tube += [(0.078, 0.615), (0.05, 0.615)]
     lathe(model, "body", rounded(tube), 56, up())
     button(model, "dark", 0.086, 0.05, up(0, 0.613), 0.01, 56)
     for side in sides(0, 0, 0.047):
         extrude(model, "dark", link(0.062, 0.052, 0.64, WRIST), 0, 0.028, side, 0.008)
-        button(model, "steel", 0.032, 0.008, Frame(side.place((0, WRIST, 0.027)), side.x, side.y, side.z), 0.004, 32)
+        button(model, "steel", 0.032, 0.008, moved(side, 0, WRIST, 0.027), 0.004, 32)
 
 
 def hand(model):

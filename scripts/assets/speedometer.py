@@ -1,4 +1,7 @@
-"""A scene of the gauge with a needle that turns: needle_RZ, clockwise negative, is 0 at 0 km/h and -270 at full scale."""
+"""A scene of the gauge with a needle that turns.
+
+needle_RZ, clockwise negative, is 0 at 0 km/h and -270 at full scale.
+"""
 
 import os
 
