@@ -7,7 +7,7 @@ struct group_kind {
 
 constexpr group_kind group_kinds[] = {
     {"FORM", chunk_kind::form},
-    {"CAT ", chunk_kind::cat },
+    {"CAT ", chunk_kind::cat},
     {"LIST", chunk_kind::list},
     {"PROP", chunk_kind::prop},
 };

@@ -25,14 +25,8 @@ struct reserved_type {
 };
 
 constexpr reserved_type reserved_types[] = {
-    {"LIST", 'T'},
-    {"FORM", 'M'},
-    {"PROP", 'P'},
-    {"CAT ", ' '},
-    {"JJJJ", 'J'},
-    {"LIS1", '9'},
-    {"FOR1", '9'},
-    {"CAT1", '9'},
+    {"LIST", 'T'}, {"FORM", 'M'}, {"PROP", 'P'}, {"CAT ", ' '},
+    {"JJJJ", 'J'}, {"LIS1", '9'}, {"FOR1", '9'}, {"CAT1", '9'},
 };
 
 int IFF_checkFormType(const IFF_ID formType) {

@@ -18,10 +18,10 @@ struct number_line {
 };
 
 constexpr number_line number_lines[] = {
-    {"d",  1, 1, [](material* m) { return &m->alpha; }   },
-    {"Ka", 2, 3, [](material* m) { return m->ambient; }  },
-    {"Kd", 2, 3, [](material* m) { return m->diffuse; }  },
-    {"Ks", 2, 3, [](material* m) { return m->specular; } },
+    {"d", 1, 1, [](material* m) { return &m->alpha; }},
+    {"Ka", 2, 3, [](material* m) { return m->ambient; }},
+    {"Kd", 2, 3, [](material* m) { return m->diffuse; }},
+    {"Ks", 2, 3, [](material* m) { return m->specular; }},
     {"Ns", 2, 1, [](material* m) { return &m->spec_exp; }},
 };
 

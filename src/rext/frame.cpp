@@ -24,9 +24,9 @@ struct shading_programs {
 };
 
 constexpr shading_programs programs_by_shading[] = {
-    {gouraud_color, gouraud_texture, true,  "initializing global uniforms for gouraud shading model"    },
-    {phong_color,   phong_texture,   true,  "initializing global uniforms for blinn-phong shading model"},
-    {flat_color,    flat_texture,    false, "initializing global uniforms for flat shading model"       },
+    {gouraud_color, gouraud_texture, true, "initializing global uniforms for gouraud shading model"},
+    {phong_color, phong_texture, true, "initializing global uniforms for blinn-phong shading model"},
+    {flat_color, flat_texture, false, "initializing global uniforms for flat shading model"},
 };
 
 const shading_programs* programs_of(const model3d_state* state) {

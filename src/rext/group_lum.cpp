@@ -21,15 +21,9 @@ struct binding {
 };
 
 constexpr binding bindings[] = {
-    {"_RX", &group::rotation,    0},
-    {"_RY", &group::rotation,    1},
-    {"_RZ", &group::rotation,    2},
-    {"_TX", &group::translation, 0},
-    {"_TY", &group::translation, 1},
-    {"_TZ", &group::translation, 2},
-    {"_SX", &group::scaling,     0},
-    {"_SY", &group::scaling,     1},
-    {"_SZ", &group::scaling,     2},
+    {"_RX", &group::rotation, 0},    {"_RY", &group::rotation, 1},    {"_RZ", &group::rotation, 2},
+    {"_TX", &group::translation, 0}, {"_TY", &group::translation, 1}, {"_TZ", &group::translation, 2},
+    {"_SX", &group::scaling, 0},     {"_SY", &group::scaling, 1},     {"_SZ", &group::scaling, 2},
 };
 
 // The stored value of a data-manager key, or null.

@@ -27,10 +27,10 @@ struct shading_row {
 constexpr shading_row shadings[] = {
     {{gouraud_color, gouraud_texture},
      {"material is colored, gouraud shading", "material is textured, gouraud shading"},
-     true },
+     true},
     {{phong_color, phong_texture},
      {"material is colored, blinn-phong shading", "material is textured, blinn-phong shading"},
-     true },
+     true},
     {{flat_color, flat_texture},
      {"material is colored, flat shading", "material is textured, flat shading"},
      false},
@@ -53,14 +53,12 @@ void send_surface(shader_program* program, const surface& s, bool is_lit, const 
 }
 
 surface surface_of(const material* m, float alpha) {
-    return {
-        {m->ambient[0],  m->ambient[1],  m->ambient[2] },
-        {m->diffuse[0],  m->diffuse[1],  m->diffuse[2] },
-        {m->specular[0], m->specular[1], m->specular[2]},
-        {m->emissive[0], m->emissive[1], m->emissive[2]},
-        m->spec_exp,
-        alpha
-    };
+    return {{m->ambient[0], m->ambient[1], m->ambient[2]},
+            {m->diffuse[0], m->diffuse[1], m->diffuse[2]},
+            {m->specular[0], m->specular[1], m->specular[2]},
+            {m->emissive[0], m->emissive[1], m->emissive[2]},
+            m->spec_exp,
+            alpha};
 }
 
 } // namespace
@@ -76,13 +74,7 @@ int rendercb(const char*, const material* m, const float combined[16], void* use
     if (!m) {
         model3d_diag_log(nullptr, 6, "no material, using defaults for solid color shading");
         if (!row) return 1;
-        const surface plain = {
-            {0.2f,  0.2f, 0.2f},
-            {1.0f, 1.0f, 1.0f},
-            {},
-            {},
-            1.0f, state->alpha
-        };
+        const surface plain = {{0.2f, 0.2f, 0.2f}, {1.0f, 1.0f, 1.0f}, {}, {}, 1.0f, state->alpha};
         send_surface(state->programs[row->programs[0]], plain, row->is_lit, model_local);
         return 1;
     }

@@ -74,11 +74,9 @@ int trimesh_create(trimesh* mesh, const char* name, int32_t nvertices, int32_t n
     const struct {
         int32_t wanted;
         float* trimesh::*array;
-    } optional[] = {
-        {use_normals,   &trimesh::normals  },
-        {use_tangents,  &trimesh::tangents },
-        {use_binormals, &trimesh::binormals}
-    };
+    } optional[] = {{use_normals, &trimesh::normals},
+                    {use_tangents, &trimesh::tangents},
+                    {use_binormals, &trimesh::binormals}};
     for (const auto& [wanted, array] : optional) {
         if (wanted && !resize_tuples(mesh->*array, mesh->vertex_capacity, per_position)) return 0;
     }

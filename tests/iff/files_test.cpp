@@ -148,15 +148,15 @@ TEST(iff_files, cut_short_anywhere_are_refused_with_the_field_that_is_missing) {
         size_t end;
         std::string reported;
     } cases[] = {
-        {4,  "Error reading ''.chunkId\n"                                                        },
-        {8,  "Error reading 'LIST'.chunkSize\n"                                                  },
-        {12, "Error reading 'LIST'.contentsType\n"                                               },
-        {16, "Error reading ''.chunkId\n" + in_list                                              },
-        {20, "Error reading 'FORM'.chunkSize\n" + in_list                                        },
-        {24, "Error reading 'FORM'.formType\n" + in_list                                         },
-        {28, "Error reading ''.chunkId\n" + in_form + in_list                                    },
-        {32, "Error reading 'DATA'.chunkSize\n" + in_form + in_list                              },
-        {35, "Error reading raw chunk body of chunk: 'DATA'\n" + in_form + in_list               },
+        {4, "Error reading ''.chunkId\n"},
+        {8, "Error reading 'LIST'.chunkSize\n"},
+        {12, "Error reading 'LIST'.contentsType\n"},
+        {16, "Error reading ''.chunkId\n" + in_list},
+        {20, "Error reading 'FORM'.chunkSize\n" + in_list},
+        {24, "Error reading 'FORM'.formType\n" + in_list},
+        {28, "Error reading ''.chunkId\n" + in_form + in_list},
+        {32, "Error reading 'DATA'.chunkSize\n" + in_form + in_list},
+        {35, "Error reading raw chunk body of chunk: 'DATA'\n" + in_form + in_list},
         {36, "Unexpected end of file, while reading padding byte of 'DATA'\n" + in_form + in_list},
     };
     size_t length = 0;
@@ -186,19 +186,19 @@ TEST(iff_files, say_which_field_a_full_disk_did_not_take) {
         size_t end;
         std::string reported;
     } cases[] = {
-        {4,  "Error writing 'LIST'.chunkId\n"                                      },
-        {8,  "Error writing 'LIST'.chunkSize\n"                                    },
-        {12, "Error writing 'LIST'.contentsType\nError writing contentsType!\n"    },
-        {16, "Error writing 'PROP'.chunkId\n" + in_prop                            },
-        {20, "Error writing 'PROP'.chunkSize\n" + in_prop                          },
-        {24, "Error writing 'PROP'.formType\n" + in_prop                           },
-        {28, "Error writing 'FORM'.chunkId\n" + in_group                           },
-        {32, "Error writing 'FORM'.chunkSize\n" + in_group                         },
-        {36, "Error writing 'FORM'.formType\n" + in_group                          },
-        {40, "Error writing 'DATA'.chunkId\n" + in_group + in_group                },
-        {44, "Error writing 'DATA'.chunkSize\n" + in_group + in_group              },
+        {4, "Error writing 'LIST'.chunkId\n"},
+        {8, "Error writing 'LIST'.chunkSize\n"},
+        {12, "Error writing 'LIST'.contentsType\nError writing contentsType!\n"},
+        {16, "Error writing 'PROP'.chunkId\n" + in_prop},
+        {20, "Error writing 'PROP'.chunkSize\n" + in_prop},
+        {24, "Error writing 'PROP'.formType\n" + in_prop},
+        {28, "Error writing 'FORM'.chunkId\n" + in_group},
+        {32, "Error writing 'FORM'.chunkSize\n" + in_group},
+        {36, "Error writing 'FORM'.formType\n" + in_group},
+        {40, "Error writing 'DATA'.chunkId\n" + in_group + in_group},
+        {44, "Error writing 'DATA'.chunkSize\n" + in_group + in_group},
         {47, "Error writing raw chunk body of chunk 'DATA'\n" + in_group + in_group},
-        {48, "Cannot write padding byte of 'DATA'\n" + in_group + in_group         },
+        {48, "Cannot write padding byte of 'DATA'\n" + in_group + in_group},
     };
     size_t room = 1;
     for (const auto& row : cases) {

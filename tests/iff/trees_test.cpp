@@ -64,15 +64,8 @@ int compare_number(const IFF_Chunk* chunk1, const IFF_Chunk* chunk2) {
 
 #define NUMBER_HANDLERS read_number, write_number, check_number, free_number, print_number, compare_number
 const IFF_Extension rows[] = {
-    {"AAAA", NUMBER_HANDLERS},
-    {"MMMM", NUMBER_HANDLERS},
-    {"NUMB", NUMBER_HANDLERS}
-};
-const IFF_FormExtension forms[] = {
-    {"CALC", 3, rows    },
-    {"MATH", 2, rows + 1},
-    {"NONE", 0, nullptr }
-};
+    {"AAAA", NUMBER_HANDLERS}, {"MMMM", NUMBER_HANDLERS}, {"NUMB", NUMBER_HANDLERS}};
+const IFF_FormExtension forms[] = {{"CALC", 3, rows}, {"MATH", 2, rows + 1}, {"NONE", 0, nullptr}};
 const extension_table table = {forms, 3};
 
 } // namespace
@@ -81,17 +74,9 @@ TEST(iff_extensions, are_found_by_form_type_and_chunk) {
     const struct {
         const char *form, *chunk;
         const IFF_Extension* row;
-    } cases[] = {
-        {"CALC",  "AAAA", rows    },
-        {"CALC",  "MMMM", rows + 1},
-        {"CALC",  "NUMB", rows + 2},
-        {"MATH",  "NUMB", rows + 2},
-        {"MATH",  "AAAA", nullptr },
-        {"NONE",  "NUMB", nullptr },
-        {"ZZZZ",  "NUMB", nullptr },
-        {nullptr, "NUMB", nullptr },
-        {"CALC",  "ZZZZ", nullptr }
-    };
+    } cases[] = {{"CALC", "AAAA", rows},     {"CALC", "MMMM", rows + 1}, {"CALC", "NUMB", rows + 2},
+                 {"MATH", "NUMB", rows + 2}, {"MATH", "AAAA", nullptr},  {"NONE", "NUMB", nullptr},
+                 {"ZZZZ", "NUMB", nullptr},  {nullptr, "NUMB", nullptr}, {"CALC", "ZZZZ", nullptr}};
     for (const auto& row : cases)
         EXPECT_EQ(IFF_findFormExtension(row.form, row.chunk, forms, 3), row.row) << row.chunk;
     EXPECT_EQ(IFF_findFormExtension("CALC", "NUMB", nullptr, 0), nullptr);
@@ -185,15 +170,8 @@ TEST(iff_trees, give_forms_the_defaults_of_the_nearest_list) {
     const struct {
         unsigned int form;
         const char *chunk, *data;
-    } cases[] = {
-        {0, "OWNS", "own1" },
-        {0, "BOTH", "near" },
-        {0, "FARR", "far " },
-        {0, "EVIL", nullptr},
-        {1, "BOTH", "far " },
-        {1, "OWNS", nullptr},
-        {2, "FARR", "far " }
-    };
+    } cases[] = {{0, "OWNS", "own1"}, {0, "BOTH", "near"},  {0, "FARR", "far "}, {0, "EVIL", nullptr},
+                 {1, "BOTH", "far "}, {1, "OWNS", nullptr}, {2, "FARR", "far "}};
     for (const auto& row : cases) {
         const auto* chunk = reinterpret_cast<IFF_RawChunk*>(IFF_getChunkFromForm(found[row.form], row.chunk));
         ASSERT_EQ(chunk != nullptr, row.data != nullptr) << row.form << row.chunk;
@@ -227,15 +205,13 @@ TEST(iff_trees, refuse_sizes_beyond_32_bits) {
     IFF_RawChunk part = {};
     const struct {
         int32_t size, chunk_size, sum;
-    } cases[] = {
-        {4,              5,         18       },
-        {0,              4,         12       },
-        {INT32_MAX - 12, 4,         INT32_MAX},
-        {INT32_MAX - 11, 4,         -1       },
-        {INT32_MAX,      INT32_MAX, -1       },
-        {0,              -2,        -1       },
-        {-1,             4,         -1       }
-    };
+    } cases[] = {{4, 5, 18},
+                 {0, 4, 12},
+                 {INT32_MAX - 12, 4, INT32_MAX},
+                 {INT32_MAX - 11, 4, -1},
+                 {INT32_MAX, INT32_MAX, -1},
+                 {0, -2, -1},
+                 {-1, 4, -1}};
     for (const auto& row : cases) {
         part.chunk.chunkSize = row.chunk_size;
         EXPECT_EQ(IFF_incrementChunkSize(row.size, &part.chunk), row.sum) << row.size;

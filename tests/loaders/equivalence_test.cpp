@@ -252,9 +252,7 @@ struct file_kind {
 
 TEST(Loader, ReadsRandomFilesAsTheDialectSays) {
     constexpr file_kind kinds[] = {
-        {"short", 1000, 60,   1000},
-        {"long",  400,  40,   4   },
-        {"large", 12,   6000, 50  }, // many read buffers
+        {"short", 1000, 60, 1000}, {"long", 400, 40, 4}, {"large", 12, 6000, 50}, // many read buffers
     };
     const temp_folder folder;
     folder.write("lib.mtl", library);

@@ -53,45 +53,45 @@ TEST(Loader, BuildsFacesFromCorners) {
         std::string lines;
         const char* expected;
     } cases[] = {
-        {"quad",                          "f 1 2 3 4\n",                                                       "5: 1 2 3 | 1 3 4"                },
-        {"counted from the end",          "f -3 -2 -1\n",                                                      "3: 2 3 4"                        },
-        {"everything",                    "f 1/1/1 2/2/2 3/3/3\n",                                             "3: 1/0.1/-1 2/0.2/-2 3/0.3/-3"   },
-        {"each of its own",               "f 1/-1/2 2/-2/3 3/-3/4\n",                                          "3: 1/0.4/-2 2/0.3/-3 3/0.2/-4"   },
-        {"normals",                       "f 1//1 2//2 3//3\n",                                                "3: 1/0/-1 2/0/-2 3/0/-3"         },
-        {"a corner without",              "f 1/1 2/2 3\n",                                                     "3: 1 2 3"                        },
-        {"texture out of range",          "f 1/5/1 2/2/2 3/3/3 4/4/4\n",
-         "5: 1/0/-1 2/0/-2 3/0/-3 | 1/0/-1 3/0/-3 4/0/-4"                                                                                        },
-        {"out of range for one triangle", "f 1/1 2/2 3/3 4/9\n",                                               "5: 1/0.1 2/0.2 3/0.3 | 1/0.1 3 4"},
-        {"normal out of range",           "f 1//-5 2//2 3//3\n",                                               "3: 1 2 3"                        },
-        {"two corners",                   "f 1 2\n",                                                           "0:"                              },
-        {"tabs do not divide",            "f\t1\t2\t3\n",                                                      "0:"                              },
-        {"a tab inside a number",         "f 1 \t2 3\t\n",                                                     "3: 1 2 3"                        },
-        {"trailing spaces",               "f 1 2 3   \n",                                                      "3: 1 2 3"                        },
-        {"a space before a trailing tab", "f 1 2 3 \t\n",                                                      "0:"                              },
-        {"first corner undefined",        "f 5 1 2\n",                                                         "0:"                              },
-        {"later corner undefined",        "f 1 2 3 5 4\n",                                                     "3: 1 2 3"                        },
-        {"second corner undefined",       "f 1 5 3\n",                                                         "1:"                              },
-        {"before the first",              "f -5 1 2\n",                                                        "0:"                              },
-        {"position 0",                    "f 1 2 3 0\n",                                                       "0:"                              },
-        {"minus only",                    "f 1 2 -\n",                                                         "0:"                              },
-        {"no end",                        "f 1 2 3",                                                           "0:"                              },
-        {"carriage return",               "f 1 2 3\rf 2 3 4\r",                                                "6: 1 2 3 | 2 3 4"                },
-        {"joined lines",                  "f 1 \\\n2 \\\r\n\n3\n",                                             "3: 1 2 3"                        },
-        {"backslash as a space",          "f\\1\\2\\3\\\\\n\nf 1 2 3\n",                                       "0:"                              },
-        {"any word with f",               "face 1 2 3\n",                                                      "3: 1 2 3"                        },
-        {"number at the keyword",         "f1 2 3 4\n",                                                        "3: 1 2 3"                        },
-        {"case counts",                   "F 1 2 3\nV 5 0 0\n",                                                "0:"                              },
-        {"leading blanks",                " \t f 1 2 3\n",                                                     "3: 1 2 3"                        },
-        {"other bytes are skipped",       "f .1 +2 x3y\n",                                                     "3: 1 2 3"                        },
-        {"digits are joined over them",   "f 0.1 0+2 0x3\n",                                                   "3: 1 2 3"                        },
-        {"a corner in three fields",      "f 1/1/1/2/2/2 3/3/3 4 4\n",
-         "5: 1/0.1/-1 2/0.2/-2 3/0.3/-3 | 1/0.1/-1 3 4"                                                                                          },
-        {"third slash",                   "f 1/1/1/ 2/2/2/ 3/3/3/\n",                                          "3: 1/0.1/-1 2/0.2/-2 3/0.3/-3"   },
-        {"a minus ends a number",         "f 1-9 2- 3-\n",                                                     "3: 1 2 3"                        },
-        {"saturated",                     "f 1 2 99999999999999999999\nf 1 2 -2147483649\nf 4294967297 2 3\n", "2:"                              },
-        {"63 digits",                     "f " + zeros + "f 0" + zeros,                                        "3: 1 2 3"                        },
-        {"NUL ends the text",             nul,                                                                 "3: 1 2 3"                        },
-        {"positions so far",              "f 1 2 5\nv 5 0 0\nf 1 2 5\nf -1 1 2\n",                             "7: 1 2 5 | 5 1 2"                },
+        {"quad", "f 1 2 3 4\n", "5: 1 2 3 | 1 3 4"},
+        {"counted from the end", "f -3 -2 -1\n", "3: 2 3 4"},
+        {"everything", "f 1/1/1 2/2/2 3/3/3\n", "3: 1/0.1/-1 2/0.2/-2 3/0.3/-3"},
+        {"each of its own", "f 1/-1/2 2/-2/3 3/-3/4\n", "3: 1/0.4/-2 2/0.3/-3 3/0.2/-4"},
+        {"normals", "f 1//1 2//2 3//3\n", "3: 1/0/-1 2/0/-2 3/0/-3"},
+        {"a corner without", "f 1/1 2/2 3\n", "3: 1 2 3"},
+        {"texture out of range", "f 1/5/1 2/2/2 3/3/3 4/4/4\n",
+         "5: 1/0/-1 2/0/-2 3/0/-3 | 1/0/-1 3/0/-3 4/0/-4"},
+        {"out of range for one triangle", "f 1/1 2/2 3/3 4/9\n", "5: 1/0.1 2/0.2 3/0.3 | 1/0.1 3 4"},
+        {"normal out of range", "f 1//-5 2//2 3//3\n", "3: 1 2 3"},
+        {"two corners", "f 1 2\n", "0:"},
+        {"tabs do not divide", "f\t1\t2\t3\n", "0:"},
+        {"a tab inside a number", "f 1 \t2 3\t\n", "3: 1 2 3"},
+        {"trailing spaces", "f 1 2 3   \n", "3: 1 2 3"},
+        {"a space before a trailing tab", "f 1 2 3 \t\n", "0:"},
+        {"first corner undefined", "f 5 1 2\n", "0:"},
+        {"later corner undefined", "f 1 2 3 5 4\n", "3: 1 2 3"},
+        {"second corner undefined", "f 1 5 3\n", "1:"},
+        {"before the first", "f -5 1 2\n", "0:"},
+        {"position 0", "f 1 2 3 0\n", "0:"},
+        {"minus only", "f 1 2 -\n", "0:"},
+        {"no end", "f 1 2 3", "0:"},
+        {"carriage return", "f 1 2 3\rf 2 3 4\r", "6: 1 2 3 | 2 3 4"},
+        {"joined lines", "f 1 \\\n2 \\\r\n\n3\n", "3: 1 2 3"},
+        {"backslash as a space", "f\\1\\2\\3\\\\\n\nf 1 2 3\n", "0:"},
+        {"any word with f", "face 1 2 3\n", "3: 1 2 3"},
+        {"number at the keyword", "f1 2 3 4\n", "3: 1 2 3"},
+        {"case counts", "F 1 2 3\nV 5 0 0\n", "0:"},
+        {"leading blanks", " \t f 1 2 3\n", "3: 1 2 3"},
+        {"other bytes are skipped", "f .1 +2 x3y\n", "3: 1 2 3"},
+        {"digits are joined over them", "f 0.1 0+2 0x3\n", "3: 1 2 3"},
+        {"a corner in three fields", "f 1/1/1/2/2/2 3/3/3 4 4\n",
+         "5: 1/0.1/-1 2/0.2/-2 3/0.3/-3 | 1/0.1/-1 3 4"},
+        {"third slash", "f 1/1/1/ 2/2/2/ 3/3/3/\n", "3: 1/0.1/-1 2/0.2/-2 3/0.3/-3"},
+        {"a minus ends a number", "f 1-9 2- 3-\n", "3: 1 2 3"},
+        {"saturated", "f 1 2 99999999999999999999\nf 1 2 -2147483649\nf 4294967297 2 3\n", "2:"},
+        {"63 digits", "f " + zeros + "f 0" + zeros, "3: 1 2 3"},
+        {"NUL ends the text", nul, "3: 1 2 3"},
+        {"positions so far", "f 1 2 5\nv 5 0 0\nf 1 2 5\nf -1 1 2\n", "7: 1 2 5 | 5 1 2"},
     };
     const temp_folder folder;
     for (const auto& row : cases) {
@@ -116,17 +116,17 @@ TEST(Loader, ReadsAttributesAndRadius) {
         std::array<float, 3> position; // of the first vertex
         std::array<float, 2> texcoord;
     } cases[] = {
-        {"v 3 4 0\nv 1 0 0\n",                5.0f,         {3, 4, 0},               {}            },
-        {"vt 0.25 0.75 9\nv 1 2 2 0.5\n",     3.0f,         {1, 2, 2},               {0.25f, 0.25f}},
-        {"vt .5\nvt 2 -1\nv 0 0 0\n",         0.0f,         {0, 0, 0},               {2, 2}        },
-        {"v 1 2\nv\t9 9 9\nv 1 x\nv 0 2 0\n", 2.0f,         {0, 2, 0},               {}            },
-        {"v 1 0 0\nv 2e9 0 0\n",              1.0f,         {1, 0, 0},               {}            },
-        {"v 3 0 0\nv 2.9e9 0 0\n",            2.9e9f,       {3, 0, 0},               {}            },
-        {"v 2e9 0 0\nv 1 0 0\n",              2e9f,         {2e9f, 0, 0},            {}            },
-        {"v nan 0 0\nv 0 0 1\n",              1.0f,         {NAN, 0, 0},             {}            },
-        {"v 0x10 +1e1 1.5.5\n",               18.927494f,   {16, 10, 1.5f},          {}            },
-        {"v 16777217 16777219 1e-50\n",       23726569.13f, {16777216, 16777220, 0}, {}            },
-        {"v 1,5 2 3\nv 1 1 1,5\n",            1.7320508f,   {1, 1, 1},               {}            },
+        {"v 3 4 0\nv 1 0 0\n", 5.0f, {3, 4, 0}, {}},
+        {"vt 0.25 0.75 9\nv 1 2 2 0.5\n", 3.0f, {1, 2, 2}, {0.25f, 0.25f}},
+        {"vt .5\nvt 2 -1\nv 0 0 0\n", 0.0f, {0, 0, 0}, {2, 2}},
+        {"v 1 2\nv\t9 9 9\nv 1 x\nv 0 2 0\n", 2.0f, {0, 2, 0}, {}},
+        {"v 1 0 0\nv 2e9 0 0\n", 1.0f, {1, 0, 0}, {}},
+        {"v 3 0 0\nv 2.9e9 0 0\n", 2.9e9f, {3, 0, 0}, {}},
+        {"v 2e9 0 0\nv 1 0 0\n", 2e9f, {2e9f, 0, 0}, {}},
+        {"v nan 0 0\nv 0 0 1\n", 1.0f, {NAN, 0, 0}, {}},
+        {"v 0x10 +1e1 1.5.5\n", 18.927494f, {16, 10, 1.5f}, {}},
+        {"v 16777217 16777219 1e-50\n", 23726569.13f, {16777216, 16777220, 0}, {}},
+        {"v 1,5 2 3\nv 1 1 1,5\n", 1.7320508f, {1, 1, 1}, {}},
     };
     const temp_folder folder;
     for (const auto& row : cases) {
@@ -150,13 +150,10 @@ TEST(Loader, KeepsLinesOf1021Bytes) {
         size_t length;
         bool kept;
     } cases[] = {
-        {"",     1021, true },
-        {"\n",   1021, true },
-        {"",     1022, true }, // fits in the block with its end
-        {"\n",   1022, false}, // would end one byte behind it, and 1022 bytes are too many to take along
-        {"\n\n", 1022, true }, // 1021 bytes are not
-        {"",     1023, false},
-        {"\n\n", 1023, false},
+        {"", 1021, true},     {"\n", 1021, true},    {"", 1022, true}, // fits in the block with its end
+        {"\n", 1022, false},  // would end one byte behind it, and 1022 bytes are too many to take along
+        {"\n\n", 1022, true}, // 1021 bytes are not
+        {"", 1023, false},    {"\n\n", 1023, false},
     };
     const temp_folder folder;
     for (const auto& row : cases) {
@@ -185,26 +182,26 @@ TEST(Loader, ReadsMaterialLibraries) {
         std::string expected; // with DIR for the model's folder; empty: the material does not exist
     } cases[] = {
         {"newmtl a\nKa 0 .1 .2\nKd .3 .4 .5\nKs .6 .7 .8\nNs 96\nd 0.5\nillum 2\nTr 1\nNi 2\nKe 1 1 1\n", "a",
-         "a Ka 0 0.1 0.2 Kd 0.3 0.4 0.5 Ks 0.6 0.7 0.8 Ns 96 d 0.5 -"                                                                                                        },
-        {"Kd 0 0 0\nd 0\nmap_Kd x.png\nnewmtl a\n",                                                       "a",           "a " + plain                                        },
-        {"newmtl a\nKd 1 0\nKa spectral x\nKs a b c\nNs\nd -halo 0.5\ndissolve 0.5\n",                    "a",           "a " + plain                                        },
-        {"newmtl a\nd0.25\nKa1 1 1\nKd\t1\t1\t1\nKs 1 1 1 0\nNs 1e1\n",                                   "a",
-         "a Ka 1 1 1 Kd 1 1 1 Ks 1 1 1 Ns 10 d 0.25 -"                                                                                                                       },
-        {"newmtl two words \nNs 2\n",                                                                     "two words  ",
-         "two words Ka 0.2 0.2 0.2 Kd 0.8 0.8 0.8 Ks 1 1 1 Ns 2 d 1 -"                                                                                                       },
-        {"newmtl\nnewmtl b\n",                                                                            "",            " " + plain                                         },
-        {"newmtl\ta\nNs 3\n",                                                                             "",            " Ka 0.2 0.2 0.2 Kd 0.8 0.8 0.8 Ks 1 1 1 Ns 3 d 1 -"},
-        {"newmtl a\nNs 3\nmap_Kd x\nnewmtl a\nNs 4\nnewmtl b\n",                                          "a",
-         "a Ka 0.2 0.2 0.2 Kd 0.8 0.8 0.8 Ks 1 1 1 Ns 4 d 1 -"                                                                                                               },
-        {"newmtl a\nmap_Kd tex\\sub/x y.png \n",                                                          "a",
-         "a Ka 0.2 0.2 0.2 Kd 0.8 0.8 0.8 Ks 1 1 1 Ns 0 d 1 DIR/tex/sub/x y.png"                                                                                             },
-        {"newmtl a\nmap_Kd one.png\nmap_Kd two.png\nmap_Kd\nmap_Kd \nmap_Ks s.png\nbump b.png\n",         "a",
-         "a Ka 0.2 0.2 0.2 Kd 0.8 0.8 0.8 Ks 1 1 1 Ns 0 d 1 DIR/two.png"                                                                                                     },
-        {"newmtl a\nmap_Kd -s 2 2 2 x.png\n",                                                             "a",
-         "a Ka 0.2 0.2 0.2 Kd 0.8 0.8 0.8 Ks 1 1 1 Ns 0 d 1 DIR/-s 2 2 2 x.png"                                                                                              },
-        {"newmtl a\\\nNs 5\n",                                                                            "a ",          ""                                                  }, // a backslash belongs to a name in a library
-        {"newmtl a\nNs 5",                                                                                "a",           "a " + plain                                        },
-        {"newmtl b\n",                                                                                    "a",           ""                                                  },
+         "a Ka 0 0.1 0.2 Kd 0.3 0.4 0.5 Ks 0.6 0.7 0.8 Ns 96 d 0.5 -"},
+        {"Kd 0 0 0\nd 0\nmap_Kd x.png\nnewmtl a\n", "a", "a " + plain},
+        {"newmtl a\nKd 1 0\nKa spectral x\nKs a b c\nNs\nd -halo 0.5\ndissolve 0.5\n", "a", "a " + plain},
+        {"newmtl a\nd0.25\nKa1 1 1\nKd\t1\t1\t1\nKs 1 1 1 0\nNs 1e1\n", "a",
+         "a Ka 1 1 1 Kd 1 1 1 Ks 1 1 1 Ns 10 d 0.25 -"},
+        {"newmtl two words \nNs 2\n", "two words  ",
+         "two words Ka 0.2 0.2 0.2 Kd 0.8 0.8 0.8 Ks 1 1 1 Ns 2 d 1 -"},
+        {"newmtl\nnewmtl b\n", "", " " + plain},
+        {"newmtl\ta\nNs 3\n", "", " Ka 0.2 0.2 0.2 Kd 0.8 0.8 0.8 Ks 1 1 1 Ns 3 d 1 -"},
+        {"newmtl a\nNs 3\nmap_Kd x\nnewmtl a\nNs 4\nnewmtl b\n", "a",
+         "a Ka 0.2 0.2 0.2 Kd 0.8 0.8 0.8 Ks 1 1 1 Ns 4 d 1 -"},
+        {"newmtl a\nmap_Kd tex\\sub/x y.png \n", "a",
+         "a Ka 0.2 0.2 0.2 Kd 0.8 0.8 0.8 Ks 1 1 1 Ns 0 d 1 DIR/tex/sub/x y.png"},
+        {"newmtl a\nmap_Kd one.png\nmap_Kd two.png\nmap_Kd\nmap_Kd \nmap_Ks s.png\nbump b.png\n", "a",
+         "a Ka 0.2 0.2 0.2 Kd 0.8 0.8 0.8 Ks 1 1 1 Ns 0 d 1 DIR/two.png"},
+        {"newmtl a\nmap_Kd -s 2 2 2 x.png\n", "a",
+         "a Ka 0.2 0.2 0.2 Kd 0.8 0.8 0.8 Ks 1 1 1 Ns 0 d 1 DIR/-s 2 2 2 x.png"},
+        {"newmtl a\\\nNs 5\n", "a ", ""}, // a backslash belongs to a name in a library
+        {"newmtl a\nNs 5", "a", "a " + plain},
+        {"newmtl b\n", "a", ""},
     };
     const temp_folder folder;
     for (const auto& row : cases) {

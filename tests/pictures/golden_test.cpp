@@ -17,11 +17,11 @@ TEST_F(golden, sample_models_look_as_before) {
     const struct {
         const char *folder, *file, *camera;
     } rows[] = {
-        {"gauge",     "gauge.obj",     "camera_position_z=2.6 azimuth=-15 elevation=10"},
-        {"piston",    "piston.obj",    "camera_position_z=6.4 azimuth=35 elevation=20" },
-        {"shell",     "shell.obj",     "camera_position_z=2 azimuth=30 elevation=20"   },
-        {"polyhedra", "polyhedra.obj", "camera_position_z=5 azimuth=20 elevation=25"   },
-        {"car",       "car.obj",       "camera_position_z=4.6 azimuth=40 elevation=20" },
+        {"gauge", "gauge.obj", "camera_position_z=2.6 azimuth=-15 elevation=10"},
+        {"piston", "piston.obj", "camera_position_z=6.4 azimuth=35 elevation=20"},
+        {"shell", "shell.obj", "camera_position_z=2 azimuth=30 elevation=20"},
+        {"polyhedra", "polyhedra.obj", "camera_position_z=5 azimuth=20 elevation=25"},
+        {"car", "car.obj", "camera_position_z=4.6 azimuth=40 elevation=20"},
     };
     ASSERT_TRUE(kora_app_add_resource_root(app_, PICTURES_ASSETS));
     // The pictures are llvmpipe's; other rasterisers decide differently along the edges.

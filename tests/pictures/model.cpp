@@ -84,14 +84,8 @@ void add_box(model& m, vec3 centre, vec3 half, bool normals) {
     static const struct {
         int corners[4];
         vec3 normal;
-    } sides[6] = {
-        {{4, 5, 7, 6}, {0, 0, 1} },
-        {{1, 0, 2, 3}, {0, 0, -1}},
-        {{5, 1, 3, 7}, {1, 0, 0} },
-        {{0, 4, 6, 2}, {-1, 0, 0}},
-        {{6, 7, 3, 2}, {0, 1, 0} },
-        {{0, 1, 5, 4}, {0, -1, 0}}
-    };
+    } sides[6] = {{{4, 5, 7, 6}, {0, 0, 1}},  {{1, 0, 2, 3}, {0, 0, -1}}, {{5, 1, 3, 7}, {1, 0, 0}},
+                  {{0, 4, 6, 2}, {-1, 0, 0}}, {{6, 7, 3, 2}, {0, 1, 0}},  {{0, 1, 5, 4}, {0, -1, 0}}};
     for (const auto& side : sides) {
         const int normal = normals ? push_normal(m, side.normal) : 0;
         std::vector<corner> corners;
@@ -132,12 +126,7 @@ void add_prism(model& m, vec3 centre, double radius, double half_length, int n, 
 void add_quad(model& m, vec3 centre, double half_width, double half_height, vec2 uv0, vec2 uv1) {
     const int normal = push_normal(m, {0, 0, 1});
     std::vector<corner> corners;
-    for (const auto& [right, top] : {
-             std::pair{0, 0},
-             {1, 0},
-             {1, 1},
-             {0, 1}
-    }) {
+    for (const auto& [right, top] : {std::pair{0, 0}, {1, 0}, {1, 1}, {0, 1}}) {
         m.texcoords.push_back({right ? uv1.x : uv0.x, top ? uv1.y : uv0.y});
         const vec3 p{centre.x + (right ? half_width : -half_width),
                      centre.y + (top ? half_height : -half_height), centre.z};

@@ -63,10 +63,7 @@ TEST_F(placement, survives_new_values_between_frames) {
     struct player {
         scene shown;
         kora_control* control;
-    } players[2] = {
-        {lit_scene(landmark()), nullptr},
-        {lit_scene({}),         nullptr}
-    };
+    } players[2] = {{lit_scene(landmark()), nullptr}, {lit_scene({}), nullptr}};
     add_material(players[1].shown.content, {0.2, 0.2, 0.5}, {0.3, 0.8, 0.9}, {0.7, 0.3, 0.3}, 40, 0.6);
     add_sphere(players[1].shown.content, {0.2, 0, 0}, 1, 12, 6, false);
     for (player& p : players) {
@@ -78,12 +75,12 @@ TEST_F(placement, survives_new_values_between_frames) {
         ASSERT_TRUE(kora_control_set(p.control, "filename", (name + "/model.obj").c_str()));
     }
     static const char* const steps[][2] = {
-        {"",                                                              "shading_model=flat"             },
-        {"camera_mode=orbit azimuth=50",                                  "shading_model=gouraud alpha=100"},
-        {"shading_model=flat model_orientation_psi=30",                   "shading_model=blinn-phong"      },
-        {"shading_model=blinn-phong light_internal_azimuth=10 alpha=200", "control_lightness=0.5"          },
-        {"camera_mode=legacy azimuth=5 culling_mode=back",                "camera_position_z=5"            },
-        {"presleep",                                                      ""                               }, // everything on the GPU goes, and comes back with the next frame
+        {"", "shading_model=flat"},
+        {"camera_mode=orbit azimuth=50", "shading_model=gouraud alpha=100"},
+        {"shading_model=flat model_orientation_psi=30", "shading_model=blinn-phong"},
+        {"shading_model=blinn-phong light_internal_azimuth=10 alpha=200", "control_lightness=0.5"},
+        {"camera_mode=legacy azimuth=5 culling_mode=back", "camera_position_z=5"},
+        {"presleep", ""}, // everything on the GPU goes, and comes back with the next frame
     };
     int number = 0;
     for (const auto& step : steps) {

@@ -70,32 +70,22 @@ vec3 xyz(vec4 v) {
 }
 
 mat4 scale(double x, double y, double z) {
-    return {
-        {{x, 0, 0, 0}, {0, y, 0, 0}, {0, 0, z, 0}, {0, 0, 0, 1}}
-    };
+    return {{{x, 0, 0, 0}, {0, y, 0, 0}, {0, 0, z, 0}, {0, 0, 0, 1}}};
 }
 mat4 translate(vec3 t) {
-    return {
-        {{1, 0, 0, t.x}, {0, 1, 0, t.y}, {0, 0, 1, t.z}, {0, 0, 0, 1}}
-    };
+    return {{{1, 0, 0, t.x}, {0, 1, 0, t.y}, {0, 0, 1, t.z}, {0, 0, 0, 1}}};
 }
 mat4 rotate_x(double a) {
     const double c = std::cos(a), s = std::sin(a);
-    return {
-        {{1, 0, 0, 0}, {0, c, -s, 0}, {0, s, c, 0}, {0, 0, 0, 1}}
-    };
+    return {{{1, 0, 0, 0}, {0, c, -s, 0}, {0, s, c, 0}, {0, 0, 0, 1}}};
 }
 mat4 rotate_y(double a) {
     const double c = std::cos(a), s = std::sin(a);
-    return {
-        {{c, 0, s, 0}, {0, 1, 0, 0}, {-s, 0, c, 0}, {0, 0, 0, 1}}
-    };
+    return {{{c, 0, s, 0}, {0, 1, 0, 0}, {-s, 0, c, 0}, {0, 0, 0, 1}}};
 }
 mat4 rotate_z(double a) {
     const double c = std::cos(a), s = std::sin(a);
-    return {
-        {{c, -s, 0, 0}, {s, c, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}}
-    };
+    return {{{c, -s, 0, 0}, {s, c, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}}};
 }
 
 // ---- Triangles -----------------------------------------------------------------------------------
@@ -130,10 +120,7 @@ geometry triangulate(const model& m) {
         };
         const size_t first = add(f.corners[0]);
         for (size_t k = 1; k + 1 < f.corners.size(); ++k) {
-            const triangle t{
-                {first, add(f.corners[k]), add(f.corners[k + 1])},
-                f.material
-            };
+            const triangle t{{first, add(f.corners[k]), add(f.corners[k + 1])}, f.material};
             const corner* corners[3] = {&f.corners[0], &f.corners[k], &f.corners[k + 1]};
             const vec3 a = g.vertices[t.vertices[0]].position, b = g.vertices[t.vertices[1]].position;
             const vec3 normal = normalized(cross(b - a, g.vertices[t.vertices[2]].position - a));
@@ -175,12 +162,7 @@ class frame {
             !s_.content.materials.empty() && std::any_of(s_.content.faces.begin(), s_.content.faces.end(),
                                                          [](const face& f) { return f.material >= 0; });
         // A mesh without materials has a default of its own; faces before the first material are lost.
-        const material plain{
-            {0.2, 0.2, 0.2},
-            {1,   1,   1  },
-            {0,   0,   0  },
-            1, 1, ""
-        };
+        const material plain{{0.2, 0.2, 0.2}, {1, 1, 1}, {0, 0, 0}, 1, 1, ""};
         for (const triangle& t : geometry_.triangles) {
             if (segments && t.material < 0) continue;
             draw_triangle(t, segments ? s_.content.materials[static_cast<size_t>(t.material)] : plain);
@@ -233,12 +215,10 @@ class frame {
         const double f = 1 / std::tan(fov / 360 * 3.1415927);
         const double aspect = static_cast<double>(s_.control.x2 - s_.control.x1) /
                               static_cast<double>(s_.control.y2 - s_.control.y1);
-        const mat4 perspective = {
-            {{f / aspect, 0, 0, 0},
-             {0, f, 0, 0},
-             {0, 0, (far + near) / (near - far), 2 * far * near / (near - far)},
-             {0, 0, -1, 0}}
-        };
+        const mat4 perspective = {{{f / aspect, 0, 0, 0},
+                                   {0, f, 0, 0},
+                                   {0, 0, (far + near) / (near - far), 2 * far * near / (near - far)},
+                                   {0, 0, -1, 0}}};
         const mat4 turned = s_.target.is_surface ? scale(1, -1, 1) : rotate_z(-rotation() / 180 * 3.1415927);
         proj_view_ = turned * perspective * view;
     }
@@ -293,12 +273,7 @@ class frame {
             return k < 0 ? k + size : k;
         };
         vec4 sum{};
-        for (const auto& [dx, dy] : {
-                 std::pair{0, 0},
-                 {1, 0},
-                 {0, 1},
-                 {1, 1}
-        }) {
+        for (const auto& [dx, dy] : {std::pair{0, 0}, {1, 0}, {0, 1}, {1, 1}}) {
             const double weight = (dx ? x - x0 : 1 - (x - x0)) * (dy ? y - y0 : 1 - (y - y0)) / 255;
             const rgba& p = picture.at(wrapped(x0 + dx, picture.width), wrapped(y0 + dy, picture.height));
             sum = {sum.x + weight * p.r, sum.y + weight * p.g, sum.z + weight * p.b, sum.w + weight * p.a};

@@ -42,14 +42,14 @@ TEST_F(texture, is_upright_repeats_and_is_filtered) {
         int width, height;
         vec2 uv0, uv1;
     } rows[] = {
-        {"whole",        32, 16, {0, 0},       {1, 1}    },
-        {"part",         32, 16, {0.1, 0.55},  {0.6, 0.9}},
-        {"repeated",     16, 16, {0, 0},       {2.5, 1.5}},
-        {"negative",     16, 16, {-1.7, -0.6}, {0.3, 0.8}},
-        {"mirrored",     32, 16, {1, 1},       {0, 0}    },
-        {"magnified",    4,  4,  {0, 0},       {1, 1}    },
-        {"minified",     64, 64, {-0.2, -0.2}, {1.3, 1.1}},
-        {"single-texel", 1,  1,  {0, 0},       {3, 3}    },
+        {"whole", 32, 16, {0, 0}, {1, 1}},
+        {"part", 32, 16, {0.1, 0.55}, {0.6, 0.9}},
+        {"repeated", 16, 16, {0, 0}, {2.5, 1.5}},
+        {"negative", 16, 16, {-1.7, -0.6}, {0.3, 0.8}},
+        {"mirrored", 32, 16, {1, 1}, {0, 0}},
+        {"magnified", 4, 4, {0, 0}, {1, 1}},
+        {"minified", 64, 64, {-0.2, -0.2}, {1.3, 1.1}},
+        {"single-texel", 1, 1, {0, 0}, {3, 3}},
     };
     for (const auto& row : rows)
         check_models(lit_scene(sheet(chart(row.width, row.height), row.uv0, row.uv1)), row.name,

@@ -33,19 +33,10 @@ void uniform(const char* function, const std::string& type, GLint location, size
 
 GLenum gl_type(const std::string& type) {
     static const std::map<std::string, GLenum> types{
-        {"float",     GL_FLOAT     },
-        {"vec2",      GL_FLOAT_VEC2},
-        {"vec3",      GL_FLOAT_VEC3},
-        {"vec4",      GL_FLOAT_VEC4},
-        {"int",       GL_INT       },
-        {"ivec2",     GL_INT_VEC2  },
-        {"ivec3",     GL_INT_VEC3  },
-        {"ivec4",     GL_INT_VEC4  },
-        {"mat2",      GL_FLOAT_MAT2},
-        {"mat3",      GL_FLOAT_MAT3},
-        {"mat4",      GL_FLOAT_MAT4},
-        {"sampler2D", GL_SAMPLER_2D}
-    };
+        {"float", GL_FLOAT},     {"vec2", GL_FLOAT_VEC2}, {"vec3", GL_FLOAT_VEC3},
+        {"vec4", GL_FLOAT_VEC4}, {"int", GL_INT},         {"ivec2", GL_INT_VEC2},
+        {"ivec3", GL_INT_VEC3},  {"ivec4", GL_INT_VEC4},  {"mat2", GL_FLOAT_MAT2},
+        {"mat3", GL_FLOAT_MAT3}, {"mat4", GL_FLOAT_MAT4}, {"sampler2D", GL_SAMPLER_2D}};
     const auto found = types.find(type);
     return found == types.end() ? GLenum{0} : found->second;
 }

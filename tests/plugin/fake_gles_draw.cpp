@@ -132,9 +132,7 @@ DRIVER void glTexImage2D(GLenum target, GLint level, GLint internal, GLsizei wid
     const auto* bytes = static_cast<const uint8_t*>(pixels);
     gl_texture& texture = gl().textures.at(gl().texture);
     texture = {
-        width, height, format, type, {bytes, bytes + row * static_cast<size_t>(height)},
-            texture.parameters
-    };
+        width, height, format, type, {bytes, bytes + row * static_cast<size_t>(height)}, texture.parameters};
 }
 
 DRIVER void glTexParameteri(GLenum target, GLenum what, GLint value) {

@@ -24,29 +24,29 @@ TEST_F(attributes, floats_are_stored_and_raise_the_dirty_count) {
         float value, expected;
     } cases[] = {
 #define AT(field) offsetof(state, field)
-        {id_camera_x,        AT(camera_position[0]),   1.5f,   1.5f           },
-        {id_camera_y,        AT(camera_position[1]),   -2,     -2             },
-        {id_camera_z,        AT(camera_position[2]),   10,     10             },
-        {id_azimuth,         AT(azimuth),              90,     1.570795f      },
-        {id_elevation,       AT(elevation),            -33,    in_radians(-33)},
-        {id_fov,             AT(field_of_view),        45,     45             },
-        {id_fov,             AT(field_of_view),        180,    180            },
-        {id_fov,             AT(field_of_view),        180.5f, 60             },
-        {id_fov,             AT(field_of_view),        -10,    60             },
-        {id_fov,             AT(field_of_view),        0,      60             }, // equals what an untouched control holds
-        {id_model_x,         AT(model_position[0]),    3,      3              },
-        {id_model_y,         AT(model_position[1]),    4,      4              },
-        {id_model_z,         AT(model_position[2]),    5,      5              },
-        {id_phi,             AT(model_orientation[0]), 10,     in_radians(10) },
-        {id_theta,           AT(model_orientation[1]), 20,     in_radians(20) },
-        {id_psi,             AT(model_orientation[2]), 30,     in_radians(30) },
-        {id_light_azimuth,   AT(light_azimuth),        77,     in_radians(77) },
-        {id_light_elevation, AT(light_elevation),      12,     in_radians(12) },
-        {id_light_intensity, AT(light_intensity),      0.5f,   0.5f           },
-        {id_ambient,         AT(control_ambient),      0.25f,  0.25f          },
-        {id_lightness,       AT(control_lightness),    0.5f,   0.5f           },
-        {id_clip_near,       AT(clip_near),            0.5f,   0.5f           },
-        {id_clip_far,        AT(clip_far),             50,     50             },
+        {id_camera_x, AT(camera_position[0]), 1.5f, 1.5f},
+        {id_camera_y, AT(camera_position[1]), -2, -2},
+        {id_camera_z, AT(camera_position[2]), 10, 10},
+        {id_azimuth, AT(azimuth), 90, 1.570795f},
+        {id_elevation, AT(elevation), -33, in_radians(-33)},
+        {id_fov, AT(field_of_view), 45, 45},
+        {id_fov, AT(field_of_view), 180, 180},
+        {id_fov, AT(field_of_view), 180.5f, 60},
+        {id_fov, AT(field_of_view), -10, 60},
+        {id_fov, AT(field_of_view), 0, 60}, // equals what an untouched control holds
+        {id_model_x, AT(model_position[0]), 3, 3},
+        {id_model_y, AT(model_position[1]), 4, 4},
+        {id_model_z, AT(model_position[2]), 5, 5},
+        {id_phi, AT(model_orientation[0]), 10, in_radians(10)},
+        {id_theta, AT(model_orientation[1]), 20, in_radians(20)},
+        {id_psi, AT(model_orientation[2]), 30, in_radians(30)},
+        {id_light_azimuth, AT(light_azimuth), 77, in_radians(77)},
+        {id_light_elevation, AT(light_elevation), 12, in_radians(12)},
+        {id_light_intensity, AT(light_intensity), 0.5f, 0.5f},
+        {id_ambient, AT(control_ambient), 0.25f, 0.25f},
+        {id_lightness, AT(control_lightness), 0.5f, 0.5f},
+        {id_clip_near, AT(clip_near), 0.5f, 0.5f},
+        {id_clip_far, AT(clip_far), 50, 50},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(print("id %d, %g", c.id, static_cast<double>(c.value)));
@@ -71,10 +71,7 @@ TEST_F(attributes, integers_ask_for_a_new_configuration) {
         int id;
         size_t place;
         int32_t initial;
-    } cases[] = {
-        {id_ignore_bind,    AT(ignore_bind_transforms), 1},
-        {id_zero_deformers, AT(zero_deformers),         0}
-    };
+    } cases[] = {{id_ignore_bind, AT(ignore_bind_transforms), 1}, {id_zero_deformers, AT(zero_deformers), 0}};
     for (const auto& c : cases) {
         control changed;
         changed.set(c.id, c.initial);
@@ -93,10 +90,10 @@ TEST_F(attributes, keywords_choose_modes) {
         size_t place;
         lines words;
     } cases[] = {
-        {id_shading,     AT(shading_model), {"gouraud", "blinn-phong", "flat"}},
-        {id_lighting,    AT(lighting_mode), {"internal", "model"}             },
-        {id_camera_mode, AT(camera_mode),   {"legacy", "fly", "orbit"}        },
-        {id_culling,     AT(culling_mode),  {"off", "back"}                   },
+        {id_shading, AT(shading_model), {"gouraud", "blinn-phong", "flat"}},
+        {id_lighting, AT(lighting_mode), {"internal", "model"}},
+        {id_camera_mode, AT(camera_mode), {"legacy", "fly", "orbit"}},
+        {id_culling, AT(culling_mode), {"off", "back"}},
     };
     for (const auto& c : cases) {
         control changed;

@@ -52,17 +52,15 @@ TEST_F(bindings, every_key_moves_its_own_value) {
         const char* key;
         size_t place; // among rotation, translation, scaling
         float value, expected;
-    } cases[] = {
-        {"RX", 0, 90,   1.570795f              },
-        {"RY", 1, 45,   45 / 180.0f * 3.14159f },
-        {"RZ", 2, -30,  -30 / 180.0f * 3.14159f},
-        {"TX", 3, 4,    4                      },
-        {"TY", 4, 5,    5                      },
-        {"TZ", 5, 6,    6                      },
-        {"SX", 6, 2,    2                      },
-        {"SY", 7, 3,    3                      },
-        {"SZ", 8, 0.5f, 0.5f                   }
-    };
+    } cases[] = {{"RX", 0, 90, 1.570795f},
+                 {"RY", 1, 45, 45 / 180.0f * 3.14159f},
+                 {"RZ", 2, -30, -30 / 180.0f * 3.14159f},
+                 {"TX", 3, 4, 4},
+                 {"TY", 4, 5, 5},
+                 {"TZ", 5, 6, 6},
+                 {"SX", 6, 2, 2},
+                 {"SY", 7, 3, 3},
+                 {"SZ", 8, 0.5f, 0.5f}};
     init("diag=9");
     for (const auto& c : cases) {
         SCOPED_TRACE(c.key);
@@ -161,13 +159,7 @@ TEST_F(bindings, configuration_chooses_what_the_groups_start_from) {
     const struct {
         int ignore, zero;
         matrix expected;
-    } cases[] = {
-        {0, 0, bind * values},
-        {1, 0, values       },
-        {0, 1, bind         },
-        {1, 1, one          },
-        {5, 0, values       }
-    };
+    } cases[] = {{0, 0, bind * values}, {1, 0, values}, {0, 1, bind}, {1, 1, one}, {5, 0, values}};
     for (const auto& c : cases) {
         shown.set(id_ignore_bind, c.ignore);
         shown.set(id_zero_deformers, c.zero);

@@ -31,17 +31,17 @@ TEST_F(draw, takes_the_path_that_options_and_driver_allow) {
         path expected;
         int extension_queries;
     } cases[] = {
-        {"diag=9",       "OpenGL ES 2.0", "",          path::buffers,  0},
-        {"diag=9",       "opengl es 2.0", "",          path::buffers,  0},
-        {"diag=9",       "OPENGL E",      "",          path::buffers,  0},
-        {"diag=9",       nullptr,         nullptr,     path::buffers,  0},
-        {"diag=9",       upper,           nullptr,     path::buffers,  1},
-        {"diag=9",       upper,           with_index,  path::buffers,  1},
-        {"diag=9",       upper,           "GL_A GL_B", path::arrays,   1},
-        {"diag=9",       "OPENGL ES",     "",          path::arrays,   1},
-        {"diag=9,novbo", upper,           with_index,  path::elements, 1},
-        {"diag=9,novbo", nullptr,         nullptr,     path::elements, 0},
-        {"diag=9,novbo", upper,           "",          path::arrays,   1},
+        {"diag=9", "OpenGL ES 2.0", "", path::buffers, 0},
+        {"diag=9", "opengl es 2.0", "", path::buffers, 0},
+        {"diag=9", "OPENGL E", "", path::buffers, 0},
+        {"diag=9", nullptr, nullptr, path::buffers, 0},
+        {"diag=9", upper, nullptr, path::buffers, 1},
+        {"diag=9", upper, with_index, path::buffers, 1},
+        {"diag=9", upper, "GL_A GL_B", path::arrays, 1},
+        {"diag=9", "OPENGL ES", "", path::arrays, 1},
+        {"diag=9,novbo", upper, with_index, path::elements, 1},
+        {"diag=9,novbo", nullptr, nullptr, path::elements, 0},
+        {"diag=9,novbo", upper, "", path::arrays, 1},
     };
     write_segments([this](const char* name, const char* text) { write(name, text); });
     const corner p1{0, 0, 0, 0, 0, 1, 0, 1}, p2{1, 0, 0, 1, 0, 0, 1, 1}, p3{1, 1, 0, 0, 0, 1, 1, 0},
@@ -49,10 +49,8 @@ TEST_F(draw, takes_the_path_that_options_and_driver_allow) {
     corner q1 = p1, q3 = p3; // with the second normal
     q1[3] = q3[3] = 1;
     q1[5] = q3[5] = 0;
-    const std::vector<std::vector<corner>> expected = {
-        {p1,  p2, p3, p1, p3, p4},
-        { p1, p3, p4, q1, p2, q3, q1, q3, p4}
-    };
+    const std::vector<std::vector<corner>> expected = {{p1, p2, p3, p1, p3, p4},
+                                                       {p1, p3, p4, q1, p2, q3, q1, q3, p4}};
 
     for (const auto& c : cases) {
         SCOPED_TRACE(print("%s, %s, %s", c.options, c.version ? c.version : "null",
@@ -125,13 +123,7 @@ TEST_F(draw, buffers_hold_interleaved_vertices_and_plain_indices) {
     control shown;
     show(shown, "q.obj");
     // A fan of two triangles on five vertices, computed normals, texture coordinates never set.
-    const float positions[5][3] = {
-        {0, 0, 0},
-        {3, 0, 0},
-        {3, 3, 0},
-        {3, 3, 0},
-        {0, 3, 0}
-    };
+    const float positions[5][3] = {{0, 0, 0}, {3, 0, 0}, {3, 3, 0}, {3, 3, 0}, {0, 3, 0}};
     const std::vector<uint8_t>& bytes = gl().buffers.at(1);
     ASSERT_EQ(bytes.size(), 5u * 32);
     for (size_t v = 0; v < 5; ++v)
@@ -166,10 +158,10 @@ class scene_lights : public plugin_test {
 
 TEST_F(scene_lights, are_sent_to_both_programs) {
     described::light lights[] = {
-        {nullptr, 2, {1, 0.5f, 0.25f}, 100, {1, 2, 3}, {9, 9, 9}    },
-        {nullptr, 0, {1, 1, 1},        100, {1, 1, 1}, {1, 1, 1}    },
-        {nullptr, 1, {0, 0, 1},        50,  {9, 9, 9}, {0, -1, 0.5f}},
-        {nullptr, 3, {1, 1, 1},        100, {1, 1, 1}, {1, 1, 1}    },
+        {nullptr, 2, {1, 0.5f, 0.25f}, 100, {1, 2, 3}, {9, 9, 9}},
+        {nullptr, 0, {1, 1, 1}, 100, {1, 1, 1}, {1, 1, 1}},
+        {nullptr, 1, {0, 0, 1}, 50, {9, 9, 9}, {0, -1, 0.5f}},
+        {nullptr, 3, {1, 1, 1}, 100, {1, 1, 1}, {1, 1, 1}},
     };
     for (const char* shading : {"gouraud", "blinn-phong"}) {
         SCOPED_TRACE(shading);
@@ -208,11 +200,7 @@ TEST_F(scene_lights, are_sent_to_both_programs) {
 TEST_F(scene_lights, beyond_the_eighth_are_reported_by_name) {
     described::light lights[9];
     for (int i = 0; i < 9; ++i)
-        lights[i] = {
-            nullptr, 2, {1,                     1, 1},
-              100, {static_cast<float>(i), 0, 0},
-              {0,                     0, 0}
-        };
+        lights[i] = {nullptr, 2, {1, 1, 1}, 100, {static_cast<float>(i), 0, 0}, {0, 0, 0}};
     control shown;
     hang(shown, lights, 9);
     shown.render();
@@ -228,11 +216,7 @@ TEST_F(scene_lights, beyond_the_eighth_are_reported_by_name) {
 }
 
 TEST_F(scene_lights, do_not_touch_flat_shading) {
-    described::light light{
-        nullptr, 2, {1, 1, 1},
-          100, {1, 2, 3},
-          {0, 0, 0}
-    };
+    described::light light{nullptr, 2, {1, 1, 1}, 100, {1, 2, 3}, {0, 0, 0}};
     control shown;
     shown.set(id_shading, "flat");
     hang(shown, &light, 1);

@@ -77,19 +77,19 @@ TEST_F(entry, reads_the_options) {
         int vbos, level;
         bool notice;
     } cases[] = {
-        {"novbo",        0, 0,  false},
-        {"diag=6",       1, 6,  true },
-        {"diag:9,novbo", 0, 9,  true },
-        {"novbo diag=5", 0, 5,  true },
-        {"xx-diag=8-yy", 1, 8,  true },
-        {"diag",         1, 0,  true },
-        {"diag=",        1, 0,  true },
-        {"diag=abc",     1, 0,  true },
-        {"diag=-3",      1, -3, true },
-        {"diag66",       1, 6,  true },
-        {"",             1, 0,  false},
-        {nullptr,        1, 0,  false},
-        {"NOVBO DIAG=6", 1, 0,  false},
+        {"novbo", 0, 0, false},
+        {"diag=6", 1, 6, true},
+        {"diag:9,novbo", 0, 9, true},
+        {"novbo diag=5", 0, 5, true},
+        {"xx-diag=8-yy", 1, 8, true},
+        {"diag", 1, 0, true},
+        {"diag=", 1, 0, true},
+        {"diag=abc", 1, 0, true},
+        {"diag=-3", 1, -3, true},
+        {"diag66", 1, 6, true},
+        {"", 1, 0, false},
+        {nullptr, 1, 0, false},
+        {"NOVBO DIAG=6", 1, 0, false},
     };
     write_three_triangles();
     for (const auto& c : cases) {

@@ -33,14 +33,14 @@ TEST_F(failures, a_missing_program_stops_the_frame) {
     };
     // $x is the app record once a program has been linked, which brings it along.
     const reason reasons[] = {
-        {"",                {}                                                          },
+        {"", {}},
         {"compile",
          {"0 $x error: could not compile shader: 0:1: bad",
-          "0 $x error: could not compile shader: 0:1: bad"}                             },
-        {"link",            {"0 app error: could not link program", "0 app 0:1: bad"}   },
-        {"validate",        {"0 app error: program failed validation", "0 app 0:1: bad"}},
-        {"glCreateProgram", {"0 app error: could not create program"}                   },
-        {"glCreateShader",  {}                                                          },
+          "0 $x error: could not compile shader: 0:1: bad"}},
+        {"link", {"0 app error: could not link program", "0 app 0:1: bad"}},
+        {"validate", {"0 app error: program failed validation", "0 app 0:1: bad"}},
+        {"glCreateProgram", {"0 app error: could not create program"}},
+        {"glCreateShader", {}},
     };
     write_three_triangles();
     for (const reason& r : reasons)
@@ -166,13 +166,13 @@ TEST_F(failures, the_extension_chooses_the_loader) {
         lines log;
         size_t draws;
     } cases[] = {
-        {"UPPER.OBJ",  {},                                          1},
-        {".obj",       {},                                          1},
-        {"a.ObJ",      {},                                          1},
-        {"abc",        {},                                          0},
-        {"obj",        {},                                          0},
-        {"x.stl",      {"0 app model3d: unsupported format: .stl"}, 0},
-        {"x.STL",      {"0 app model3d: unsupported format: .stl"}, 0},
+        {"UPPER.OBJ", {}, 1},
+        {".obj", {}, 1},
+        {"a.ObJ", {}, 1},
+        {"abc", {}, 0},
+        {"obj", {}, 0},
+        {"x.stl", {"0 app model3d: unsupported format: .stl"}, 0},
+        {"x.STL", {"0 app model3d: unsupported format: .stl"}, 0},
         {"model.obj2", {"0 app model3d: unsupported format: obj2"}, 0},
     };
     for (const auto& c : cases) {

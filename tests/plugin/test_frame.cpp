@@ -285,14 +285,8 @@ class frame : public plugin_test, public testing::WithParamInterface<setting> {
         constexpr struct {
             int id;
             float value;
-        } values[] = {
-            {id_camera_x,        1   },
-            {id_camera_y,        2   },
-            {id_camera_z,        9   },
-            {id_light_intensity, 0.8f},
-            {id_ambient,         0.3f},
-            {id_lightness,       0.5f}
-        };
+        } values[] = {{id_camera_x, 1},           {id_camera_y, 2},   {id_camera_z, 9},
+                      {id_light_intensity, 0.8f}, {id_ambient, 0.3f}, {id_lightness, 0.5f}};
         for (const auto& v : values)
             shown.set(v.id, v.value);
     }
@@ -308,10 +302,7 @@ class frame : public plugin_test, public testing::WithParamInterface<setting> {
 TEST_P(frame, makes_these_calls) {
     constexpr const char* names[] = {"gouraud", "phong", "flat"};
     const std::string name = names[GetParam().shading];
-    const std::map<std::string, std::string> programs{
-        {"$c", name + "_color"  },
-        {"$t", name + "_texture"}
-    };
+    const std::map<std::string, std::string> programs{{"$c", name + "_color"}, {"$t", name + "_texture"}};
     control shown;
     prepare(shown);
     for (const bool first : {true, false}) {
@@ -337,10 +328,8 @@ TEST_P(frame, makes_these_calls) {
 
 TEST_P(frame, writes_these_diagnostic_lines) {
     constexpr const char* names[] = {"gouraud", "blinn-phong", "flat"};
-    const std::map<std::string, std::string> words{
-        {"$s", names[GetParam().shading]         },
-        {"$n", std::to_string(GetParam().shading)}
-    };
+    const std::map<std::string, std::string> words{{"$s", names[GetParam().shading]},
+                                                   {"$n", std::to_string(GetParam().shading)}};
     for (const int threshold : {-1, 0, 4, 5, 6, 7, 8, 9}) {
         init(print("diag=%d", threshold).c_str());
         control shown;
@@ -348,16 +337,8 @@ TEST_P(frame, writes_these_diagnostic_lines) {
         constexpr struct {
             int id;
             float value;
-        } values[] = {
-            {id_azimuth,   10    },
-            {id_elevation, 20    },
-            {id_model_x,   0.5f  },
-            {id_model_y,   0.25f },
-            {id_model_z,   0.125f},
-            {id_phi,       60    },
-            {id_theta,     90    },
-            {id_psi,       180   }
-        };
+        } values[] = {{id_azimuth, 10},     {id_elevation, 20}, {id_model_x, 0.5f}, {id_model_y, 0.25f},
+                      {id_model_z, 0.125f}, {id_phi, 60},       {id_theta, 90},     {id_psi, 180}};
         for (const auto& v : values)
             shown.set(v.id, v.value);
         gl().last_buffer = 0;

@@ -104,14 +104,12 @@ TEST_F(shaders, built_in_sources_declare_the_interface) {
         const char* program;
         std::string attributes, uniforms, varyings, unused;
         bool lights;
-    } cases[] = {
-        {"gouraud_color",   plain,    lit,                vertex_lit,       "",                          true },
-        {"gouraud_texture", with_tex, lit + sampler,      vertex_lit + tex, "",                          true },
-        {"phong_color",     plain,    lit,                pixel_lit,        "",                          true },
-        {"phong_texture",   with_tex, lit + sampler,      pixel_lit + tex,  "",                          true },
-        {"flat_color",      plain,    material,           "",               "mat3 normal_model_local, ", false},
-        {"flat_texture",    with_tex, material + sampler, tex,              "mat3 normal_model_local, ", false}
-    };
+    } cases[] = {{"gouraud_color", plain, lit, vertex_lit, "", true},
+                 {"gouraud_texture", with_tex, lit + sampler, vertex_lit + tex, "", true},
+                 {"phong_color", plain, lit, pixel_lit, "", true},
+                 {"phong_texture", with_tex, lit + sampler, pixel_lit + tex, "", true},
+                 {"flat_color", plain, material, "", "mat3 normal_model_local, ", false},
+                 {"flat_texture", with_tex, material + sampler, tex, "mat3 normal_model_local, ", false}};
     const auto split = [](const std::string& list) {
         std::set<std::string> names;
         for (size_t at = 0, comma; (comma = list.find(", ", at)) != std::string::npos; at = comma + 2)
@@ -145,21 +143,18 @@ TEST_F(shaders, built_in_sources_declare_the_interface) {
             found[1].insert(u.type + " " + u.name);
         std::set<std::string> uniforms = split(c.uniforms);
         for (int i = 0; i < 8 && c.lights; ++i)
-            for (const auto& [type, member] : {
-                     std::pair{"vec4",  "position"      },
-                     std::pair{"vec3",  "diffuse_color" },
-                     std::pair{"vec3",  "specular_color"},
-                     std::pair{"float", "intensity"     }
-            })
+            for (const auto& [type, member] :
+                 {std::pair{"vec4", "position"}, std::pair{"vec3", "diffuse_color"},
+                  std::pair{"vec3", "specular_color"}, std::pair{"float", "intensity"}})
                 uniforms.insert(print("%s light_params[%d].%s", type, i, member));
         EXPECT_EQ(found[0], split(c.attributes));
         EXPECT_EQ(found[1], uniforms);
         EXPECT_EQ(found[2], split(c.varyings));
         uniforms.merge(split(c.unused));
         EXPECT_EQ(declared, uniforms);
-        const std::map<std::string, GLuint> places = c.attributes == plain
-                                                         ? std::map<std::string, GLuint>{{"normal", 1}, {"pos", 0}}
-                                                         : std::map<std::string, GLuint>{{"normal", 1}, {"pos", 0}, {"tex", 2}};
+        const std::map<std::string, GLuint> places =
+            c.attributes == plain ? std::map<std::string, GLuint>{{"normal", 1}, {"pos", 0}}
+                                  : std::map<std::string, GLuint>{{"normal", 1}, {"pos", 0}, {"tex", 2}};
         EXPECT_EQ(p.attributes, places);
     }
 }
@@ -235,10 +230,7 @@ TEST_F(shaders, links_are_cached_by_their_pair) {
 
     const uint32_t program = link(host_app(), v, f, attribs);
     ASSERT_NE(program, 0u);
-    EXPECT_EQ(gl().programs[program].attributes, (std::map<std::string, GLuint>{
-                                                     {"more", 1},
-                                                     {"pos",  0}
-    }));
+    EXPECT_EQ(gl().programs[program].attributes, (std::map<std::string, GLuint>{{"more", 1}, {"pos", 0}}));
     EXPECT_EQ(link(host_app(), v, f, nullptr), program);
     EXPECT_EQ(recorded().count("glLinkProgram"), 1);
     const uint32_t other = link(host_app(), v, f2, none);
@@ -290,33 +282,40 @@ TEST_F(shaders, descriptions_of_every_type) {
         lines log;
         bool made;
     } cases[] = {
-        {{"file", SHADER_TYPE_FILE, v.c_str(), f.c_str(), nullptr},  nullptr, {},                                                        true},
-        {{"source", SHADER_TYPE_SOURCE, vertex, fragment, nullptr},  nullptr, {},                                                        true},
+        {{"file", SHADER_TYPE_FILE, v.c_str(), f.c_str(), nullptr}, nullptr, {}, true},
+        {{"source", SHADER_TYPE_SOURCE, vertex, fragment, nullptr}, nullptr, {}, true},
         {{"no file", SHADER_TYPE_FILE, v.c_str(), "gone", nullptr},
-         nullptr,                                                             {"0 app LUMGL: failed to load shader: vert=$v frag=gone"},
-         false                                                                                                                               },
+         nullptr,
+         {"0 app LUMGL: failed to load shader: vert=$v frag=gone"},
+         false},
         {{"lit", SHADER_TYPE_BINARY, nullptr, "lit.frag", nullptr},
-         "lit.shd",                                                           {"0 app error: could not link program", "0 app 0:1: bad",
+         "lit.shd",
+         {"0 app error: could not link program", "0 app 0:1: bad",
           "0 app LUMGL: failed to load shader: vert=... frag=lit.frag"},
-         false                                                                                                                               },
+         false},
         {{"twice", SHADER_TYPE_BINARY, "x", "a.frag.frag", nullptr},
-         "a.shd.shd",                                                         {"0 app error: could not link program", "0 app 0:1: bad",
+         "a.shd.shd",
+         {"0 app error: could not link program", "0 app 0:1: bad",
           "0 app LUMGL: failed to load shader: vert=x frag=a.frag.frag"},
-         false                                                                                                                               },
+         false},
         {{"direct", SHADER_TYPE_BINARY, "x", "b.shd", nullptr},
-         "b.shd",                                                             {"0 app error: could not link program", "0 app 0:1: bad",
+         "b.shd",
+         {"0 app error: could not link program", "0 app 0:1: bad",
           "0 app LUMGL: failed to load shader: vert=x frag=b.shd"},
-         false                                                                                                                               },
+         false},
         {{"lost", SHADER_TYPE_BINARY, "x", "gone.frag", nullptr},
-         "gone.shd",                                                          {"0 app Unable to open shader: $root/gone.shd\n", "0 app error: could not link program",
+         "gone.shd",
+         {"0 app Unable to open shader: $root/gone.shd\n", "0 app error: could not link program",
           "0 app 0:1: bad", "0 app LUMGL: failed to load shader: vert=x frag=gone.frag"},
-         false                                                                                                                               },
+         false},
         {{"odd", 7, "x", "y", nullptr},
-         nullptr,                                                             {"0 app LUMGL: unknown shader type=7: vert=x frag=y"},
-         false                                                                                                                               },
+         nullptr,
+         {"0 app LUMGL: unknown shader type=7: vert=x frag=y"},
+         false},
         {{"odd", 3, "x", nullptr, nullptr},
-         nullptr,                                                             {"0 app LUMGL: unknown shader type=3: vert=x frag=..."},
-         false                                                                                                                               },
+         nullptr,
+         {"0 app LUMGL: unknown shader type=3: vert=x frag=..."},
+         false},
     };
     host().timing = true;
     for (const auto& c : cases) {

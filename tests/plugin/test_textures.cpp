@@ -31,11 +31,11 @@ TEST_F(textures, follow_the_description_of_the_image) {
         const char* upload; // null: the host's own texture is used
         float u, v;         // of the far corner
     } cases[] = {
-        {"RGBA in a larger buffer",  5,   3,   8,   4,   4, 128,
-         "glTexImage2D TEXTURE_2D 0 RGBA 8x4 0 RGBA UNSIGNED_BYTE",       0.625f,     0.75f   },
-        {"16 bits",                  4,   3,   4,   3,   2, 24,  rgb,     1,          1       },
-        {"any depth but four bytes", 4,   3,   4,   3,   3, 24,  rgb,     1,          1       },
-        {"no pixels",                300, 200, 512, 256, 4, 0,   nullptr, 0.5859375f, 0.78125f},
+        {"RGBA in a larger buffer", 5, 3, 8, 4, 4, 128,
+         "glTexImage2D TEXTURE_2D 0 RGBA 8x4 0 RGBA UNSIGNED_BYTE", 0.625f, 0.75f},
+        {"16 bits", 4, 3, 4, 3, 2, 24, rgb, 1, 1},
+        {"any depth but four bytes", 4, 3, 4, 3, 3, 24, rgb, 1, 1},
+        {"no pixels", 300, 200, 512, 256, 4, 0, nullptr, 0.5859375f, 0.78125f},
     };
     write_quad();
     for (const auto& c : cases) {

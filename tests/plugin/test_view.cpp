@@ -22,15 +22,9 @@ TEST_F(view, clip_planes) {
         int radius;
         double expected_near, expected_far;
     } cases[] = {
-        {0,  0,  10,  0,  2,  7,   13},
-        {0,  0,  10,  0,  10, 0.1, 25},
-        {0,  0,  -10, 0,  2,  7,   13},
-        {0,  0,  4,   -6, 2,  7,   13},
-        {5,  0,  10,  0,  2,  5,   10},
-        {0,  50, 10,  0,  2,  0.1, 50},
-        {3,  4,  10,  0,  2,  3,   4 },
-        {-1, 40, 10,  0,  2,  0.1, 40},
-        {8,  8,  10,  0,  2,  8,   8 },
+        {0, 0, 10, 0, 2, 7, 13}, {0, 0, 10, 0, 10, 0.1, 25},  {0, 0, -10, 0, 2, 7, 13},
+        {0, 0, 4, -6, 2, 7, 13}, {5, 0, 10, 0, 2, 5, 10},     {0, 50, 10, 0, 2, 0.1, 50},
+        {3, 4, 10, 0, 2, 3, 4},  {-1, 40, 10, 0, 2, 0.1, 40}, {8, 8, 10, 0, 2, 8, 8},
     };
     init("diag=6");
     for (const auto& c : cases) {
@@ -56,15 +50,7 @@ TEST_F(view, matrices_reach_the_programs) {
     const struct {
         int rotation, surface;
         float fov;
-    } cases[] = {
-        {0,   0, 60},
-        {90,  0, 30},
-        {180, 0, 90},
-        {270, 0, 45},
-        {30,  0, 45},
-        {90,  1, 60},
-        {0,   0, 0 }
-    };
+    } cases[] = {{0, 0, 60}, {90, 0, 30}, {180, 0, 90}, {270, 0, 45}, {30, 0, 45}, {90, 1, 60}, {0, 0, 0}};
     for (const auto& c : cases) {
         SCOPED_TRACE(
             print("rotation %d surface %d fov %g", c.rotation, c.surface, static_cast<double>(c.fov)));
@@ -120,16 +106,12 @@ TEST_F(view, viewport_of_the_display) {
         float tx;
         std::array<int, 4> expected;
     } cases[] = {
-        {false, 90,  0, 7,       {13, 476, 200, 100}}, // no service: no rotation either
-        {true,  0,   0, 7,       {27, 541, 300, 50} },
-        {true,  45,  0, 7,       {27, 541, 300, 50} },
-        {true,  90,  0, 7,       {741, 273, 50, 300}},
-        {true,  180, 0, 7,       {473, 9, 300, 50}  },
-        {true,  270, 0, 7,       {9, 27, 50, 300}   },
-        {true,  -90, 0, 7,       {27, 541, 300, 50} },
-        {true,  0,   0, -20.25f, {0, 541, 300, 50}  }, // -0.25 is truncated towards zero
-        {true,  90,  1, 7,       {13, 24, 200, 99}  },
-        {false, 0,   1, 7,       {13, 24, 200, 99}  },
+        {false, 90, 0, 7, {13, 476, 200, 100}}, // no service: no rotation either
+        {true, 0, 0, 7, {27, 541, 300, 50}},      {true, 45, 0, 7, {27, 541, 300, 50}},
+        {true, 90, 0, 7, {741, 273, 50, 300}},    {true, 180, 0, 7, {473, 9, 300, 50}},
+        {true, 270, 0, 7, {9, 27, 50, 300}},      {true, -90, 0, 7, {27, 541, 300, 50}},
+        {true, 0, 0, -20.25f, {0, 541, 300, 50}}, // -0.25 is truncated towards zero
+        {true, 90, 1, 7, {13, 24, 200, 99}},      {false, 0, 1, 7, {13, 24, 200, 99}},
     };
     write_three_triangles();
     for (const auto& c : cases) {

@@ -26,10 +26,7 @@ static int render(render_canvas* canvas, control_record* control, renderext_inst
 }
 
 static const renderext_arg args[] = {
-    {12, "filename",             "1s0"},
-    {18, "camera_field_of_view", "4f1"},
-    {0,  NULL,                   NULL }
-};
+    {12, "filename", "1s0"}, {18, "camera_field_of_view", "4f1"}, {0, NULL, NULL}};
 static const renderext_descriptor descriptor = {
     .name = "model3d", .state_size = 1, .args = args, .parse = parse, .render = render};
 

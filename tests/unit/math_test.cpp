@@ -93,11 +93,9 @@ TEST(math, directions_are_not_translated_but_show_a_broken_translation) {
 }
 
 TEST(math, perspective_maps_the_frustum_to_the_unit_cube) {
-    for (const auto& [fovy, aspect, near, far] : {
-             std::array{90.0f, 1.0f, 1.0f, 3.0f  },
-             std::array{60.0f, 1.5f, 0.1f, 100.0f},
-             {25.0f, 0.5f, 2.0f, 5.0f  }
-    }) {
+    for (const auto& [fovy, aspect, near, far] : {std::array{90.0f, 1.0f, 1.0f, 3.0f},
+                                                  std::array{60.0f, 1.5f, 0.1f, 100.0f},
+                                                  {25.0f, 0.5f, 2.0f, 5.0f}}) {
         mat4 m;
         mat_persp(m.data(), fovy, aspect, near, far);
         const float top = near * std::tan(fovy * pi / 360);

@@ -89,7 +89,7 @@ TEST(group, transform_scales_then_turns_z_y_x_then_moves) {
     const struct {
         float rotation[3], from[3], to[3];
     } cases[] = {
-        {{0, 0, half_pi},       {1, 0, 0}, {1, 2, 0}},
+        {{0, 0, half_pi}, {1, 0, 0}, {1, 2, 0}},
         {{half_pi, 0, half_pi}, {1, 0, 0}, {1, 0, 2}}, // z turns x to y, then x turns y to z
         {{0, half_pi, half_pi}, {0, 1, 0}, {1, 0, 2}}, // z turns y to -x, then y turns -x to z
         {{half_pi, half_pi, 0}, {1, 0, 0}, {1, 2, 0}}, // y turns x to -z, then x turns -z to y

@@ -74,11 +74,7 @@ TEST(trimesh, arrays_grow_when_they_are_full_and_keep_what_they_hold) {
 TEST(trimesh, sizes_that_cannot_be_had_are_refused) {
     const struct {
         int32_t vertices, faces, materials;
-    } cases[] = {
-        {INT32_MAX, 0,         0        },
-        {0,         INT32_MAX, 0        },
-        {0,         0,         INT32_MAX}
-    };
+    } cases[] = {{INT32_MAX, 0, 0}, {0, INT32_MAX, 0}, {0, 0, INT32_MAX}};
     for (const auto& c : cases) {
         trimesh mesh;
         EXPECT_EQ(trimesh_create(&mesh, "m", c.vertices, c.faces, c.materials, 1, 1, 1, 1), 0);
