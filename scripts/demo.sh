@@ -6,7 +6,7 @@ tool=${MODEL3D_TOOL:-build/release/bin/model3d}
 mkdir -p demo
 
 count=0
-while read -r name file options; do
+while read -r name file options || [ "$name" ]; do
     case $name in '' | '#'*) continue ;; esac
     for shading in gouraud blinn-phong flat; do
         picture=demo/$name-$shading.png

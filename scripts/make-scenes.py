@@ -34,8 +34,11 @@ def main():
         sys.exit("make-scenes: %s; build the plug-in, or name it with --library" % error)
     for name in args.names or SCENES:
         folder = os.path.join(args.output, name)
-        os.makedirs(folder, exist_ok=True)
-        triangles, vertices = SCENES[name](library, folder)
+        try:
+            os.makedirs(folder, exist_ok=True)
+            triangles, vertices = SCENES[name](library, folder)
+        except OSError as error:
+            sys.exit("make-scenes: %s" % error)
         size = os.path.getsize(os.path.join(folder, name + ".qel"))
         print("%-12s %6d triangles, %6d vertices, %7d bytes" % (name, triangles, vertices, size))
 
