@@ -266,6 +266,13 @@ struct setting {
     bool model_lights, back, surface, display, timed;
 };
 
+void PrintTo(const setting& s, std::ostream* out) {
+    constexpr const char* shadings[] = {"gouraud", "phong", "flat"};
+    *out << shadings[s.shading] << (s.model_lights ? ", model lights" : "") << (s.back ? ", culled" : "")
+         << (s.surface ? ", surface" : "") << (s.display ? ", display info" : "")
+         << (s.timed ? ", timed" : "");
+}
+
 class frame : public plugin_test, public testing::WithParamInterface<setting> {
   protected:
     // A control with the setting and values of its own everywhere; `show` makes its first frame.
