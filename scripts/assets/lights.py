@@ -46,10 +46,10 @@ def ball(model, material, radius, frame, segments=56):
 def stage(model):
     rim = [(FLOOR - 0.05, -0.08), (FLOOR, -0.08, 0.02), (FLOOR, 0, 0.02), (FLOOR - 0.03, 0)]
     lathe(model, "stone", rounded(rim), 96, up())
-    rings = [(FLOOR - 0.03) * (1 - k / 30) for k in range(30)] + [0.0001]
+    rings = [(FLOOR - 0.03) * (1 - k / 30) for k in range(30)] + [0.0]
     lathe(model, "floor", [(r, 0, 0, 1) for r in rings], 96, up(), uv=face_uv(FLOOR))
     steps = [(0.52, 0), (0.52, 0.09, 0.02), (0.42, 0.09, 0.01), (0.42, 0.18, 0.02), (0.30, 0.18, 0.01)]
-    steps += [(0.26, 0.26, 0.05), (0.25, 0.38, 0.04), (0.31, 0.42, 0.02), (0.31, 0.47, 0.015), (0.0001, 0.47)]
+    steps += [(0.26, 0.26, 0.05), (0.25, 0.38, 0.04), (0.31, 0.42, 0.02), (0.31, 0.47, 0.015), (0.0, 0.47)]
     lathe(model, "stone", rounded(steps), 80, up())
 
 
@@ -70,9 +70,9 @@ def exhibits(model):
 def bulb(model):
     """At the group's origin, where the light is; its rod slides in the post."""
     ball(model, "bulb", 0.055, up(), 32)
-    cap = [(0.0001, -0.082), (0.028, -0.082, 0.004), (0.034, -0.04, 0.004), (0.02, -0.04)]
+    cap = [(0.0, -0.082), (0.028, -0.082, 0.004), (0.034, -0.04, 0.004), (0.02, -0.04)]
     lathe(model, "brass", rounded(cap), 32, up())
-    lathe(model, "steel", rounded([(0.0001, -0.75), (0.010, -0.75), (0.010, -0.08)]), 20, up())
+    lathe(model, "steel", rounded([(0.0, -0.75), (0.010, -0.75), (0.010, -0.08)]), 20, up())
 
 
 def post(model, frame):

@@ -45,7 +45,7 @@ def link(low_radius, high_radius, low, high, steps=18):
 
 
 def button(model, material, radius, height, frame, bevel=0.012, segments=48):
-    lathe(model, material, rounded([(radius, 0), (radius, height, bevel), (0.0001, height)]), segments, frame)
+    lathe(model, material, rounded([(radius, 0), (radius, height, bevel), (0.0, height)]), segments, frame)
 
 
 def screws(model, count, ring, radius, frame, start=0.0):
@@ -93,7 +93,7 @@ def cell(model):
     """What does not move: floor, pedestal, stands."""
     rim = [(FLOOR - 0.03, -0.05), (FLOOR, -0.05, 0.01), (FLOOR, 0, 0.008), (FLOOR - 0.01, 0)]
     lathe(model, "dark", rounded(rim), 96, up())
-    rings = [(FLOOR - 0.01) * (1 - k / 12) for k in range(12)] + [0.0001]
+    rings = [(FLOOR - 0.01) * (1 - k / 12) for k in range(12)] + [0.0]
     lathe(model, "floor", [(r, 0, 0, 1) for r in rings], 96, up(), uv=face_uv(FLOOR))
     plate = rounded([(-0.36, -0.36), (0.36, -0.36), (0.36, 0.36), (-0.36, 0.36)], 0.06, closed=True, steps=6)
     extrude(model, "dark", plate, 0, 0.05, up(), 0.012)
@@ -116,7 +116,7 @@ def cell(model):
 
 def turret(model):
     button(model, "steel", 0.262, 0.03, up(0, -0.012), 0.006, 72)
-    lathe(model, "body", rounded([(0.27, 0.018), (0.27, 0.15, 0.05), (0.0001, 0.15)], steps=6), 72, up())
+    lathe(model, "body", rounded([(0.27, 0.018), (0.27, 0.15, 0.05), (0.0, 0.15)], steps=6), 72, up())
     rounded_box(model, "dark", (0.20, 0.20, 0.17), 0.03, Frame((-0.26, 0.19, 0)))
     rounded_box(model, "dark", (0.16, 0.13, 0.10), 0.02, Frame((-0.37, 0.19, 0)))
     for k in range(5):  # cooling fins around it
@@ -137,7 +137,7 @@ def forearm(model):
     for side in sides(0, 0, 0.116):
         extrude(model, "grey", link(0.118, 0.10, 0, 0.24), 0, 0.056, side, 0.016, steps=4)
         motor(model, 0.086, 0.05, moved(side, 0, 0, 0.055))
-    rounded_box(model, "grey", (0.22, 0.15, 0.345), 0.03, Frame((0, 0.245, 0)), 4)
+    rounded_box(model, "grey", (0.22, 0.15, 0.33), 0.03, Frame((0, 0.245, 0)), 4)
     tube = [(0.128, 0.30), (0.128, 0.335, 0.01), (0.112, 0.35, 0.02), (0.078, 0.60, 0.02)]
     tube += [(0.078, 0.615), (0.05, 0.615)]
     lathe(model, "body", rounded(tube), 56, up())
