@@ -35,7 +35,7 @@ std::string temp_folder::write(const std::string& name, const std::string& conte
     return file;
 }
 
-loaded_model::loaded_model(const std::string& filename) {
+loaded_model::loaded_model(const std::string& filename, decltype(&group_loadobj) load) {
     asked_names = &asked;
     resource_manager resources = {};
     resources.resolve_path = resolve;
@@ -46,7 +46,7 @@ loaded_model::loaded_model(const std::string& filename) {
     control_record control = {};
     control.app = &app;
     render_context context = {nullptr, &control};
-    result = group_loadobj(&root, filename.c_str(), &context);
+    result = load(&root, filename.c_str(), &context);
 }
 
 loaded_model::~loaded_model() {

@@ -21,7 +21,7 @@ struct temp_folder {
 
 // Loads with a host that finds every path that exists. The scene is released at the end.
 struct loaded_model {
-    explicit loaded_model(const std::string& filename);
+    explicit loaded_model(const std::string& filename, decltype(&group_loadobj) load = group_loadobj);
     ~loaded_model();
     loaded_model(const loaded_model&) = delete;
     loaded_model& operator=(const loaded_model&) = delete;

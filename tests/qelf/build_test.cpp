@@ -1,0 +1,202 @@
+// Records made by hand: computed sizes, replaced values, what is refused.
+
+#include "fixture.h"
+#include "qelf/qelf.h"
+#include "scene_bytes.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+const extension_table table = {QELF_formExtensions, 1};
+
+// A record that no form owns yet.
+struct lone_free {
+    template <class Record> void operator()(Record* r) const {
+        IFF_freeChunk(&r->chunk, "QELF", table.rows, table.count);
+    }
+    void operator()(QELF_TriangleMesh* mesh) const {
+        QELF_freeNode(QELF_createNode(QELF_NODE_TRIMESH, mesh));
+    }
+    void operator()(QELF_Light* light) const { QELF_freeNode(QELF_createNode(QELF_NODE_LIGHT, light)); }
+};
+template <class Record> using lone = std::unique_ptr<Record, lone_free>;
+
+std::string text(const IFF_RawChunk* chunk) {
+    return {reinterpret_cast<const char*>(chunk->data), static_cast<size_t>(chunk->chunk.chunkSize)};
+}
+
+lone<QELF_TriangleMesh> full_mesh() {
+    lone<QELF_TriangleMesh> mesh{QELF_createTriangleMesh(2, 1, 2, 1, 1, 1, 2)};
+    const uint8_t bytes[24] = {1, 2, 3};
+    EXPECT_TRUE(QELF_allocateTrimeshBuffers(mesh.get()));
+    for (const auto set : {QELF_setVertexData, QELF_setNormalData, QELF_setTangentData, QELF_setBinormalData})
+        EXPECT_TRUE(set(mesh.get(), bytes, 24));
+    for (const uint32_t set : {0, 1})
+        EXPECT_TRUE(QELF_setTexcoordData(mesh.get(), set, bytes, 16));
+    EXPECT_TRUE(QELF_setIndexData(mesh.get(), bytes, 12));
+    return mesh;
+}
+
+} // namespace
+
+TEST(qelf_build, replaced_values_leave_the_size_of_the_new_ones) {
+    const lone<QELF_SceneGroup> group{QELF_createSceneGroup(1)};
+    const lone<QELF_Texture> texture{QELF_createTexture()};
+    const lone<QELF_Light> light{QELF_createLight()};
+    const lone<QELF_Animation> animation{QELF_createAnimation(2, 1)};
+    EXPECT_EQ(group->chunk.chunkSize, 112);
+    EXPECT_EQ(light->chunk.chunkSize, 24);
+    EXPECT_EQ(texture->chunk.chunkSize, 12);
+    EXPECT_EQ(animation->chunk.chunkSize, 8 + 32);
+    for (const std::string name : {"", "a", "needle", "gauge"}) {
+        const int extent = static_cast<int>(name.size() + 8 + name.size() % 2);
+        EXPECT_TRUE(QELF_setGroupName(group.get(), name.c_str()));
+        EXPECT_TRUE(QELF_setLightName(light.get(), name.c_str()));
+        EXPECT_TRUE(QELF_setTextureName(texture.get(), name.c_str()));
+        EXPECT_TRUE(QELF_setTexturePath(texture.get(), (name + "xx").c_str()));
+        EXPECT_TRUE(QELF_setAnimationName(animation.get(), name.c_str()));
+        EXPECT_TRUE(QELF_setAnimationChannelNodeNameAndType(animation.get(), 1, name.c_str(), 7));
+        EXPECT_TRUE(QELF_allocateAnimationChannelKeyBuffer(animation.get(), 0, extent));
+        EXPECT_EQ(group->chunk.chunkSize, 112 + extent);
+        EXPECT_EQ(light->chunk.chunkSize, 24 + extent);
+        EXPECT_EQ(texture->chunk.chunkSize, 12 + extent + extent + 2);
+        EXPECT_EQ(animation->chunk.chunkSize, 8 + 32 + 2 * extent + 8 * extent);
+        EXPECT_EQ(text(group->name) + text(light->name) + text(texture->name), name + name + name);
+        EXPECT_EQ(texture->pathLength, static_cast<int>(name.size()) + 2);
+        EXPECT_EQ(animation->channels[0].keys[extent - 1].keyIndex, 0u);
+    }
+    // A group inside counts its node, and the node the group.
+    QELF_SceneGroup* const inside = QELF_createSceneGroup(0);
+    EXPECT_TRUE(QELF_setGroupName(inside, "gauge"));
+    QELF_Node* const node = QELF_createNode(QELF_NODE_GROUP, inside);
+    EXPECT_EQ(node->chunk.chunkSize, 126 + 8);
+    EXPECT_TRUE(QELF_addNodeToGroup(group.get(), 0, node));
+    EXPECT_EQ(group->chunk.chunkSize, 126 + 142);
+}
+
+TEST(qelf_build, mesh_data_must_fit_and_is_copied) {
+    const lone<QELF_TriangleMesh> mesh = full_mesh();
+    const lone<QELF_TriangleMesh> bare{QELF_createTriangleMesh(2, 1, 0, 0, 0, 0, 0)};
+    EXPECT_TRUE(QELF_allocateTrimeshBuffers(bare.get()));
+    const int full = 74 + 2 * 4 + 4 * 32 + 2 * 24 + 20;
+    uint8_t bytes[32] = {9};
+    const std::string reported = reports_of([&] {
+        for (const int size : {-1, 0, 23, 25, 32}) {
+            EXPECT_FALSE(QELF_setVertexData(mesh.get(), bytes, size));
+            EXPECT_FALSE(QELF_setIndexData(mesh.get(), bytes, size));
+            EXPECT_FALSE(QELF_setTexcoordData(mesh.get(), 1, bytes, size));
+        }
+        EXPECT_FALSE(QELF_setTexcoordData(mesh.get(), 2, bytes, 16));
+        EXPECT_FALSE(QELF_setNormalData(bare.get(), bytes, 24));
+    });
+    EXPECT_EQ(reported.size(), 17 * strlen("'TMSH': data does not fit the counts and flags!\n"));
+    EXPECT_EQ(mesh->chunk.chunkSize, full);
+    EXPECT_EQ(mesh->vertexData->data[1], 2);
+    EXPECT_TRUE(QELF_setVertexData(mesh.get(), bytes, 24));
+    EXPECT_EQ(mesh->chunk.chunkSize, full);
+    bytes[0] = 0;
+    EXPECT_EQ(mesh->vertexData->data[0], 9);
+}
+
+TEST(qelf_build, places_are_taken_once_and_counts_are_positive) {
+    const lone<QELF_TriangleMesh> mesh = full_mesh();
+    const lone<QELF_SceneGroup> group{QELF_createSceneGroup(1)};
+    const lone<QELF_Animation> animation{QELF_createAnimation(1, 1)};
+    QELF_Material* const material = QELF_createMaterial();
+    QELF_Node* const node = QELF_createNode(QELF_NODE_LIGHT, QELF_createLight());
+    const int before = mesh->chunk.chunkSize;
+    EXPECT_TRUE(QELF_setMaterial(mesh.get(), 1, material));
+    EXPECT_EQ(mesh->chunk.chunkSize, before + 82);
+    EXPECT_TRUE(QELF_addNodeToGroup(group.get(), 0, node));
+    EXPECT_EQ(reports_of([&] {
+                  EXPECT_FALSE(QELF_setMaterial(mesh.get(), 1, material));
+                  EXPECT_FALSE(QELF_setMaterial(mesh.get(), 2, material));
+                  EXPECT_FALSE(QELF_setMaterialStartIndex(mesh.get(), 2, 0));
+                  EXPECT_FALSE(QELF_addNodeToGroup(group.get(), 0, node));
+                  EXPECT_FALSE(QELF_addNodeToGroup(group.get(), 1, node));
+                  EXPECT_FALSE(QELF_setAnimationChannelNodeNameAndType(animation.get(), 1, "n", 0));
+                  EXPECT_FALSE(QELF_allocateAnimationChannelKeyBuffer(animation.get(), 0, -1));
+                  EXPECT_FALSE(QELF_createAnimation(-1, 0) || QELF_createTriangleMesh(0, -1, 0, 0, 0, 0, 0));
+                  EXPECT_FALSE(QELF_createTriangleMesh(0, 0, 1u << 30, 0, 0, 0, 0));
+                  group->chunk.chunkSize = INT32_MAX - 7;
+                  EXPECT_FALSE(QELF_setGroupName(group.get(), ""));
+              }),
+              "'TMSH': no room for the material!\n'TMSH': no room for the material!\n"
+              "'TMSH': no such material!\n'SGRP': no room for the node!\n'SGRP': no room for the node!\n"
+              "'ANIM': no such channel!\n'ANIM': negative number of keys!\n"
+              "'ANIM': negative number of channels!\n'TMSH': negative number of vertices or faces!\n"
+              "Size of 'TMSH' exceeds 32 bits!\nSize of 'SGRP' exceeds 32 bits!\n");
+    EXPECT_EQ(group->name, nullptr);
+    EXPECT_EQ(reports_of([&] {
+                  EXPECT_FALSE(QELF_setMaterial(mesh.get(), 0, nullptr) ||
+                               QELF_setMaterial(nullptr, 0, material));
+              }),
+              "");
+}
+
+TEST(qelf_build, what_could_not_be_read_back_is_not_written) {
+    const stream_ptr file{tmpfile()};
+    const lone<QELF_TriangleMesh> mesh = full_mesh();
+    const lone<QELF_SceneGroup> group{QELF_createSceneGroup(1)};
+    QELF_Node unknown = {};
+    unknown.nodeType = 9;
+    EXPECT_EQ(output_of([&] { QELF_printNode(&unknown, 1); }), "  nodeType = UNKNOWN\n");
+    EXPECT_FALSE(QELF_compareNode(&unknown, &unknown));
+    EXPECT_EQ(reports_of([&] {
+                  EXPECT_FALSE(QELF_writeNode(file.get(), &unknown));
+                  EXPECT_FALSE(QELF_writeSceneGroup(file.get(), group.get()));
+                  EXPECT_FALSE(QELF_writeTriangleMesh(file.get(), mesh.get()));
+                  EXPECT_TRUE(QELF_setMaterial(mesh.get(), 0, QELF_createMaterial()) &&
+                              QELF_setMaterial(mesh.get(), 1, QELF_createMaterial()));
+                  EXPECT_TRUE(QELF_writeTriangleMesh(file.get(), mesh.get()));
+                  mesh->nfaces = 2;
+                  EXPECT_FALSE(QELF_writeTriangleMesh(file.get(), mesh.get()));
+              }),
+              "'SGRP': a node is missing!\n'TMSH': a material is missing!\n'TMSH': data is missing!\n");
+}
+
+TEST(qelf_build, a_full_disk_is_reported_with_the_field) {
+    const record file = everything();
+    const tree_ptr tree = read(file.bytes, table);
+    size_t begin = 0;
+    for (const auto& [end, report] : file.ends) {
+        const size_t room = begin + (end - begin) / 2; // the stream keeps a byte for itself
+        begin = end;
+        if (room == 0 || report.find(".") == std::string::npos || report.find("''") != std::string::npos)
+            continue;
+        const std::string expected = "Error writing " + report.substr(strlen("Error reading "));
+        const std::string reported = reports_of([&] { EXPECT_EQ(write(tree.get(), table, room), ""); });
+        EXPECT_EQ(reported.substr(0, expected.size()), expected) << room;
+    }
+}
+
+TEST(qelf_build, every_failed_allocation_loses_nothing) {
+    fail_every_allocation([] {
+        const lone<QELF_Texture> texture{QELF_createTexture()};
+        return texture && QELF_setTextureName(texture.get(), "n") && QELF_setTexturePath(texture.get(), "p");
+    });
+    fail_every_allocation([] {
+        const lone<QELF_Animation> animation{QELF_createAnimation(2, 30)};
+        return animation && QELF_setAnimationName(animation.get(), "n") &&
+               QELF_setAnimationChannelNodeNameAndType(animation.get(), 1, "g", 5) &&
+               QELF_allocateAnimationChannelKeyBuffer(animation.get(), 1, 3);
+    });
+    fail_every_allocation([] {
+        QELF_TriangleMesh* mesh = QELF_createTriangleMesh(2, 0, 1, 1, 1, 1, 2);
+        if (!mesh || !QELF_allocateTrimeshBuffers(mesh)) return false; // it is gone
+        const bool good = QELF_setVertexData(mesh, "123456781234567812345678", 24);
+        QELF_freeTriangleMesh(mesh);
+        free(mesh);
+        return good;
+    });
+    fail_every_allocation([] {
+        QELF_Scene* const scene = QELF_createScene("QELF");
+        lone<QELF_SceneGroup> group{scene ? QELF_createSceneGroup(2) : nullptr};
+        bool good = group && QELF_addSceneGroupToScene(scene, group.get());
+        IFF_Form* const form = good ? QELF_convertSceneToForm(scene) : nullptr;
+        if (form) QELF_free(&group.release()->chunk.parent->chunk);
+        QELF_freeScene(scene);
+        return form != nullptr;
+    });
+}

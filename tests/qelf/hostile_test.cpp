@@ -1,0 +1,136 @@
+// Files that lie, and a machine that is short of memory.
+
+#include "fixture.h"
+#include "qelf/qelf.h"
+#include "scene_bytes.h"
+
+#include <chrono>
+#include <gtest/gtest.h>
+
+namespace {
+
+const extension_table table = {QELF_formExtensions, 1};
+const std::string at_end = "Error while reading chunk!\nERROR: cannot open main chunk!\n";
+
+// What reading the bytes reports; also that it is quick, small and gives everything back.
+std::string read_quickly(const std::string& bytes, bool readable) {
+    const long blocks = heap.blocks;
+    heap.largest = 0;
+    heap.left = LONG_MAX;
+    const auto start = std::chrono::steady_clock::now();
+    const std::string reported = reports_of([&] { EXPECT_EQ(read(bytes, table) != nullptr, readable); });
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+    EXPECT_LT(seconds.count(), 1);
+    EXPECT_LT(static_cast<size_t>(LONG_MAX - heap.left) * heap.largest, 64u << 20); // as if nothing was freed
+    heap.left = LONG_MAX;
+    EXPECT_EQ(heap.blocks, blocks);
+    return reported;
+}
+
+// A file of groups in groups.
+std::string nested(int levels) {
+    record innermost = group_record("", {});
+    const std::string around = innermost.patched("'SGRP'.nnodes", number(1)) + '\1';
+    record file = scene_record(innermost);
+    file.bytes.resize(file.bytes.size() - innermost.bytes.size());
+    for (int level = 1; level < levels; level++) {
+        file.bytes += around;
+        innermost.size += 112 + 8 + 8 + 8; // itself, its empty name, its node, and that node's content
+    }
+    file.bytes += innermost.bytes;
+    const record sizes = scene_record(innermost);
+    return file.bytes.replace(0, 36, sizes.bytes.substr(0, 36));
+}
+
+} // namespace
+
+TEST(qelf_hostile, counts_and_sizes_that_lie) {
+    const auto reading = [](const std::string& field) { return "Error reading " + field + "\n"; };
+    const auto body = [](const std::string& id) {
+        return "Error reading raw chunk body of chunk: '" + id + "'\n";
+    };
+    const std::string negative = number(~0u), most = number(INT32_MAX), least = number(1u << 31);
+    const record file = everything();
+    // clang-format off
+    const struct {
+        std::string field, value, reported;
+        int nth = 0; // of the fields with that name
+    } cases[] = {
+        {"'SGRP'.nameLength", negative, reading("'SGRP'.nameLength")},
+        {"'SGRP'.nameLength", most, body("NAME"), 1},
+        {"'SGRP'.nnodes", negative, "", 1},
+        {"'NODE'.nodeType", "\4", ""},
+        {"'NODE'.nodeType", std::string(1, '\0'), "", 2},
+        {"'LGHT'.nameLength", least, reading("'LGHT'.nameLength")},
+        {"'LGHT'.nameLength", most, body("NAME")},
+        {"'TMSH'.nvertices", negative, reading("'TMSH'.nvertices")},
+        {"'TMSH'.nvertices", most, body("VRTX")},
+        {"'TMSH'.nvertices", number(INT32_MAX / 12), body("VRTX"), 1},
+        {"'TMSH'.nfaces", least, reading("'TMSH'.nfaces")},
+        {"'TMSH'.nfaces", most, body("INDX")},
+        {"'TMSH'.nmaterials", negative, reading("'MTRL'.emissive.rgb")},
+        {"'TMSH'.use_textures", "\xff", body("TXUV")},
+        {"'TXTR'.nameLength", negative, reading("'TXTR'.nameLength")},
+        {"'TXTR'.pathLength", negative, reading("'TXTR'.pathLength")},
+        {"'TXTR'.pathLength", most, body("PATH"), 1},
+        {"'ANIM'.nchannels", least, reading("'ANIM'.nchannels")},
+        // The next chunk is taken for a channel, and its body for a length.
+        {"'ANIM'.nchannels", most, body("NDNM")},
+        {"'ANIM'.nameLength", negative, reading("'ANIM'.nameLength")},
+        {"'ANIM'.numKeys", negative, reading("'ANIM'.numKeys")},
+        {"'ANIM'.numKeys", most, reading("'ANIM'.keyIndex")},
+        {"'ANIM'.nodeNameLength", negative, reading("'ANIM'.nodeNameLength")},
+        {"'ANIM'.nodeNameLength", most, body("NDNM"), 1},
+        {"'SGRP'.chunkSize", negative, reading("'SGRP'.chunkSize")},
+        {"'FORM'.chunkSize", most, reading("''.chunkId")},
+    };
+    // clang-format on
+    for (const auto& row : cases)
+        EXPECT_EQ(read_quickly(file.patched(row.field, row.value, row.nth), false), row.reported + at_end)
+            << row.field;
+    // Sizes declared for chunks of ours do not count, and a form may end early.
+    for (const std::string& size : {number(0), most})
+        EXPECT_EQ(read_quickly(file.patched("'TXTR'.chunkSize", size), true), "");
+    EXPECT_EQ(read_quickly(file.patched("'FORM'.chunkSize", number(16)), true),
+              "WARNING: Trailing IFF contents found: 83!\n");
+}
+
+TEST(qelf_hostile, groups_may_nest_256_levels_deep) {
+    const std::string deepest = nested(256);
+    EXPECT_EQ(read_quickly(deepest, true), "");
+    const tree_ptr tree = read(deepest, table);
+    EXPECT_EQ(write(tree.get(), table), deepest);
+    EXPECT_FALSE(output_of([&] { QELF_print(tree.get()); }).empty());
+    for (const int levels : {257, 200'000})
+        EXPECT_EQ(read_quickly(nested(levels), false),
+                  "Groups are nested more than 256 levels deep!\n" + at_end);
+}
+
+TEST(qelf_hostile, many_small_records_stay_in_proportion) {
+    // What costs most memory for its bytes: 255 empty arrays in 81 bytes.
+    mesh_spec empty;
+    empty.nvertices = 0;
+    empty.indices = {};
+    empty.flags = {1, 1, 1, 255};
+    const node_list nodes(90, {2, mesh_record(empty)});
+    const record file = scene_record(group_record("", nodes));
+    EXPECT_LT(file.bytes.size(), 8192u);
+    EXPECT_EQ(read_quickly(file.bytes, true), "");
+    EXPECT_EQ(write(read(file.bytes, table).get(), table), file.bytes);
+}
+
+TEST(qelf_hostile, every_failed_allocation_fails_the_read_and_loses_nothing) {
+    const record file = everything();
+    fail_every_allocation([&] {
+        const stream_ptr stream = open_bytes(file.bytes);
+        unsigned int count = 0;
+        IFF_Chunk* const tree = QELF_readFd(stream.get());
+        QELF_Scene** const scenes = tree ? QELF_extractScenes(tree, &count) : nullptr;
+        if (scenes) {
+            EXPECT_EQ(scenes[0]->nsceneGroups + scenes[0]->ntextures + scenes[0]->nanimations, 4u);
+            QELF_freeScenes(scenes, count);
+        }
+        QELF_free(tree);
+        return scenes != nullptr;
+    });
+}
