@@ -1,6 +1,7 @@
 #include "scene_walk.h"
 
 #include <cstring>
+#include <map>
 
 namespace {
 
@@ -55,13 +56,10 @@ class walker {
 
     template <class Chunk>
     void children(Chunk* const* chunks, uint32_t count, const std::string& path, const char* form_type) {
+        std::map<std::string, uint32_t> seen; // of each kind
         for (uint32_t i = 0; i < count; ++i) {
             const auto& child = reinterpret_cast<const IFF_Chunk&>(*chunks[i]);
-            uint32_t index = 0; // among those of its kind
-            for (uint32_t k = 0; k < i; ++k) {
-                const auto& earlier = reinterpret_cast<const IFF_Chunk&>(*chunks[k]);
-                if (memcmp(earlier.chunkId, child.chunkId, 4) == 0) ++index;
-            }
+            const uint32_t index = seen[id_text(child.chunkId)]++;
             chunk(child, path + "/" + id_text(child.chunkId) + "[" + std::to_string(index) + "]", form_type);
         }
     }
