@@ -174,13 +174,14 @@ TEST(qelf_build, a_full_disk_is_reported_with_the_field) {
 TEST(qelf_build, every_failed_allocation_loses_nothing) {
     fail_every_allocation([] {
         const lone<QELF_Texture> texture{QELF_createTexture()};
-        return texture && QELF_setTextureName(texture.get(), "n") && QELF_setTexturePath(texture.get(), "p");
+        return texture && QELF_setTextureName(texture.get(), "n") && QELF_setTextureName(texture.get(), "m");
     });
     fail_every_allocation([] {
         const lone<QELF_Animation> animation{QELF_createAnimation(2, 30)};
         return animation && QELF_setAnimationName(animation.get(), "n") &&
                QELF_setAnimationChannelNodeNameAndType(animation.get(), 1, "g", 5) &&
-               QELF_allocateAnimationChannelKeyBuffer(animation.get(), 1, 3);
+               QELF_allocateAnimationChannelKeyBuffer(animation.get(), 1, 3) &&
+               QELF_allocateAnimationChannelKeyBuffer(animation.get(), 1, 2);
     });
     fail_every_allocation([] {
         QELF_TriangleMesh* mesh = QELF_createTriangleMesh(2, 0, 1, 1, 1, 1, 2);
@@ -193,9 +194,16 @@ TEST(qelf_build, every_failed_allocation_loses_nothing) {
     fail_every_allocation([] {
         QELF_Scene* const scene = QELF_createScene("QELF");
         lone<QELF_SceneGroup> group{scene ? QELF_createSceneGroup(2) : nullptr};
-        bool good = group && QELF_addSceneGroupToScene(scene, group.get());
+        lone<QELF_Texture> texture{group ? QELF_createTexture() : nullptr};
+        const bool good = texture && QELF_addSceneGroupToScene(scene, group.get()) &&
+                          QELF_addTextureToScene(scene, texture.get());
         IFF_Form* const form = good ? QELF_convertSceneToForm(scene) : nullptr;
-        if (form) QELF_free(&group.release()->chunk.parent->chunk);
+        if (form) {
+            QELF_free(&group.release()->chunk.parent->chunk);
+            texture.release();
+        } else {
+            EXPECT_TRUE(!group || !group->chunk.parent); // all is as it was
+        }
         QELF_freeScene(scene);
         return form != nullptr;
     });

@@ -82,7 +82,7 @@ TEST(qel_loader, builds_the_tree_of_the_file) {
     EXPECT_EQ(node<group>(root, 3).bind_scaling[2], 1.0f);
     ASSERT_EQ(s.nlights, 2);
     EXPECT_EQ(s.lights[0], &node<light>(arm, 0));
-    EXPECT_EQ(s.lights[1]->type, 7);
+    EXPECT_EQ(s.lights[1]->type, 6);
     EXPECT_EQ(s.lights[0]->intensity, 80.0f);
     EXPECT_EQ(s.lights[0]->color[2], 0.75f);
     EXPECT_STREQ(s.lights[0]->name, "light");
@@ -230,10 +230,10 @@ TEST(qel_export, gives_the_file_that_was_loaded) {
     node_list inner, nodes;
     inner.emplace_back(3, light_record("light", 2, 12.5f));
     inner.emplace_back(2, mesh_record(mesh));
+    inner.emplace_back(1, group_record("", {}));
     auto matrix = identity;
     matrix[1] = 1e-3f;
     nodes.emplace_back(1, group_record("arm", inner, 0.5f, {1, -2, 3, 90, -30.25f, -7, 1, 2, 0.1f}, matrix));
-    nodes.emplace_back(1, group_record("", {}));
     const record texture = chunk_record("TXTR", texture_record(0, "", "t.png"));
     const record file =
         container("FORM", "QELF",
@@ -289,11 +289,11 @@ TEST(qel_export, takes_obj_models) {
 
 TEST(qel_export, needs_the_arrays) {
     const temp_folder folder;
-    for (const bool textured : {false, true}) {
+    for (const int which : {0, 1, 2}) {
         loaded_model model(folder.write("a.qel", everything().bytes), group_loadqel);
         auto& mesh = node<trimesh>(model.root.root, 1);
         // What goes into buffer objects is released.
-        float*& array = textured ? mesh.texcoords[0] : mesh.normals;
+        float*& array = which == 0 ? mesh.normals : which == 1 ? mesh.tangents : mesh.texcoords[0];
         free(array);
         array = nullptr;
         EXPECT_EQ(trimesh_export(&mesh), nullptr);

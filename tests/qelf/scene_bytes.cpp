@@ -205,12 +205,12 @@ record everything() {
     mesh.matrix = moved;
     node_list lights, nodes;
     lights.emplace_back(3, light_record("sun", 1, 80));
-    lights.emplace_back(3, light_record("", 7, -0.0f));
+    lights.emplace_back(3, light_record("", 6, -0.0f));
     nodes.emplace_back(1,
                        group_record("arm", lights, 0.5f, {1, -2, 3, 90, -30.25f, 1e-3f, 1, 2, 0.5f}, moved));
     nodes.emplace_back(2, mesh_record(mesh));
     nodes.emplace_back(2, mesh_record({}));
-    nodes.emplace_back(1, group_record("empty", {}));
+    nodes.emplace_back(1, group_record("empty", {}, 1, {1, 2, 3, 4, 5, 6, 7, 8, 9}));
     return container(
         "FORM", "QELF",
         {header_record(),
