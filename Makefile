@@ -17,6 +17,7 @@ help:
 	@echo 'make lint          clang-tidy over all sources'
 	@echo 'make format        clang-format over all sources'
 	@echo 'make bench         build and run the benchmarks'
+	@echo 'make fuzz          fuzz each target for a minute (needs clang); FUZZ_SECONDS=600 FUZZ_BITS=32 for more'
 	@echo 'make install       install into PREFIX, /usr/local unless given'
 	@echo 'make clean         remove build/ and demo/'
 	@echo
@@ -62,6 +63,20 @@ bench: deps-bench
 	cmake --preset release -DMODEL3D_BUILD_BENCH=ON
 	cmake --build --preset release -j $(JOBS)
 	@set -e; for program in build/release/bin/*bench*; do "$$program"; done
+
+# make fuzz FUZZ_SECONDS=600 FUZZ_BITS=32
+FUZZ_SECONDS ?= 60
+FUZZ_BITS ?= 64
+FUZZ_TARGETS ?=
+FUZZ_FLAGS_32 = --target=i686-linux-gnu -msse2 -mfpmath=sse
+.PHONY: fuzz
+fuzz: deps
+	cmake -S . -B build/fuzz-$(FUZZ_BITS) -G Ninja -DCMAKE_BUILD_TYPE=Release -DMODEL3D_BUILD_FUZZ=ON \
+	  -DMODEL3D_BUILD_TOOLS=OFF -DMODEL3D_BUILD_EXAMPLES=OFF -DMODEL3D_BUILD_TESTS=OFF \
+	  -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+	  "-DCMAKE_C_FLAGS=$(FUZZ_FLAGS_$(FUZZ_BITS))" "-DCMAKE_CXX_FLAGS=$(FUZZ_FLAGS_$(FUZZ_BITS))"
+	cmake --build build/fuzz-$(FUZZ_BITS) -j $(JOBS) --target fuzz
+	fuzz/run.sh build/fuzz-$(FUZZ_BITS) $(FUZZ_SECONDS) $(FUZZ_TARGETS)
 
 install: build
 	cmake --install build/release --prefix $(PREFIX)

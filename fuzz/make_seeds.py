@@ -1,0 +1,203 @@
+#!/usr/bin/env python3
+"""Writes the small files that fuzzing starts from: make_seeds.py FOLDER, which gets a folder for each kind."""
+
+import os
+import struct
+import sys
+
+# ---- Chunks. A record is its bytes and its declared size, which counts embedded records with headers. -----
+
+
+def extent(size):
+    return size + 8 + size % 2
+
+
+class Record:
+    def __init__(self, data=b"", size=None):
+        self.data, self.size = data, len(data) if size is None else size
+
+    def field(self, form, *values):
+        added = struct.pack(">" + form, *values)
+        self.data, self.size = self.data + added, self.size + len(added)
+        return self
+
+    def embed(self, other):
+        self.data, self.size = self.data + other.data, self.size + extent(other.size)
+        return self
+
+    def raw(self, data):
+        return self.embed(Record(data + bytes(len(data) % 2), len(data)))
+
+
+def chunk(kind, content):
+    content = Record(content + bytes(len(content) % 2), len(content)) if isinstance(content, bytes) else content
+    return Record(kind + struct.pack(">i", content.size) + content.data, content.size)
+
+
+def container(kind, type_, *chunks):
+    body = Record(type_)
+    for each in chunks:
+        body.embed(each)
+    return chunk(kind, body)
+
+
+# ---- Scene files -----------------------------------------------------------------------------------------
+
+IDENTITY = (1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1)
+HEADER = chunk(b"SHDR", struct.pack(">HH", 2, 0))
+
+
+def material(*maps):
+    return Record().field("15f7H", *(0.0625 * i for i in range(15)), *maps)
+
+
+def mesh(vertices, indices, materials=(), flags=(0, 0, 0, 0)):
+    record = Record().field("iiI4B16f", vertices, len(indices) // 3, len(materials), *flags, *IDENTITY)
+    for start, maps in materials:
+        record.field("I", start).embed(material(*maps))
+    triples = struct.pack("<%df" % (vertices * 3), *(i * i % 7 - 3 for i in range(vertices * 3)))
+    for used in (1,) + flags[:3]:
+        if used:
+            record.raw(triples)
+    for _ in range(flags[3]):
+        record.raw(triples[: vertices * 8])
+    return record.raw(struct.pack("<%dI" % len(indices), *indices))
+
+
+def light(name, kind):
+    return Record().field("i", len(name)).raw(name).field("i3ff", kind, 0.25, 0.5, 1, 80)
+
+
+def group(name, *nodes):
+    record = Record().field("i", len(name)).raw(name)
+    record.field("If9f16f", len(nodes), 1.5, 1, 2, 3, 90, -30, 0, 1, 1, 2, *IDENTITY)
+    for kind, node in nodes:
+        record.embed(Record().field("B", kind).embed(node))
+    return record
+
+
+def texture(index, name, path):
+    return chunk(b"TXTR", Record().field("Iii", index, len(name), len(path)).raw(name).raw(path))
+
+
+def animation():
+    record = Record().field("fii", 24, 1, 4).raw(b"walk").field("Iii", 0x10100, 2, 3).raw(b"arm")
+    return chunk(b"ANIM", record.field("IfIf", 0, 0, 12, 90.5))
+
+
+FULL_MESH = mesh(4, (0, 1, 2, 2, 1, 3), ((0, (2, 1, 2, 0, 1, 65535, 2)), (1, (1, 0, 0, 3, 0, 0, 0))), (1, 1, 1, 2))
+BARE_MESH = mesh(3, (0, 1, 2))
+
+
+def scene(*nodes, others=()):
+    return container(b"FORM", b"QELF", HEADER, chunk(b"SGRP", group(b"root", *nodes)), *others)
+
+
+def scenes():
+    deep = group(b"leaf")
+    for _ in range(6):
+        deep = group(b"", (1, deep))
+    textures = (texture(0, b"wood", b"maps\\wood.png"), texture(1, b"", b"b.png"))
+    everything = scene(
+        (1, group(b"arm", (3, light(b"sun", 1)), (3, light(b"", 2)))),
+        (2, FULL_MESH),
+        (2, BARE_MESH),
+        (1, group(b"empty")),
+        others=textures + (animation(), chunk(b"XTRA", b"odd")),
+    )
+    yield "everything", everything
+    yield "empty", scene()
+    yield "mesh", scene((2, BARE_MESH))
+    yield "smooth", scene((2, mesh(3, (0, 1, 2, 2, 1, 0), (), (1, 0, 0, 1))))
+    yield "light", scene((3, light(b"lamp", 2)))
+    yield "deep", scene((1, deep))
+    yield "pair", container(b"CAT ", b"QELF", scene(), scene((2, BARE_MESH)))
+
+
+def trees():
+    data = chunk(b"DATA", b"abc")
+    form = container(b"FORM", b"TEST", data, chunk(b"TEXT", b"Hi"), data)
+    yield "raw", data
+    yield "form", form
+    yield "cat", container(b"CAT ", b"TEST", form, form)
+    yield "mixed", container(b"CAT ", b"JJJJ", form, container(b"CAT ", b"TEST", form))
+    prop = container(b"PROP", b"TEST", chunk(b"DATA", b""))
+    yield "list", container(b"LIST", b"TEST", prop, form, container(b"FORM", b"TEST"))
+    yield "nested", container(b"FORM", b"TEST", form, container(b"LIST", b"TEST", prop, form))
+    yield "trailing", Record(form.data + b"more")
+
+
+# ---- Images ----------------------------------------------------------------------------------------------
+
+
+def tga(kind, bits, layout, pixels):
+    mapped = kind % 8 == 1
+    head = struct.pack("<BBBHHB4xHHBB", 2, mapped, kind, 10 * mapped, 4 * mapped, 24 * mapped, 3, 2, bits, layout)
+    return Record(head + b"hi" + (bytes(range(12)) if mapped else b"") + pixels)
+
+
+def bmp(bits, coding, pixels, height=2, info=40, colours=0, masks=()):
+    between = struct.pack("<%dI" % len(masks), *masks) + bytes(range(colours * (3 if info == 12 else 4)))
+    if info == 12:
+        header = struct.pack("<IHHHH", 12, 3, height, 1, bits)
+    else:
+        header = struct.pack("<IiiHHII8xII", info, 3, height, 1, bits, coding, 0, colours, 0)
+    start = 14 + len(header) + len(between)
+    return Record(b"BM" + struct.pack("<I4xI", start + len(pixels), start) + header + between + pixels)
+
+
+def images():
+    ramp = bytes(range(24))
+    for bits, layout in ((15, 0), (16, 0x11), (24, 0x20), (32, 0x38)):
+        size = (bits + 7) // 8
+        yield "colour%d.tga" % bits, tga(2, bits, layout, ramp[: 6 * size])
+        yield "runs%d.tga" % bits, tga(10, bits, layout, b"\x82" + ramp[:size] + b"\x02" + ramp[: 3 * size])
+    yield "grey.tga", tga(3, 8, 0x20, ramp[:6])
+    yield "grey16.tga", tga(11, 16, 0x18, b"\x85ab")
+    yield "mapped.tga", tga(1, 8, 0, bytes((10, 11, 12, 13, 10, 11)))
+    yield "mapped_runs.tga", tga(9, 16, 0, b"\x82\x0a\0\x02\x0b\0\x0c\0\x0d\0")
+    for bits in (1, 4, 8):
+        yield "%d.bmp" % bits, bmp(bits, 0, b"\x50\xa0\0\0\xa0\x50\0\0", colours=2)
+    yield "24.bmp", bmp(24, 0, ramp, -2)
+    yield "16.bmp", bmp(16, 0, ramp[:16])
+    yield "32.bmp", bmp(32, 0, ramp)
+    yield "old.bmp", bmp(8, 0, b"\0\1\2\0\1\0\1\0", info=12, colours=3)
+    yield "masks.bmp", bmp(16, 3, ramp[:16], masks=(0xF800, 0x7E0, 0x1F))
+    yield "alpha.bmp", bmp(32, 6, ramp, masks=(0xFF0000, 0xFF00, 0xFF, 0xFF000000))
+    yield "rle8.bmp", bmp(8, 1, b"\2\1\1\0\0\0\0\3\1\2\0\0\0\2\1\0\0\1", colours=4)
+    yield "rle4.bmp", bmp(4, 2, b"\3\x12\0\0\0\3\x12\x30\0\1", colours=4)
+
+
+# ---- Models: lines, and the library behind "#mtl" ---------------------------------------------------------
+
+LIBRARY = "\n#mtl\n# two\nnewmtl red\nKa .1 .2 .3\nKd 1 0 0\nKs 1 1 1\nNs 10\nd 0.5\nmap_Kd maps\\a.png\nnewmtl b\nKd 0 0 1\n"
+SQUARE = "v 0 0 0\nv 1 0 0\nv 1 1 0\nv 0 1 0\n"
+MODELS = {
+    "triangle": "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n",
+    "square": SQUARE + "vt 0 0\nvt 1 0\nvt 1 1\nvn 0 0 1\nf 1/1/1 2/2/1 3/3/1 4/1/1\nf -4//-1 -3//1 -2//1\nf 1/1 2/2 3/3\n",
+    "materials": "mtllib a.mtl\n" + SQUARE + "usemtl red\nf 1 2 3\nusemtl b\nf 1 3 4\nusemtl none\nf 2 3 4\nusemtl red" + LIBRARY,
+    "numbers": "v 1e-3 -2.5E+10 .5\nv nan inf -inf\nv 1e39 1e-46 123456789012345678901234567890\nv 0x1p4 1. +3\nf 1 2 3\n",
+    "lines": "v 1 2 \\\n3\r\nv  4 5\t6 \r\n\n# remark\nv 7 8 9\n\nf 1 \\\r\n2 3\n\n",
+    "faults": "v 1\nvn 1 2\nvt 1\nf\nf 1\nf 1 2\nf 0 0 0\nf 9 9 9\nf 99999999999 -99999999999 1\nmtllib\nusemtl\nf 1/2/3/4 2 3 \\",
+    "long": "v " + "0" * 1030 + " 1 2\n# " + "x" * 1100 + "\nf" + " 1" * 520 + "\n",
+}
+
+
+def main():
+    root = sys.argv[1]
+    kinds = {
+        "scene": scenes(),
+        "iff": trees(),
+        "picture": images(),
+        "obj": ((name, Record(text.encode())) for name, text in MODELS.items()),
+    }
+    for kind, files in kinds.items():
+        folder = os.path.join(root, kind)
+        os.makedirs(folder, exist_ok=True)
+        for name, record in files:
+            with open(os.path.join(folder, name), "wb") as file:
+                file.write(record.data)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,83 @@
+// Stands in for libFuzzer where there is none: runs a target over files, and over a fixed series of faulty
+// copies of each. Every input is first stored as LAST, where it is found after a crash.
+//   replay_TARGET LAST FILE_OR_FOLDER...
+#include "fuzz.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <vector>
+
+namespace {
+
+using bytes = std::vector<uint8_t>;
+constexpr int copies = 60;
+
+void run(const char* last, const bytes& input) {
+    std::ofstream(last, std::ios::binary)
+        .write(reinterpret_cast<const char*>(input.data()), static_cast<std::streamsize>(input.size()));
+    // A block of the very size, so that reading past the end shows.
+    const auto exact = std::make_unique<uint8_t[]>(input.size());
+    std::copy(input.begin(), input.end(), exact.get());
+    LLVMFuzzerTestOneInput(exact.get(), input.size());
+}
+
+// A few bytes changed to what counts and sizes break at, cut out, or doubled.
+bytes spoil(bytes input, std::minstd_rand& random) {
+    constexpr uint8_t values[] = {0, 1, 0x7f, 0x80, 0xff, ' ', '-', '/'};
+    for (unsigned changes = 1 + random() % 4; changes > 0 && !input.empty(); changes--) {
+        const auto at = input.begin() + static_cast<ptrdiff_t>(random() % input.size());
+        const auto length = std::min<ptrdiff_t>(1 + static_cast<ptrdiff_t>(random() % 8), input.end() - at);
+        switch (random() % 4) {
+        case 0:
+            input.erase(at, at + length);
+            break;
+        case 1: {
+            const bytes piece(at, at + length);
+            input.insert(at, piece.begin(), piece.end());
+            break;
+        }
+        case 2:
+            *at = static_cast<uint8_t>(random());
+            break;
+        default:
+            std::fill_n(at, random() % 2 ? 1 : length, values[random() % std::size(values)]);
+        }
+    }
+    return input;
+}
+
+int replay(const char* last, const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    const bytes input{std::istreambuf_iterator<char>(file), {}};
+    fprintf(stderr, "%s\n", path.c_str());
+    run(last, input);
+    std::minstd_rand random;
+    for (int i = 0; i < copies; i++)
+        run(last, spoil(input, random));
+    return 1;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 3 || !freopen("/dev/null", "w", stdout)) return 2;
+    int count = 0;
+    for (int i = 2; i < argc; i++) {
+        if (!std::filesystem::is_directory(argv[i])) {
+            count += replay(argv[1], argv[i]);
+            continue;
+        }
+        std::vector<std::filesystem::path> files;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(argv[i]))
+            if (entry.is_regular_file()) files.push_back(entry.path());
+        std::sort(files.begin(), files.end());
+        for (const auto& file : files)
+            count += replay(argv[1], file);
+    }
+    std::filesystem::remove(argv[1]);
+    if (count == 0) fprintf(stderr, "no file to replay\n");
+    return count == 0;
+}
