@@ -32,8 +32,8 @@ class models {
         FILE* file = fopen(path.c_str(), "w");
         if (!file) abort();
         for (int i = 0; i < (n + 1) * (n + 1); i++) {
-            const double u = static_cast<double>(i % (n + 1)) / n;
-            const double v = static_cast<double>(i / (n + 1)) / n;
+            const int column = i % (n + 1), row = i / (n + 1);
+            const double u = static_cast<double>(column) / n, v = static_cast<double>(row) / n;
             const double x = 2 * u - 1, y = 2 * v - 1, z = std::sin(9 * x) * std::cos(7 * y);
             fprintf(file, "v %.6f %.6f %.6f\nvt %.6f %.6f\n", x, y, z, u, v);
             const double dx = -9 * std::cos(9 * x) * std::cos(7 * y),

@@ -44,31 +44,30 @@ void warn(const char* text) {
 
 // Looks at the first 24 bytes, so that a file of another kind or version gets a clear answer.
 bool check_header(FILE* file) {
-    const auto next = [file](unsigned char* bytes) {
-        if (fread(bytes, 1, 4, file) == 4) return true;
+    unsigned char bytes[8];
+    const auto next = [&](size_t count) {
+        if (fread(bytes, 1, count, file) == count) return true;
         warn("WARNING: I/O failure reading QEL file header\n");
         return false;
     };
-    const auto is = [](const unsigned char* bytes, const char* id) { return memcmp(bytes, id, 4) == 0; };
-    unsigned char bytes[4];
-    if (!next(bytes)) return false;
-    if (!is(bytes, "FORM")) {
+    if (!next(4)) return false;
+    if (memcmp(bytes, "FORM", 4) != 0) {
         warn("WARNING: QEL header failed validation, can't find FORM chunk\n");
         return false;
     }
-    if (!next(bytes) || !next(bytes)) return false;
-    if (!is(bytes, "QELF")) {
+    if (!next(8)) return false; // size and type
+    if (memcmp(bytes + 4, "QELF", 4) != 0) {
         warn("WARNING: QEL header failed validation, can't find QELF chunk\n");
         return false;
     }
-    if (!next(bytes)) return false;
-    if (!is(bytes, "SHDR")) {
+    if (!next(4)) return false;
+    if (memcmp(bytes, "SHDR", 4) != 0) {
         warn("WARNING: QEL header failed validation, can't find SHDR chunk\n");
         return false;
     }
-    if (!next(bytes) || !next(bytes)) return false;
-    const auto major = static_cast<unsigned short>(bytes[0] << 8 | bytes[1]);
-    const auto minor = static_cast<unsigned short>(bytes[2] << 8 | bytes[3]);
+    if (!next(8)) return false; // size and versions
+    const auto major = static_cast<unsigned short>(bytes[4] << 8 | bytes[5]);
+    const auto minor = static_cast<unsigned short>(bytes[6] << 8 | bytes[7]);
     if (major == version_major && minor == version_minor) return true;
     fprintf(
         stderr,

@@ -30,7 +30,7 @@ struct light_release {
 // The node takes the content over only when it could be made.
 template <class Holder> QELF_Node* wrap(uint8_t type, Holder&& content) {
     QELF_Node* const node = QELF_createNode(type, content.get());
-    if (node) content.release();
+    if (node) static_cast<void>(content.release());
     return node;
 }
 

@@ -200,7 +200,7 @@ TEST(qelf_build, every_failed_allocation_loses_nothing) {
         IFF_Form* const form = good ? QELF_convertSceneToForm(scene) : nullptr;
         if (form) {
             QELF_free(&group.release()->chunk.parent->chunk);
-            texture.release();
+            static_cast<void>(texture.release());
         } else {
             EXPECT_TRUE(!group || !group->chunk.parent); // all is as it was
         }
