@@ -111,6 +111,7 @@ def scenes():
     yield "smooth", scene((2, mesh(3, (0, 1, 2, 2, 1, 0), (), (1, 0, 0, 1))))
     yield "light", scene((3, light(b"lamp", 2)))
     yield "deep", scene((1, deep))
+    yield "sets", scene(*[(2, mesh(0, (), (), (1, 1, 1, 255)))] * 90)
     yield "pair", container(b"CAT ", b"QELF", scene(), scene((2, BARE_MESH)))
 
 
@@ -130,18 +131,18 @@ def trees():
 # ---- Images ----------------------------------------------------------------------------------------------
 
 
-def tga(kind, bits, layout, pixels):
+def tga(kind, bits, layout, pixels, width=3, height=2):
     mapped = kind % 8 == 1
-    head = struct.pack("<BBBHHB4xHHBB", 2, mapped, kind, 10 * mapped, 4 * mapped, 24 * mapped, 3, 2, bits, layout)
+    head = struct.pack("<BBBHHB4xHHBB", 2, mapped, kind, 10 * mapped, 4 * mapped, 24 * mapped, width, height, bits, layout)
     return Record(head + b"hi" + (bytes(range(12)) if mapped else b"") + pixels)
 
 
-def bmp(bits, coding, pixels, height=2, info=40, colours=0, masks=()):
+def bmp(bits, coding, pixels, width=3, height=2, info=40, colours=0, masks=()):
     between = struct.pack("<%dI" % len(masks), *masks) + bytes(range(colours * (3 if info == 12 else 4)))
     if info == 12:
-        header = struct.pack("<IHHHH", 12, 3, height, 1, bits)
+        header = struct.pack("<IHHHH", 12, width, height, 1, bits)
     else:
-        header = struct.pack("<IiiHHII8xII", info, 3, height, 1, bits, coding, 0, colours, 0)
+        header = struct.pack("<IiiHHII8xII", info, width, height, 1, bits, coding, 0, colours, 0)
     start = 14 + len(header) + len(between)
     return Record(b"BM" + struct.pack("<I4xI", start + len(pixels), start) + header + between + pixels)
 
@@ -156,9 +157,12 @@ def images():
     yield "grey16.tga", tga(11, 16, 0x18, b"\x85ab")
     yield "mapped.tga", tga(1, 8, 0, bytes((10, 11, 12, 13, 10, 11)))
     yield "mapped_runs.tga", tga(9, 16, 0, b"\x82\x0a\0\x02\x0b\0\x0c\0\x0d\0")
+    yield "large.tga", tga(10, 32, 0, b"\xff\0\0\0\0" * 1024, 512, 256)
+    yield "endless.tga", tga(10, 32, 0, b"\xff\0\0\0\0", 1024, 1024)
+    yield "endless.bmp", bmp(8, 1, b"\0\2\xff\xff\1\1\0\1", 1024, 1024, colours=2)
     for bits in (1, 4, 8):
         yield "%d.bmp" % bits, bmp(bits, 0, b"\x50\xa0\0\0\xa0\x50\0\0", colours=2)
-    yield "24.bmp", bmp(24, 0, ramp, -2)
+    yield "24.bmp", bmp(24, 0, ramp, height=-2)
     yield "16.bmp", bmp(16, 0, ramp[:16])
     yield "32.bmp", bmp(32, 0, ramp)
     yield "old.bmp", bmp(8, 0, b"\0\1\2\0\1\0\1\0", info=12, colours=3)
@@ -179,6 +183,9 @@ MODELS = {
     "numbers": "v 1e-3 -2.5E+10 .5\nv nan inf -inf\nv 1e39 1e-46 123456789012345678901234567890\nv 0x1p4 1. +3\nf 1 2 3\n",
     "lines": "v 1 2 \\\n3\r\nv  4 5\t6 \r\n\n# remark\nv 7 8 9\n\nf 1 \\\r\n2 3\n\n",
     "faults": "v 1\nvn 1 2\nvt 1\nf\nf 1\nf 1 2\nf 0 0 0\nf 9 9 9\nf 99999999999 -99999999999 1\nmtllib\nusemtl\nf 1/2/3/4 2 3 \\",
+    "libraries": "mtllib a.mtl\n" * 300 + "usemtl red\n" * 300 + LIBRARY * 10,
+    "names": "mtllib a.mtl\n" + "".join("usemtl m%d\n" % i for i in range(300)) + "\n#mtl\n"
+    + "".join("newmtl m%d\nmap_Kd a\n" % i for i in range(300)),
     "long": "v " + "0" * 1030 + " 1 2\n# " + "x" * 1100 + "\nf" + " 1" * 520 + "\n",
 }
 

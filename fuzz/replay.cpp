@@ -1,9 +1,11 @@
 // Stands in for libFuzzer where there is none: runs a target over files, and over a fixed series of faulty
-// copies of each. Every input is first stored as LAST, where it is found after a crash.
+// copies of each, and holds it to its limits. Every input is first stored as LAST, where it is found after a
+// crash.
 //   replay_TARGET LAST FILE_OR_FOLDER...
 #include "fuzz.h"
 
 #include <algorithm>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -15,13 +17,44 @@ namespace {
 using bytes = std::vector<uint8_t>;
 constexpr int copies = 60;
 
+// What a file of a few kilobytes may cost.
+constexpr clock_t most_time = CLOCKS_PER_SEC;
+constexpr long most_kilobytes = 64 * 1024;
+
+// A line of the kernel's account of this process, in kB.
+long process_status(const std::string& field) {
+    std::ifstream status("/proc/self/status");
+    for (std::string word; status >> word;) {
+        long number = 0;
+        if (word == field && status >> number) return number;
+    }
+    return 0;
+}
+
+// The peak is of address space, so that memory counts that was asked for and never touched. Under a
+// sanitizer it says nothing.
+long memory() {
+#ifdef __SANITIZE_ADDRESS__
+    return 0;
+#else
+    static const long start = process_status("VmSize:");
+    return process_status("VmPeak:") - start;
+#endif
+}
+
+clock_t slowest;
+
 void run(const char* last, const bytes& input) {
     std::ofstream(last, std::ios::binary)
         .write(reinterpret_cast<const char*>(input.data()), static_cast<std::streamsize>(input.size()));
     // A block of the very size, so that reading past the end shows.
     const auto exact = std::make_unique<uint8_t[]>(input.size());
     std::copy(input.begin(), input.end(), exact.get());
+    const clock_t start = clock();
     LLVMFuzzerTestOneInput(exact.get(), input.size());
+    slowest = std::max(slowest, clock() - start);
+    require(slowest < most_time, "a small file takes less than a second");
+    require(memory() < most_kilobytes, "a small file takes less than 64 MiB");
 }
 
 // A few bytes changed to what counts and sizes break at, cut out, or doubled.
@@ -64,6 +97,7 @@ int replay(const char* last, const std::filesystem::path& path) {
 
 int main(int argc, char** argv) {
     if (argc < 3 || !freopen("/dev/null", "w", stdout)) return 2;
+    memory();
     int count = 0;
     for (int i = 2; i < argc; i++) {
         if (!std::filesystem::is_directory(argv[i])) {
@@ -78,6 +112,7 @@ int main(int argc, char** argv) {
             count += replay(argv[1], file);
     }
     std::filesystem::remove(argv[1]);
-    if (count == 0) fprintf(stderr, "no file to replay\n");
+    fprintf(stderr, "%d files, at most %ld ms and %ld KiB\n", count, slowest * 1000 / CLOCKS_PER_SEC,
+            memory());
     return count == 0;
 }
