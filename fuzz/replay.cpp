@@ -5,6 +5,8 @@
 #include "fuzz.h"
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -31,15 +33,17 @@ long process_status(const std::string& field) {
     return 0;
 }
 
-// The peak is of address space, so that memory counts that was asked for and never touched. Under a
-// sanitizer it says nothing.
-long memory() {
-#ifdef __SANITIZE_ADDRESS__
-    return 0;
+// The peak is of address space, so that memory counts that was asked for and never touched. It says nothing
+// under a sanitizer, an emulator, or valgrind, which preloads a library.
+#if defined(__SANITIZE_ADDRESS__) || defined(EMULATED)
+constexpr bool measured = false;
 #else
+constexpr bool measured = true;
+#endif
+long memory() {
+    if (!measured || getenv("LD_PRELOAD")) return 0;
     static const long start = process_status("VmSize:");
     return process_status("VmPeak:") - start;
-#endif
 }
 
 clock_t slowest;
