@@ -16,9 +16,10 @@ class Record:
     def __init__(self, data=b"", size=None):
         self.data, self.size = data, len(data) if size is None else size
 
-    def field(self, form, *values):
+    def field(self, form, *values, counts=None):
+        """`counts`: what the declared size grows by, where that is not the number of bytes."""
         added = struct.pack(">" + form, *values)
-        self.data, self.size = self.data + added, self.size + len(added)
+        self.data, self.size = self.data + added, self.size + (len(added) if counts is None else counts)
         return self
 
     def embed(self, other):
@@ -52,7 +53,7 @@ def material(*maps):
 
 
 def mesh(vertices, indices, materials=(), flags=(0, 0, 0, 0)):
-    record = Record().field("iiI4B16f", vertices, len(indices) // 3, len(materials), *flags, *IDENTITY)
+    record = Record().field("iiI4B16f", vertices, len(indices) // 3, len(materials), *flags, *IDENTITY, counts=74)
     for start, maps in materials:
         record.field("I", start).embed(material(*maps))
     triples = struct.pack("<%df" % (vertices * 3), *(i * i % 7 - 3 for i in range(vertices * 3)))
@@ -72,7 +73,7 @@ def group(name, *nodes):
     record = Record().field("i", len(name)).raw(name)
     record.field("If9f16f", len(nodes), 1.5, 1, 2, 3, 90, -30, 0, 1, 1, 2, *IDENTITY)
     for kind, node in nodes:
-        record.embed(Record().field("B", kind).embed(node))
+        record.embed(Record().field("B", kind, counts=0).embed(node))
     return record
 
 
@@ -81,7 +82,7 @@ def texture(index, name, path):
 
 
 def animation():
-    record = Record().field("fii", 24, 1, 4).raw(b"walk").field("Iii", 0x10100, 2, 3).raw(b"arm")
+    record = Record().field("fii", 24, 1, 4, counts=8).raw(b"walk").field("Iii", 0x10100, 2, 3, counts=16).raw(b"arm")
     return chunk(b"ANIM", record.field("IfIf", 0, 0, 12, 90.5))
 
 
@@ -112,6 +113,9 @@ def scenes():
     yield "light", scene((3, light(b"lamp", 2)))
     yield "deep", scene((1, deep))
     yield "sets", scene(*[(2, mesh(0, (), (), (1, 1, 1, 255)))] * 90)
+    yield "beyond", scene((2, mesh(3, (0, 1, 3))))
+    yield "start", scene((2, mesh(3, (0, 1, 2), ((2, (0,) * 7),))))
+    yield "order", scene((2, mesh(3, (0, 1, 2) * 2, ((1, (0,) * 7), (0, (0,) * 7)))))
     yield "pair", container(b"CAT ", b"QELF", scene(), scene((2, BARE_MESH)))
 
 
@@ -156,6 +160,7 @@ def images():
     yield "grey.tga", tga(3, 8, 0x20, ramp[:6])
     yield "grey16.tga", tga(11, 16, 0x18, b"\x85ab")
     yield "mapped.tga", tga(1, 8, 0, bytes((10, 11, 12, 13, 10, 11)))
+    yield "beyond.tga", tga(1, 8, 0, bytes((10, 11, 12, 14, 9, 255)))
     yield "mapped_runs.tga", tga(9, 16, 0, b"\x82\x0a\0\x02\x0b\0\x0c\0\x0d\0")
     yield "large.tga", tga(10, 32, 0, b"\xff\0\0\0\0" * 1024, 512, 256)
     yield "endless.tga", tga(10, 32, 0, b"\xff\0\0\0\0", 1024, 1024)
@@ -183,6 +188,8 @@ MODELS = {
     "numbers": "v 1e-3 -2.5E+10 .5\nv nan inf -inf\nv 1e39 1e-46 123456789012345678901234567890\nv 0x1p4 1. +3\nf 1 2 3\n",
     "lines": "v 1 2 \\\n3\r\nv  4 5\t6 \r\n\n# remark\nv 7 8 9\n\nf 1 \\\r\n2 3\n\n",
     "faults": "v 1\nvn 1 2\nvt 1\nf\nf 1\nf 1 2\nf 0 0 0\nf 9 9 9\nf 99999999999 -99999999999 1\nmtllib\nusemtl\nf 1/2/3/4 2 3 \\",
+    # One past the end, where the arrays that hold them are full.
+    "beyond": "v 0 0 1\n" * 5 + "vt 1 0\n" * 8 + "vn 0 0 1\n" * 5 + "f 1 2 6\nf 1/1 2/2 3/9\nf 1//1 2//2 3//6\nf 1 2 -6\n",
     "libraries": "mtllib a.mtl\n" * 300 + "usemtl red\n" * 300 + LIBRARY * 10,
     "names": "mtllib a.mtl\n" + "".join("usemtl m%d\n" % i for i in range(300)) + "\n#mtl\n"
     + "".join("newmtl m%d\nmap_Kd a\n" % i for i in range(300)),
