@@ -102,10 +102,10 @@ TEST(qelf_files, cut_off_anywhere_they_fail_with_the_field_and_leave_nothing) {
 TEST(qelf_files, arrays_follow_the_flags) {
     for (int flags = 0; flags < 8; flags++) {
         for (const int sets : {0, 1, 255}) {
-            mesh_spec spec;
-            spec.flags = {static_cast<uint8_t>(flags & 1), static_cast<uint8_t>(flags & 2),
-                          static_cast<uint8_t>(flags & 4), static_cast<uint8_t>(sets)};
-            const record file = scene_record(group_record("m", {{2, mesh_record(spec)}}));
+            mesh_spec shape;
+            shape.flags = {static_cast<uint8_t>(flags & 1), static_cast<uint8_t>(flags & 2),
+                           static_cast<uint8_t>(flags & 4), static_cast<uint8_t>(sets)};
+            const record file = scene_record(group_record("m", {{2, mesh_record(shape)}}));
             const tree_ptr tree = read(file.bytes, table);
             ASSERT_TRUE(tree);
             EXPECT_TRUE(QELF_check(tree.get()));
@@ -113,9 +113,9 @@ TEST(qelf_files, arrays_follow_the_flags) {
             const auto* mesh = static_cast<QELF_TriangleMesh*>(scene_group(tree)->nodes[0]->content);
             EXPECT_EQ(mesh->chunk.chunkSize,
                       74 + 44 + 44 * __builtin_popcount(static_cast<unsigned>(flags)) + 32 * sets + 20);
-            EXPECT_EQ(mesh->normalData != nullptr, spec.flags[0] != 0);
-            EXPECT_EQ(mesh->tangentData != nullptr, spec.flags[1] != 0);
-            EXPECT_EQ(mesh->binormalData != nullptr, spec.flags[2] != 0);
+            EXPECT_EQ(mesh->normalData != nullptr, shape.flags[0] != 0);
+            EXPECT_EQ(mesh->tangentData != nullptr, shape.flags[1] != 0);
+            EXPECT_EQ(mesh->binormalData != nullptr, shape.flags[2] != 0);
             if (sets > 0) {
                 EXPECT_EQ(memcmp(mesh->texcoordData[sets - 1]->data, mesh_array(3 + sets, 6).data(), 24), 0);
             }

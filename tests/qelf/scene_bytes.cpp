@@ -101,28 +101,28 @@ static record material_record(size_t entry, const std::vector<uint32_t>& maps) {
     return r;
 }
 
-record mesh_record(const mesh_spec& spec) {
+record mesh_record(const mesh_spec& shape) {
     record r;
-    r.size = 74 + 4 * static_cast<uint32_t>(spec.materials.size());
-    r.field("'TMSH'.nvertices", number(spec.nvertices));
-    r.field("'TMSH'.nfaces", number(spec.indices.size() / 3));
-    r.field("'TMSH'.nmaterials", number(spec.materials.size()));
+    r.size = 74 + 4 * static_cast<uint32_t>(shape.materials.size());
+    r.field("'TMSH'.nvertices", number(shape.nvertices));
+    r.field("'TMSH'.nfaces", number(shape.indices.size() / 3));
+    r.field("'TMSH'.nmaterials", number(shape.materials.size()));
     size_t flag = 0;
     for (const std::string name : {"normals", "tangents", "binormals", "textures"})
-        r.field("'TMSH'.use_" + name, number(spec.flags[flag++], 1));
-    r.field("'TMSH'.local_transform", big_floats(spec.matrix));
-    for (size_t i = 0; i < spec.materials.size(); i++) {
-        r.field("'TMSH'.materials.startIndex", number(spec.materials[i].first));
-        r.embed(material_record(i, spec.materials[i].second));
+        r.field("'TMSH'.use_" + name, number(shape.flags[flag++], 1));
+    r.field("'TMSH'.local_transform", big_floats(shape.matrix));
+    for (size_t i = 0; i < shape.materials.size(); i++) {
+        r.field("'TMSH'.materials.startIndex", number(shape.materials[i].first));
+        r.embed(material_record(i, shape.materials[i].second));
     }
     const std::array ids = {"VRTX", "NRML", "TNGT", "BNML"};
     for (int kind = 0; kind < 4; kind++) {
-        if (kind == 0 || spec.flags[static_cast<size_t>(kind) - 1])
-            r.embed(ids[static_cast<size_t>(kind)], little_words(mesh_array(kind, spec.nvertices * 3)));
+        if (kind == 0 || shape.flags[static_cast<size_t>(kind) - 1])
+            r.embed(ids[static_cast<size_t>(kind)], little_words(mesh_array(kind, shape.nvertices * 3)));
     }
-    for (int set = 0; set < spec.flags[3]; set++)
-        r.embed("TXUV", little_words(mesh_array(4 + set, spec.nvertices * 2)));
-    return r.embed("INDX", little_words(spec.indices));
+    for (int set = 0; set < shape.flags[3]; set++)
+        r.embed("TXUV", little_words(mesh_array(4 + set, shape.nvertices * 2)));
+    return r.embed("INDX", little_words(shape.indices));
 }
 
 record light_record(const std::string& name, uint32_t type, float intensity) {

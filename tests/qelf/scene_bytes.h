@@ -45,7 +45,7 @@ struct mesh_spec {
 // apart. Of material i, value k is k + 16 i + 0.5.
 std::vector<float> mesh_array(int kind, size_t count);
 
-record mesh_record(const mesh_spec& spec);
+record mesh_record(const mesh_spec& shape);
 record light_record(const std::string& name, uint32_t type, float intensity);
 // Nodes are type and content; the placement is translation, rotation, scaling.
 using node_list = std::vector<std::pair<uint32_t, record>>;
