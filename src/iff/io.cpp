@@ -126,31 +126,6 @@ static void swap_words(void* words, size_t count) {
     }
 }
 
-size_t iff_read_words(FILE* file, size_t count, heap_ptr<uint32_t>& words) {
-    if (count > SIZE_MAX / sizeof(uint32_t)) return 0;
-    heap_ptr<uint8_t> bytes;
-    const size_t arrived = iff_read_bytes(file, count * sizeof(uint32_t), bytes) / sizeof(uint32_t);
-    swap_words(bytes.get(), arrived);
-    // malloc()ed, so aligned for any type.
-    words.reset(static_cast<uint32_t*>(static_cast<void*>(bytes.release())));
-    return arrived;
-}
-
-size_t iff_write_words(FILE* file, const void* words, size_t count) {
-    const auto* bytes = static_cast<const uint8_t*>(words);
-    uint32_t piece[1024];
-    size_t written = 0;
-    while (written < count) {
-        const size_t length = std::min(count - written, std::size(piece));
-        memcpy(piece, bytes + written * sizeof(uint32_t), length * sizeof(uint32_t));
-        swap_words(piece, length);
-        const size_t done = fwrite(piece, sizeof(uint32_t), length, file);
-        written += done;
-        if (done != length) break;
-    }
-    return written;
-}
-
 int iff_read_floats(FILE* file, float* values, size_t count, const IFF_ID chunkId,
                     const char* attributeName) {
     if (fread(values, sizeof(float), count, file) != count) {
@@ -163,7 +138,17 @@ int iff_read_floats(FILE* file, float* values, size_t count, const IFF_ID chunkI
 
 int iff_write_floats(FILE* file, const float* values, size_t count, const IFF_ID chunkId,
                      const char* attributeName) {
-    if (iff_write_words(file, values, count) == count) return 1;
-    IFF_writeError(chunkId, attributeName);
-    return 0;
+    float piece[64];
+    while (count > 0) {
+        const size_t length = std::min(count, std::size(piece));
+        memcpy(piece, values, length * sizeof(float));
+        swap_words(piece, length);
+        if (fwrite(piece, sizeof(float), length, file) != length) {
+            IFF_writeError(chunkId, attributeName);
+            return 0;
+        }
+        values += length;
+        count -= length;
+    }
+    return 1;
 }

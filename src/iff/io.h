@@ -1,4 +1,4 @@
-// Blocks of bytes and of big-endian 32-bit words, for chunk bodies that are arrays.
+// Blocks of bytes, for chunk bodies that are arrays, and fields of several floats.
 #ifndef IFF_IO_H
 #define IFF_IO_H
 
@@ -9,13 +9,6 @@
 // arrive, so a count from a damaged file costs nothing. Returns how many arrived: fewer than `count` at the
 // end of the file and without memory. Reports nothing.
 size_t iff_read_bytes(FILE* file, size_t count, heap_ptr<uint8_t>& bytes);
-
-// The same for words: `count` big-endian 32-bit integers, or floats as their bits, in this machine's byte
-// order. Returns how many whole words arrived.
-size_t iff_read_words(FILE* file, size_t count, heap_ptr<uint32_t>& words);
-
-// Writes `count` words, integers or floats, from 4-byte aligned storage. Returns how many were written whole.
-size_t iff_write_words(FILE* file, const void* words, size_t count);
 
 // A field of a few floats. On failure returns 0 after a report; the floats then hold anything.
 int iff_read_floats(FILE* file, float* values, size_t count, const IFF_ID chunkId, const char* attributeName);

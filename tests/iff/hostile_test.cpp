@@ -114,27 +114,19 @@ TEST(iff_hostile, many_chunks_are_read_in_linear_time) {
     EXPECT_EQ(found, static_cast<unsigned int>(count));
 }
 
-TEST(iff_blocks, of_words_survive_the_file_and_say_how_many_arrived) {
-    // Around the first piece of storage and the writer's buffer.
-    for (const size_t count : {0u, 1u, 1023u, 1025u, 16384u, 16385u, 70000u}) {
-        std::vector<uint32_t> words(count);
-        std::string file;
+TEST(iff_fields, of_floats_keep_their_bits_and_say_when_they_are_cut) {
+    // Around the writer's piece.
+    for (const size_t count : {0u, 1u, 63u, 64u, 65u, 200u}) {
+        std::vector<float> floats(count), read_back(count);
         for (size_t i = 0; i < count; i++) {
-            words[i] = 0x01020304u * static_cast<uint32_t>(i + 1);
-            file += big_endian(words[i]);
+            floats[i] = static_cast<float>(i) - 7.25f;
         }
-        std::string written(file.size() + 1, '\0');
-        stream_ptr stream{fmemopen(written.data(), written.size(), "wb")};
-        EXPECT_EQ(iff_write_words(stream.get(), words.data(), count), count);
-        stream.reset();
-        written.pop_back();
-        EXPECT_TRUE(written == file) << count;
-
-        const std::string longer = file + "abc";
-        stream = open_bytes(longer);
-        heap_ptr<uint32_t> back;
-        EXPECT_EQ(iff_read_words(stream.get(), count + 1, back), count);
-        EXPECT_TRUE(std::equal(words.begin(), words.end(), back.get())) << count;
+        std::string file(4 * count + 1, '\0');
+        stream_ptr stream{fmemopen(file.data(), file.size(), "w+b")};
+        EXPECT_EQ(iff_write_floats(stream.get(), floats.data(), count, "MTRL", "alpha"), 1);
+        rewind(stream.get());
+        EXPECT_EQ(iff_read_floats(stream.get(), read_back.data(), count, "MTRL", "alpha"), 1);
+        EXPECT_EQ(floats, read_back) << count;
     }
     float values[3] = {1.0f, -0.0f, 3.5f}, back[3] = {};
     char bytes[12];
