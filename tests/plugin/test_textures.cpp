@@ -122,7 +122,7 @@ TEST_F(textures, fall_back_to_a_picture_that_says_so) {
             EXPECT_GT(ink[1], 40) << "FOUND in square " << sx << ", " << sy;
             EXPECT_GT(ink[0], ink[1]) << "NO TEXTURE in square " << sx << ", " << sy;
             EXPECT_NEAR(right - left, 60, 10);
-            EXPECT_NEAR((left + right + 1) / 2, (edges[sx + 1] - edges[sx]) / 2, 3) << "centred";
+            EXPECT_NEAR((left + right + 1) / 2.0, (edges[sx + 1] - edges[sx]) / 2.0, 3) << "centred";
         }
     EXPECT_EQ(wrong, 0);
     host().held.erase("image .//empty.png"); // a reference without data may be kept
