@@ -23,13 +23,15 @@ help:
 	@echo
 	@echo 'What is missing gets installed first, with apt (scripts/install-deps.sh).'
 
-.PHONY: deps deps-targets deps-bench
+.PHONY: deps deps-targets deps-bench deps-fuzz
 deps:
 	@scripts/install-deps.sh
 deps-targets:
 	@scripts/install-deps.sh targets
 deps-bench:
 	@scripts/install-deps.sh bench
+deps-fuzz:
+	@scripts/install-deps.sh fuzz
 
 # build-NAME, test-NAME: one preset.
 build-%:
@@ -70,7 +72,7 @@ FUZZ_BITS ?= 64
 FUZZ_TARGETS ?=
 FUZZ_FLAGS_32 = --target=i686-linux-gnu -msse2 -mfpmath=sse
 .PHONY: fuzz
-fuzz: deps
+fuzz: deps-fuzz
 	cmake -S . -B build/fuzz-$(FUZZ_BITS) -G Ninja -DCMAKE_BUILD_TYPE=Release -DMODEL3D_BUILD_FUZZ=ON \
 	  -DMODEL3D_BUILD_TOOLS=OFF -DMODEL3D_BUILD_EXAMPLES=OFF -DMODEL3D_BUILD_TESTS=OFF \
 	  -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \

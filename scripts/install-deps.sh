@@ -4,6 +4,7 @@
 #   scripts/install-deps.sh            native build, tests, formatting and lint
 #   scripts/install-deps.sh targets    also the i386 and ARMv7 toolchains and libraries
 #   scripts/install-deps.sh bench      also what the benchmarks compare with
+#   scripts/install-deps.sh fuzz       also the compiler with the fuzzer
 set -eu
 
 native='build-essential cmake ninja-build pkg-config git python3
@@ -14,6 +15,7 @@ targets='g++-i686-linux-gnu g++-arm-linux-gnueabihf qemu-user googletest
     libegl1:i386 libgles2:i386 libegl-mesa0:i386 libgl1-mesa-dri:i386 libasan8:i386 libubsan1:i386
     libegl1:armhf libgles2:armhf libegl-mesa0:armhf libgl1-mesa-dri:armhf'
 bench='libtinyobjloader-dev'
+fuzz='clang'
 
 wanted=$native
 foreign=
@@ -24,8 +26,9 @@ for argument in "$@"; do
         foreign='i386 armhf'
         ;;
     bench) wanted="$wanted $bench" ;;
+    fuzz) wanted="$wanted $fuzz" ;;
     *)
-        echo "usage: $0 [targets] [bench]" >&2
+        echo "usage: $0 [targets] [bench] [fuzz]" >&2
         exit 2
         ;;
     esac
