@@ -118,6 +118,7 @@ bool load_model(app_record* app, render_context* context) {
     model3d_state* const state = context->state;
     phase_timer timer(app);
     timer.start();
+    state->incomplete = 0;
     groups_renew(state);
     if (!load_scene(app, context)) {
         kora_app_log(app, 1, "model3d: could not load model: %s", state->filename);
@@ -264,6 +265,7 @@ int renderext_model3d_render(render_canvas* canvas, control_record* control, ren
     shader_refs shaders = {app->services->resource, {}};
     if (!acquire_shaders(app, state, &shaders)) return 0;
     render_context context = {state, control};
+    if (state->incomplete) unload_model(state);
     if (state->loaded || load_model(app, &context)) draw(app, canvas, &context, rext->alpha, &shaders);
     shaders.release(); // what a failed load left
     return 0;

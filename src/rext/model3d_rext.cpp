@@ -67,6 +67,11 @@ void set_defaults(model3d_state* state) {
 void unload_model(model3d_state* state) {
     scene_free(&state->scene);
     state->loaded = 0;
+    state->incomplete = 0;
+}
+
+void load_incomplete(render_context* context) {
+    if (context->state) context->state->incomplete = 1;
 }
 
 int renderext_model3d_realize(realize_context* context, void*, renderext_instance* rext) {

@@ -7,6 +7,10 @@
 // Enters a group into the control's map of groups under its name; a nameless group is left out.
 void group_store(const char* key, group* g, render_context* context);
 
+// Notes that memory ran out for a part of the model that can be left out of the picture. The frame shows
+// the rest; the next one loads the model again. `context` may have no control's state.
+void load_incomplete(render_context* context);
+
 // Node operation: resets the transform and the deformers from the file's values, or to neutral ones,
 // as the control is set up to, then configures the children.
 void group_config(void* node, render_context* context);

@@ -7,6 +7,7 @@
 
 void group_store(const char*, group*, render_context*) {}
 void group_config(void*, render_context*) {}
+void load_incomplete(render_context*) {}
 
 void light_load(void*, int, render_context*) {}
 void light_config(void*, render_context*) {}
