@@ -8,6 +8,7 @@
 #include "rext/placement.h"
 #include "rext/shading.h"
 #include "rext/target.h"
+#include "shader/context.h"
 
 #include <GLES2/gl2.h>
 
@@ -81,7 +82,7 @@ bool acquire_shaders(app_record* app, model3d_state* state, shader_refs* shaders
         kora_reference* const ref = shaders->refs[i];
         void* const data = ref ? shaders->resources->get_data(shaders->resources, ref) : nullptr;
         state->programs[i] = static_cast<shader_program*>(data);
-        if (!data) complete = false;
+        if (!data || !program_renew(app, state->programs[i], &model3d_shaders[i])) complete = false;
     }
     if (!complete) {
         shaders->release();
@@ -124,6 +125,7 @@ bool load_model(app_record* app, render_context* context) {
         kora_app_log(app, 1, "model3d: could not load model: %s", state->filename);
         return false;
     }
+    state->context = gl_context;
     group_load(&state->scene.root, MODEL3D_GLOBAL_USE_VBOS, context);
     update_modelmat(state);
     update_viewmat(state);
@@ -261,6 +263,8 @@ int renderext_model3d_render(render_canvas* canvas, control_record* control, ren
     model3d_state* const state = state_of(rext);
     if (!state->filename) return 0;
 
+    gl_context_check();
+    if (state->loaded && state->context != gl_context) renderext_model3d_cleanup(rext);
     app_record* const app = control->app;
     shader_refs shaders = {app->services->resource, {}};
     if (!acquire_shaders(app, state, &shaders)) return 0;

@@ -106,9 +106,15 @@ void groups_free(model3d_state* state) {
 }
 
 void group_store(const char* key, group* g, render_context* context) {
-    if (!key || !context->state->groups) return;
+    if (!key) return;
+    if (!context->state->groups) {
+        load_incomplete(context);
+        return;
+    }
     model3d_diag_log(context->control->app, 6, "adding scene group to map, name: %s", key);
     kor_string_map_set(context->state->groups, key, g);
+    // The map cannot say that it had no memory for the key.
+    if (!kor_string_map_get(context->state->groups, key)) load_incomplete(context);
 }
 
 void group_update(render_context* context) {

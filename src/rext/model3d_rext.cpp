@@ -7,6 +7,7 @@
 #include "model3d/model3d.h"
 #include "rext/bindings.h"
 #include "rext/state.h"
+#include "shader/context.h"
 
 int32_t MODEL3D_GLOBAL_USE_VBOS = 1;
 int32_t MODEL3D_DIAG_LEVEL = 0;
@@ -65,6 +66,7 @@ void set_defaults(model3d_state* state) {
 }
 
 void unload_model(model3d_state* state) {
+    if (state->loaded) gl_context_check();
     scene_free(&state->scene);
     state->loaded = 0;
     state->incomplete = 0;

@@ -50,6 +50,7 @@ struct model3d_state {
     int32_t ignore_bind_transforms;
     int32_t zero_deformers;
     kor_string_map* groups; // name to group
+    uint32_t context;       // that the scene was uploaded into
     int32_t incomplete;     // memory was short when the scene was loaded: load it again
 };
 

@@ -3,12 +3,22 @@
 #include "model3d/math.h"
 #include "scene/bindings.h"
 
+#include <algorithm>
+
 namespace {
 
 // Half up, then truncated towards zero; 0 for what no display has.
-int pixels(float value) {
+int64_t pixels(float value) {
     const float rounded = value + 0.5f;
-    return rounded > -2147483648.0f && rounded < 2147483648.0f ? static_cast<int>(rounded) : 0;
+    return rounded > -2147483648.0f && rounded < 2147483648.0f ? static_cast<int64_t>(rounded) : 0;
+}
+
+// GL takes no negative size for an error: a control that has none is drawn into nothing.
+void set_viewport(int64_t x, int64_t y, int64_t width, int64_t height) {
+    const auto within = [](int64_t value, int64_t least) {
+        return static_cast<int>(std::clamp<int64_t>(value, least, INT32_MAX));
+    };
+    glViewport(within(x, INT32_MIN), within(y, INT32_MIN), within(width, 0), within(height, 0));
 }
 
 } // namespace
@@ -24,10 +34,10 @@ void target_place(render_canvas* canvas, const control_record* control, const ko
     const kor_rect& rect = control->rect;
 
     // The bottom left corner and the size in pixels of the physical display, y downwards.
-    int x = ox + rect.x1;
-    int y = oy + rect.y2;
-    int width = size.width;
-    int height = size.height;
+    int64_t x = int64_t{ox} + rect.x1;
+    int64_t y = int64_t{oy} + rect.y2;
+    int64_t width = size.width;
+    int64_t height = size.height;
     int32_t rotation_deg = 0;
     const auto display_info =
         reinterpret_cast<kora_display_info>(canvas->find_service(canvas, "gles_display_info"));
@@ -53,7 +63,7 @@ void target_place(render_canvas* canvas, const control_record* control, const ko
         mat_scale(turn, 1.0f, -1.0f, 1.0f);
         glFrontFace(GL_CW); // the flip turns every triangle round
         mat_mul(turn, projection, out);
-        glViewport(ox + rect.x1, oy + rect.y1, size.width, size.height - 1);
+        set_viewport(int64_t{ox} + rect.x1, int64_t{oy} + rect.y1, size.width, int64_t{size.height} - 1);
         return;
     }
     model3d_diag_log(nullptr, 5, "rendering to frame buffer");
@@ -61,16 +71,16 @@ void target_place(render_canvas* canvas, const control_record* control, const ko
     mat_mul(turn, projection, out);
     switch (rotation_deg) {
     case 180:
-        glViewport(target_width - width - x, y - height, width, height);
+        set_viewport(target_width - width - x, y - height, width, height);
         break;
     case 270:
-        glViewport(y - height, x, height, width);
+        set_viewport(y - height, x, height, width);
         break;
     case 90:
-        glViewport(target_width - y, target_height - x - width, height, width);
+        set_viewport(target_width - y, target_height - x - width, height, width);
         break;
     default:
-        glViewport(x, target_height - y, width, height);
+        set_viewport(x, target_height - y, width, height);
         break;
     }
 }

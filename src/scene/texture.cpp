@@ -33,6 +33,7 @@ texture* texture_copy(const texture* t) {
     *copy = *t;
     copy->filename = heap_text(t->filename);
     copy->base_filename = heap_text(t->base_filename);
+    copy->image = nullptr; // the reference is the source's
     if (!copy->filename != !t->filename || !copy->base_filename != !t->base_filename) {
         free(copy->filename);
         free(copy->base_filename);

@@ -14,6 +14,9 @@ struct texture {
     int32_t height;
     float scale_u; // part of the GL texture that the image fills
     float scale_v;
+    uint32_t context;       // that `id` belongs to
+    kora_reference* image;  // held for a GL texture of the host's, else null
+    resource_manager* host; // that gave it
 };
 
 // Initialises a heap-allocated record with one reference. 1, or 0 when the path could not be copied.
@@ -32,7 +35,7 @@ texture* texture_copy(const texture* t);
 // Drops a reference; the last one deletes the GL texture and the record.
 void texture_free(texture* t);
 
-// Gets the image from the host. 1, or 0 when the host has none; the record is then untouched.
+// Gets the image from the host, once. 1, or 0 when the host has none; the record is then untouched.
 int texture_load(texture* t, render_context* context);
 
 // Stands in for an image that could not be loaded: a checkerboard that says so. Returns 1.
@@ -41,7 +44,7 @@ int texture_load_fallback_texture(texture* t);
 // Binds to unit 0. Null is ignored.
 void texture_use(const texture* t);
 
-// Deletes the GL texture.
+// Deletes the GL texture, or forgets the one of a lost context, and lets go of the host's image.
 void texture_delete(texture* t);
 
 // A path under which a resource can be opened, to free(), or null.

@@ -2,6 +2,7 @@
 
 #include "scene/fallback_texture.h"
 #include "scene/texture.h"
+#include "shader/context.h"
 
 #include <GLES2/gl2.h>
 
@@ -25,6 +26,7 @@ void set_parameters() {
 } // namespace
 
 int texture_load(texture* t, render_context* context) {
+    if (t->id) return 1; // shared by several materials
     app_record* const app = context->control->app;
     resource_manager* const resources = app->services->resource;
     graphics_manager* const graphics = app->services->graphics;
@@ -38,6 +40,11 @@ int texture_load(texture* t, render_context* context) {
 
     image_info info = {};
     graphics->describe_image(graphics, image, 1, &info, sizeof(info));
+    if (info.buffer_width <= 0 || info.buffer_height <= 0) {
+        resources->release(resources, reference);
+        return 0;
+    }
+    t->context = gl_context;
     t->width = info.buffer_width;
     t->height = info.buffer_height;
     t->id = info.texture;
@@ -47,9 +54,10 @@ int texture_load(texture* t, render_context* context) {
         const bool rgba = info.bytes_per_pixel == 4;
         upload(t, rgba ? GL_RGBA : GL_RGB, t->width, t->height,
                rgba ? GL_UNSIGNED_BYTE : GL_UNSIGNED_SHORT_5_6_5, info.pixels);
-        // Our copy is made; the host's texture needs its reference for as long as it is drawn.
-        resources->release(resources, reference);
+        resources->release(resources, reference); // our copy is made
     } else {
+        t->image = reference;
+        t->host = resources;
         texture_use(t);
     }
     set_parameters();
@@ -62,6 +70,7 @@ int texture_load(texture* t, render_context* context) {
 }
 
 int texture_load_fallback_texture(texture* t) {
+    t->context = gl_context;
     t->scale_u = t->scale_v = 1.0f;
     t->width = t->height = fallback_tex_rgba_width;
     upload(t, GL_RGBA, fallback_tex_rgba_width, fallback_tex_rgba_height, GL_UNSIGNED_BYTE,
@@ -82,6 +91,8 @@ void texture_use(const texture* t) {
 }
 
 void texture_delete(texture* t) {
-    if (t->id != 0) glDeleteTextures(1, &t->id);
+    if (t->id != 0 && t->context == gl_context) glDeleteTextures(1, &t->id);
     t->id = 0;
+    if (t->image) t->host->release(t->host, t->image);
+    t->image = nullptr;
 }

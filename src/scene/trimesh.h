@@ -34,6 +34,7 @@ struct trimesh {
     int32_t use_textures; // number of texture-coordinate sets
     int32_t use_tangents;
     int32_t use_binormals;
+    uint32_t context; // that vbos belong to
 };
 
 // Makes room for the given sizes, each plus one. 1, or 0 when an allocation failed; free with
@@ -86,7 +87,7 @@ void trimesh_render(void* node, draw_callback callback, const float parent[16], 
 void trimesh_prerender(void* node, int unused, const float parent[16], void* user);
 void trimesh_free(void* node);
 
-// Deletes the buffer objects, where GL still knows them.
+// Deletes the buffer objects, where GL still knows them. Those of a lost context are only forgotten.
 void trimesh_delete(trimesh* mesh);
 
 #endif

@@ -9,6 +9,7 @@
 #include "scene/bindings.h"
 #include "scene/material.h"
 #include "scene/trimesh.h"
+#include "shader/context.h"
 
 #include <GLES2/gl2.h>
 
@@ -120,6 +121,7 @@ void upload_buffers(trimesh* mesh, int floats) {
     const size_t vertex_bytes = count * static_cast<size_t>(floats) * sizeof(float);
     const size_t index_bytes = static_cast<size_t>(mesh->nfaces) * 3 * sizeof(uint32_t);
     glGenBuffers(2, mesh->vbos);
+    mesh->context = gl_context;
     if (!has_buffers(mesh)) return; // no context: the client arrays stay
     glBindBuffer(GL_ARRAY_BUFFER, mesh->vbos[0]);
     glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(vertex_bytes), packed.get(), GL_STATIC_DRAW);
@@ -256,7 +258,8 @@ void trimesh_render(void* node, draw_callback callback, const float parent[16], 
 }
 
 void trimesh_delete(trimesh* mesh) {
-    if (has_buffers(mesh) && glIsBuffer(mesh->vbos[0]) && glIsBuffer(mesh->vbos[1])) {
+    const bool exists = has_buffers(mesh) && mesh->context == gl_context;
+    if (exists && glIsBuffer(mesh->vbos[0]) && glIsBuffer(mesh->vbos[1])) {
         glDeleteBuffers(2, mesh->vbos);
     }
     mesh->vbos[0] = mesh->vbos[1] = 0;

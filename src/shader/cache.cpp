@@ -7,6 +7,7 @@
 
 shader_cache_entry* shader_cache = nullptr;
 program_cache_entry* program_cache = nullptr;
+program_record* program_records = nullptr;
 
 namespace {
 
@@ -48,34 +49,55 @@ void shader_cache_add(const char* path, uint32_t shader) {
     append(shader_cache, entry);
 }
 
-void program_cache_add(app_record* app, uint32_t vertex, uint32_t fragment, uint32_t program) {
+bool program_cache_add(app_record* app, uint32_t vertex, uint32_t fragment, uint32_t program) {
     auto* entry = heap_zeroed<program_cache_entry>();
-    if (!entry) return;
+    if (!entry) return false;
     entry->vertex = vertex;
     entry->fragment = fragment;
     entry->program = program;
     entry->app = program_cache ? nullptr : app;
+    entry->uniforms = entry->longest_name = -1;
     append(program_cache, entry);
+    return true;
+}
+
+void program_cache_describe(uint32_t program, int32_t uniforms, int32_t longest_name) {
+    for (program_cache_entry* entry = program_cache; entry; entry = entry->next) {
+        if (entry->program != program) continue;
+        entry->uniforms = uniforms;
+        entry->longest_name = longest_name;
+    }
+}
+
+program_record* program_record_find(const shader_program* record) {
+    program_record* own = program_records;
+    while (own && own != record) {
+        own = own->next;
+    }
+    return own;
 }
 
 void cache_log(const char* format, const char* text) {
     if (program_cache) kora_app_log(program_cache->app, 5, format, text);
 }
 
-void lum_gl_clearprogramcaches(void) {
+void caches_clear(bool delete_objects) {
     if (program_cache) kora_app_log(program_cache->app, 5, "shader library: clearing caches");
     while (shader_cache) {
         shader_cache_entry* const entry = shader_cache;
         shader_cache = entry->next;
         free(entry->path);
-        if (glIsShader(entry->shader)) glDeleteShader(entry->shader);
+        if (delete_objects && glIsShader(entry->shader)) glDeleteShader(entry->shader);
         free(entry);
     }
     while (program_cache) {
         program_cache_entry* const entry = program_cache;
         program_cache = entry->next;
-        if (glIsProgram(entry->program)) glDeleteProgram(entry->program);
+        if (delete_objects && glIsProgram(entry->program)) glDeleteProgram(entry->program);
         free(entry);
+    }
+    for (program_record* record = program_records; record; record = record->next) {
+        record->state = record_state::gone;
     }
 }
 

@@ -1,8 +1,9 @@
-// Process-wide caches of what outlives a program record. Used on the render thread only.
+// Process-wide lists: shaders and programs, which outlive the program records, and the records themselves.
+// Used on the render thread only.
 #ifndef SHADER_CACHE_H
 #define SHADER_CACHE_H
 
-#include "kora/kora.h"
+#include "model3d/shader.h"
 
 // Compiled shaders that came from files, in the order they were made.
 struct shader_cache_entry {
@@ -20,16 +21,44 @@ struct program_cache_entry {
     uint32_t fragment;
     uint32_t program;
     app_record* app;
+    // What tells the program from another of its name, once its uniforms were listed; before, -1.
+    int32_t uniforms;
+    int32_t longest_name;
 };
 extern program_cache_entry* program_cache;
+
+// What a record of the "shader" pool is good for.
+enum class record_state {
+    whole,
+    partial, // some uniforms found no memory
+    gone     // its program does not exist any more
+};
+
+// A record as the pool keeps it.
+struct program_record : shader_program {
+    record_state state;
+    program_record* next;
+};
+extern program_record* program_records;
 
 // The first match, or null.
 shader_cache_entry* shader_cache_find(const char* path);
 program_cache_entry* program_cache_find(uint32_t vertex, uint32_t fragment);
 
-// Append; when memory is short nothing is cached. `app` is kept only by the first program.
+// Append; when memory is short nothing is cached, and program_cache_add returns false. `app` is kept only by
+// the first program.
 void shader_cache_add(const char* path, uint32_t shader);
-void program_cache_add(app_record* app, uint32_t vertex, uint32_t fragment, uint32_t program);
+bool program_cache_add(app_record* app, uint32_t vertex, uint32_t fragment, uint32_t program);
+
+// Notes what the program was seen to have.
+void program_cache_describe(uint32_t program, int32_t uniforms, int32_t longest_name);
+
+// Empties the caches, and deletes their objects where GL still has them; without `delete_objects` makes no GL
+// call, for a context that took its objects along.
+void caches_clear(bool delete_objects);
+
+// The pool's own record, or null for any other.
+program_record* program_record_find(const shader_program* record);
 
 // Writes a line at level 5 in the head's context, or nothing while no program is cached.
 void cache_log(const char* format, const char* text);

@@ -3,6 +3,7 @@
 #include "base/heap.h"
 #include "model3d/shader.h"
 #include "shader/cache.h"
+#include "shader/context.h"
 #include "shader/uniform.h"
 
 #include <GLES2/gl2.h>
@@ -92,13 +93,36 @@ bool build_program(app_record* app, const shader_desc* desc, shader_program* rec
     return true;
 }
 
-// A complete record, or null.
+// Lists the uniforms anew.
+void describe_program(app_record* app, program_record* record, const char* name) {
+    if (record->uniforms) kor_string_map_destroy(record->uniforms, shader_string_map_cb, nullptr);
+    record->uniforms = nullptr;
+    const bool complete = enumerate_uniforms(app, record, name);
+    record->state = complete ? record_state::whole : record_state::partial;
+}
+
+// A new record in the list, or null.
 shader_program* make_record(app_record* app, const shader_desc* desc, const char* name) {
-    heap_ptr<shader_program> record{heap_zeroed<shader_program>()};
+    heap_ptr<program_record> record{heap_zeroed<program_record>()};
     if (!record || !build_program(app, desc, record.get())) return nullptr;
-    enumerate_uniforms(app, record.get(), name);
     record->name = heap_text(name);
+    if (!record->name) return nullptr;
+    describe_program(app, record.get(), name);
+    record->next = program_records;
+    program_records = record.get();
     return record.release();
+}
+
+void free_record(shader_program* record) {
+    for (program_record** link = &program_records; *link; link = &(*link)->next) {
+        if (*link != record) continue;
+        *link = (*link)->next;
+        break;
+    }
+    if (record->uniforms) kor_string_map_destroy(record->uniforms, shader_string_map_cb, nullptr);
+    free(record->name);
+    lum_gl_free_program(record->program);
+    free(record);
 }
 
 } // namespace
@@ -168,13 +192,21 @@ uint32_t lum_gl_program_link(app_record* app, uint32_t vertex, uint32_t fragment
         glGetProgramiv(program, GL_VALIDATE_STATUS, &good);
         if (!good) kora_app_log(app, 0, "error: program failed validation");
     }
-    if (!good) {
-        log_program_info(app, program);
+    if (!good) log_program_info(app, program);
+    // A program that is not in the cache would never be deleted.
+    if (!good || !program_cache_add(app, vertex, fragment, program)) {
         glDeleteProgram(program);
         return 0;
     }
-    program_cache_add(app, vertex, fragment, program);
     return program;
+}
+
+bool program_renew(app_record* app, shader_program* record, const shader_desc* desc) {
+    program_record* const own = program_record_find(record);
+    if (!own || own->state == record_state::whole) return true;
+    if (own->state == record_state::gone && !build_program(app, desc, own)) return false;
+    describe_program(app, own, desc->name);
+    return true;
 }
 
 int lum_gl_program_valid(uint32_t program) {
@@ -210,12 +242,6 @@ shader_ref* shader_alloc_ref(app_record* app, void*, void*, const char* name, va
 void shader_free_ref(void*, void*, void*, shader_ref* reference) {
     if (!reference) return;
     free(reference->host_block);
-    auto* record = static_cast<shader_program*>(reference->data);
-    if (record) {
-        if (record->uniforms) kor_string_map_destroy(record->uniforms, shader_string_map_cb, nullptr);
-        free(record->name);
-        lum_gl_free_program(record->program);
-        free(record);
-    }
+    if (reference->data) free_record(static_cast<shader_program*>(reference->data));
     free(reference);
 }

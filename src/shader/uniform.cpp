@@ -1,6 +1,7 @@
 #include "shader/uniform.h"
 
 #include "base/heap.h"
+#include "shader/cache.h"
 
 #include <GLES2/gl2.h>
 
@@ -117,7 +118,7 @@ void store(shader_uniform* uniform, const void* value, size_t size) {
 
 } // namespace
 
-void enumerate_uniforms(app_record* app, shader_program* record, const char* name) {
+bool enumerate_uniforms(app_record* app, shader_program* record, const char* name) {
     GLint count = 0;
     glGetProgramiv(record->program, GL_ACTIVE_UNIFORMS, &count);
     GLint longest = 0;
@@ -127,19 +128,31 @@ void enumerate_uniforms(app_record* app, shader_program* record, const char* nam
         glGetProgramiv(record->program, GL_ACTIVE_UNIFORM_MAX_LENGTH, &longest);
         buffer.reset(static_cast<char*>(calloc(static_cast<size_t>(longest > 0 ? longest : 0) + 1, 1)));
     }
+    program_cache_describe(record->program, count, longest);
     kora_app_log(app, 5, "LUMGL: shader=%s", name);
-    if (!record->uniforms || !buffer) return;
+    if (!record->uniforms || !buffer) return count == 0;
 
+    bool complete = true;
     for (GLint i = 0; i < count; i++) {
-        auto* uniform = heap_zeroed<shader_uniform>();
-        if (!uniform) continue;
+        heap_ptr<shader_uniform> uniform{heap_zeroed<shader_uniform>()};
+        if (!uniform) {
+            complete = false;
+            continue;
+        }
         GLint elements = 0;
         glGetActiveUniform(record->program, static_cast<GLuint>(i), longest, nullptr, &elements,
                            &uniform->type, buffer.get());
         uniform->location = glGetUniformLocation(record->program, buffer.get());
         kora_app_log(app, 5, "LUMGL: Uniform: %s=%d", buffer.get(), uniform->location);
-        kor_string_map_set(record->uniforms, buffer.get(), uniform);
+        kor_string_map_set(record->uniforms, buffer.get(), uniform.get());
+        // The map cannot say that it had no memory for the key.
+        if (kor_string_map_get(record->uniforms, buffer.get()) == uniform.get()) {
+            static_cast<void>(uniform.release());
+        } else {
+            complete = false;
+        }
     }
+    return complete;
 }
 
 int lum_gl_shader_get_uniform(const shader_program* program, const char* name) {

@@ -133,7 +133,11 @@ TEST_F(failures, a_model_that_does_not_load_is_tried_again) {
             else
                 shown.render();
             expect_lines(recorded().log(0, 4), {std::string("1 app model3d: could not load model: ") + name});
-            expect_lines(recorded().text({channel::gl}), {});
+            lines calls = recorded().text({channel::gl});
+            std::erase_if(calls, [](const std::string& l) {
+                return l.starts_with("glIsProgram") || l.starts_with("glGetProgramiv");
+            });
+            expect_lines(calls, {}, "calls besides a look at the context,");
             EXPECT_EQ(shown.state().loaded, 0);
             EXPECT_EQ(shown.state().scene.root.nodes, nullptr);
             EXPECT_EQ(shown.state().scene.lights, nullptr);

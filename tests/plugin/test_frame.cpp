@@ -10,6 +10,9 @@ namespace {
 // Tags before a line say when it is expected; $c and $t are the colour and texture programs of the shading
 // model. Enabling an attribute array and looking up a uniform's name may come anywhere, and are left out.
 constexpr const char* frame_calls = R"(
+    [later] glIsProgram 1
+    [later] glGetProgramiv 1 ACTIVE_UNIFORMS
+    [later] glGetProgramiv 1 ACTIVE_UNIFORM_MAX_LENGTH
     get_reference "shader" "gouraud_color"
     get_reference "shader" "gouraud_texture"
     get_reference "shader" "phong_color"

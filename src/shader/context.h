@@ -1,0 +1,21 @@
+// Whose names GL objects have. A lost context takes its objects along, and the next one hands out the same
+// names again: a name means nothing without its context.
+#ifndef SHADER_CONTEXT_H
+#define SHADER_CONTEXT_H
+
+#include "model3d/shader.h"
+
+// The number of the current context: how many were seen lost before it.
+extern uint32_t gl_context;
+
+// Looks whether the first program made is still there. When it is gone, or another has its name, the context
+// was replaced: gl_context counts on, and what the caches held is forgotten, for GL has forgotten it too.
+// Three queries; none while no program has been made.
+void gl_context_check();
+
+// Makes a record of the "shader" pool whole again: one whose program went with the caches or with its
+// context, or whose uniforms did not all find memory. False, after log lines, when that cannot be done now.
+// A record that was not made here is taken as it is.
+bool program_renew(app_record* app, shader_program* record, const shader_desc* desc);
+
+#endif
