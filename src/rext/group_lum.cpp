@@ -28,7 +28,7 @@ constexpr binding bindings[] = {
 
 // The stored value of a data-manager key, or null.
 const float* find_value(control_record* control, data_manager* data, const char* key) {
-    const auto* value = static_cast<const float*>(data->get(data, key, 0));
+    const auto* value = data ? static_cast<const float*>(data->get(data, key, 0)) : nullptr;
     if (value) {
         model3d_diag_log(control->app, 8, "found value for data manager key %s", key);
     } else {

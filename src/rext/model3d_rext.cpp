@@ -40,7 +40,7 @@ int kora_plugin_create(plugin_record* record) {
 
 int rext_model3d_init(app_record* app, const char* options) {
     renderext_manager* const extensions = app->services->renderext;
-    extensions->register_extension(extensions, &renderext_model3d_handler);
+    if (extensions) extensions->register_extension(extensions, &renderext_model3d_handler);
     MODEL3D_GLOBAL_USE_VBOS = 1;
     if (!options) return 0;
     if (strstr(options, "novbo")) MODEL3D_GLOBAL_USE_VBOS = 0;
@@ -79,7 +79,7 @@ void load_incomplete(render_context* context) {
 int renderext_model3d_realize(realize_context* context, void*, renderext_instance* rext) {
     set_defaults(state_of(rext));
     event_manager* const events = context->app->services->event;
-    events->add_listener(events, "kora.presleep", renderext_model3d_presleep, rext);
+    if (events) events->add_listener(events, "kora.presleep", renderext_model3d_presleep, rext);
     return 0;
 }
 

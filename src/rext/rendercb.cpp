@@ -91,7 +91,8 @@ int rendercb(const char*, const material* m, const float combined[16], void* use
 }
 
 kora_reference* renderext_model3d_get_shader_ref(resource_manager* resources, const shader_desc* desc) {
-    kora_reference* const reference = resources->get_reference(resources, "shader", desc->name, desc);
+    kora_reference* const reference =
+        resources ? resources->get_reference(resources, "shader", desc->name, desc) : nullptr;
     if (!reference) kora_app_log(nullptr, 0, "Unable to load shader: %s", desc->name);
     return reference;
 }

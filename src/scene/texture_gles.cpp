@@ -30,6 +30,7 @@ int texture_load(texture* t, render_context* context) {
     app_record* const app = context->control->app;
     resource_manager* const resources = app->services->resource;
     graphics_manager* const graphics = app->services->graphics;
+    if (!resources || !graphics) return 0;
     kora_reference* const reference = resources->get_reference(resources, "image", t->filename, nullptr, 0);
     if (!reference) return 0;
     void* const image = resources->get_data(resources, reference);

@@ -217,7 +217,8 @@ void lum_gl_free_program(uint32_t) {}
 
 void lum_gl_create_shader_pool(app_record* app, void* pool_parameter) {
     resource_manager* const resources = app->services->resource;
-    resources->create_pool(resources, "shader", pool_parameter, shader_alloc_ref, shader_free_ref, 0);
+    if (resources)
+        resources->create_pool(resources, "shader", pool_parameter, shader_alloc_ref, shader_free_ref, 0);
 }
 
 shader_ref* shader_alloc_ref(app_record* app, void*, void*, const char* name, va_list args) {

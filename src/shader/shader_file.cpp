@@ -94,7 +94,7 @@ int lum_gl_loadfragmentshader_file(const char* path, uint32_t* shader) {
 
 void* lum_gl_load_shader_file(app_record* app, const char* name, unsigned int* length) {
     resource_manager* const resources = app->services->resource;
-    const heap_ptr<char> path{resources->resolve_path(resources, name)};
+    const heap_ptr<char> path{resources ? resources->resolve_path(resources, name) : nullptr};
     const char* const shown = path ? path.get() : name;
     file_ptr file{path ? fopen(path.get(), "rb") : nullptr};
     const long size = file ? file_size(file, path.get()) : -1;

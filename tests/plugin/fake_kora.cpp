@@ -177,6 +177,7 @@ int describe_image(graphics_manager* self, void* object, int one, image_info* in
     const auto* image = static_cast<const host_image*>(object);
     record(channel::host, "describe_image %d %d", one, static_cast<int>(size));
     if (size != HOST_OFFSET(image_info, pixels, 32) + sizeof(void*)) fault("wrong size of an image_info");
+    if (host().silent.contains("describe_image")) return 0;
     std::memset(static_cast<void*>(info), 0xA5, size);
     put(info, HOST_OFFSET(image_info, texture, 0), image->texture);
     put(info, HOST_OFFSET(image_info, image_width, 4), image->width);
@@ -223,15 +224,21 @@ void timing_hook(app_record* given, const char* category, const char* phase, con
            static_cast<long long>(elapsed));
 }
 
+void offer_services() {
+    const auto unless_absent = [](const char* name, record_memory& table) {
+        return host().absent.contains(name) ? nullptr : &table;
+    };
+    put(&services, HOST_OFFSET(app_services, data, 4), unless_absent("data", data));
+    put(&services, HOST_OFFSET(app_services, renderext, 8), unless_absent("renderext", renderext));
+    put(&services, HOST_OFFSET(app_services, event, 12), unless_absent("event", events));
+    put(&services, HOST_OFFSET(app_services, graphics, 20), unless_absent("graphics", graphics));
+    put(&services, HOST_OFFSET(app_services, resource, 24), unless_absent("resource", resources));
+}
+
 void build_records() {
     for (record_memory* table : {&data, &renderext, &events, &graphics, &resources, &canvas})
         fill_slots(*table);
     put(&app, HOST_OFFSET(app_record, services, 36), &services);
-    put(&services, HOST_OFFSET(app_services, data, 4), &data);
-    put(&services, HOST_OFFSET(app_services, renderext, 8), &renderext);
-    put(&services, HOST_OFFSET(app_services, event, 12), &events);
-    put(&services, HOST_OFFSET(app_services, graphics, 20), &graphics);
-    put(&services, HOST_OFFSET(app_services, resource, 24), &resources);
     put(&data, HOST_OFFSET(data_manager, get, 24), &data_get);
     put(&renderext, HOST_OFFSET(renderext_manager, register_extension, 16), &register_extension);
     put(&events, HOST_OFFSET(event_manager, add_listener, 12), &add_listener);
@@ -263,6 +270,7 @@ void host_reset() {
 }
 
 app_record* host_app() {
+    offer_services();
     put(&app, HOST_OFFSET(app_record, timing_hook, 116), host().timing ? &timing_hook : nullptr);
     return reinterpret_cast<app_record*>(&app);
 }
@@ -338,13 +346,14 @@ void kor_create_control_data_key(const control_record*, const char* name, char* 
 
 kor_string_map* kor_string_map_create(int32_t initial_size) {
     record(channel::map, "map_create %d", initial_size);
+    if (host().silent.contains("string_map_create")) return nullptr;
     ++host().live_maps;
     return new kor_string_map;
 }
 
 void kor_string_map_set(kor_string_map* map, const char* key, void* value) {
     record(channel::map, "map_set \"%s\"", key);
-    if (map) map->entries[key] = value;
+    if (map && !host().silent.contains("string_map_set")) map->entries[key] = value;
 }
 
 void* kor_string_map_get(kor_string_map* map, const char* key) {

@@ -49,6 +49,8 @@ struct host_state {
     std::map<std::string, float> values; // data manager, under control keys "ctl.NAME"
     std::set<std::string> refused;       // shader names that get_reference refuses
     std::set<std::string> without_data;  // shader names that get_data has nothing for
+    std::set<std::string> absent;        // services the host does not have: "data", "event", ...
+    std::set<std::string> silent;        // functions that give null, or write nothing
     bool keep_shaders = true;            // unreferenced programs stay in the pool
     bool timing = false;
     bool display_info = false;

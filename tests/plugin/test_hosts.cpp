@@ -1,0 +1,77 @@
+// Hosts that have a service less, or one that answers nothing.
+
+#include "plugin/fixture.h"
+
+#include <algorithm>
+#include <set>
+
+namespace {
+
+class hosts : public plugin_test {};
+
+// The life of a control goes by without it; once it is back, the next frame is the right one.
+TEST_F(hosts, may_lack_anything_for_a_while) {
+    constexpr const char* no_programs[] = {"0 null Unable to load shader: gouraud_color",
+                                           "0 app model3d: could not get a required shader: gouraud_color"};
+    const struct {
+        const char* what;
+        std::set<std::string> absent, silent;
+        size_t draws; // of the frame without
+        lines log;
+    } cases[] = {
+        {"data", {"data"}, {}, 3, {}},
+        {"events", {"event"}, {}, 3, {}},
+        {"graphics", {"graphics"}, {}, 3, {}},
+        {"resources", {"resource"}, {}, 0, {no_programs[0], no_programs[1]}},
+        {"image descriptions", {}, {"describe_image"}, 3, {}},
+        {"maps", {}, {"string_map_create"}, 3, {}},
+        {"map entries", {}, {"string_map_set"}, 3, {}},
+    };
+    write_three_triangles();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        fresh_gl();
+        host().absent = c.absent;
+        host().silent = c.silent;
+        init(nullptr);
+        PLUGIN(lum_gl_create_shader_pool)(host_app(), nullptr);
+        {
+            control shown;
+            shown.realize();
+            show(shown);
+            lines log = recorded().log(0, 4);
+            // Without maps nothing is known of any uniform.
+            std::erase_if(
+                log, [](const std::string& l) { return l.starts_with("1 null could not find uniform"); });
+            expect_lines(log, c.log);
+            EXPECT_EQ(gl().draws.size(), c.draws);
+            shown.dirty();
+            host_fire("kora.presleep");
+            shown.render();
+            EXPECT_EQ(shown.state().loaded, c.draws > 0);
+        }
+        host().listeners.clear();
+        control shown;
+        shown.realize();
+        show(shown);
+
+        host().absent.clear();
+        host().silent.clear();
+        gl().draws.clear();
+        if (c.draws > 0 && !c.absent.empty())
+            shown.set(id_filename, "again.obj"), shown.set(id_filename, "tri.obj");
+        recorded().clear();
+        shown.render();
+        expect_lines(recorded().log(0, 4), {});
+        ASSERT_EQ(gl().draws.size(), 3u);
+        EXPECT_EQ(gl().draws[0].corners[1][7], 1.0f);
+        const gl_program& program = gl().programs.at(gl().draws[0].program);
+        const auto sent = [](const gl_uniform& u) {
+            return u.sends > 0 || u.name.starts_with("light_params[");
+        };
+        EXPECT_TRUE(std::all_of(program.uniforms.begin(), program.uniforms.end(), sent));
+        host().listeners.clear();
+    }
+}
+
+} // namespace
