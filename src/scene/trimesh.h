@@ -63,14 +63,15 @@ void trimesh_settangents(trimesh* mesh, const void* data, size_t size);
 void trimesh_setbinormals(trimesh* mesh, const void* data, size_t size);
 void trimesh_settexcoordsn(trimesh* mesh, int32_t set, const void* data, size_t size);
 
-// Face normals, averaged over vertices at exactly the same position. Only when calc_normals is set.
-void trimesh_calculatenormals(trimesh* mesh);
+// Face normals, averaged over vertices at exactly the same position. Only when calc_normals is set. 1; 0 when
+// memory was short: the normals are then those of the faces.
+int trimesh_calculatenormals(trimesh* mesh);
 
 // Scales texture set 0 to the part of their GL textures that the diffuse images fill.
 void trimesh_scaletexcoords(trimesh* mesh);
 
-// Position and index of a vertex, as sorted by trimesh_calculatenormals; cmp_vertices orders them by
-// x, y, z for qsort: -1, 0 or 1, a NaN comparing as greater.
+// Position and index of a vertex. cmp_vertices orders them by x, y, z for qsort: -1, 0 or 1, a NaN comparing
+// as greater.
 struct vertex_record {
     float x, y, z;
     uint32_t index;

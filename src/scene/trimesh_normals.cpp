@@ -5,6 +5,9 @@
 #include "scene/trimesh.h"
 
 #include <algorithm>
+#include <bit>
+#include <cmath>
+#include <numeric>
 
 int cmp_vertices(const void* p, const void* q) {
     const auto* a = static_cast<const vertex_record*>(p);
@@ -17,25 +20,68 @@ int cmp_vertices(const void* p, const void* q) {
 
 namespace {
 
-// A whole number that orders floats as their values do, both zeros alike. NaNs get places too: a sort
-// needs a total order, which cmp_vertices is not when there are any.
-uint32_t order_key(float value) {
-    const float positive_zero = value + 0.0f;
-    uint32_t bits = 0;
-    memcpy(&bits, &positive_zero, sizeof(bits));
-    return bits & 0x80000000u ? ~bits : bits | 0x80000000u;
+// Vertices at one position have one hash. Few others share it, however many there are in a real model.
+struct hashed_vertex {
+    uint32_t hash;
+    uint32_t index;
+};
+
+constexpr uint32_t digit_bits = 8; // as many places to write to as a small cache has lines for
+constexpr uint32_t digit_count = 1u << digit_bits;
+constexpr uint32_t hash_digits = 3;
+
+uint32_t hash_position(const float position[3]) {
+    uint64_t hash = 0;
+    for (int i = 0; i < 3; i++) {
+        hash ^= std::bit_cast<uint32_t>(position[i] + 0.0f); // makes both zeros one
+        hash *= 0x9e3779b97f4a7c15u;
+        hash ^= hash >> 32;
+    }
+    return static_cast<uint32_t>(hash) & ((1u << digit_bits * hash_digits) - 1);
 }
 
-bool in_order(const vertex_record& a, const vertex_record& b) {
-    const float* const p[] = {&a.x, &a.y, &a.z};
-    const float* const q[] = {&b.x, &b.y, &b.z};
-    for (int i = 0; i < 3; i++) {
-        const uint32_t key_a = order_key(*p[i]);
-        const uint32_t key_b = order_key(*q[i]);
-        if (key_a != key_b) return key_a < key_b;
+uint32_t digit(uint32_t hash, uint32_t place) {
+    return hash >> place * digit_bits & (digit_count - 1);
+}
+
+// Two arrays of a hash for each vertex, the second for work on the first.
+struct scratch {
+    heap_ptr<hashed_vertex> vertices;
+    heap_ptr<hashed_vertex> spare;
+};
+
+// Fills in the vertices in the order of their hashes, and of their indices within each. Returns how many
+// there are: a vertex that is not even equal to itself is left out.
+size_t sort_by_hash(const trimesh* mesh, scratch* work) {
+    uint32_t starts[hash_digits][digit_count] = {};
+    size_t count = 0;
+    for (uint32_t i = 0; i < static_cast<uint32_t>(mesh->nvertices); i++) {
+        const float* const p = mesh->vertices + size_t{i} * 3;
+        if (std::isnan(p[0]) || std::isnan(p[1]) || std::isnan(p[2])) continue;
+        const uint32_t hash = hash_position(p);
+        work->vertices.get()[count++] = {hash, i};
+        for (uint32_t place = 0; place < hash_digits; place++) {
+            starts[place][digit(hash, place)]++;
+        }
     }
-    // By index within a position: sums are then made in the same order on every machine.
-    return a.index < b.index;
+    for (uint32_t place = 0; place < hash_digits; place++) {
+        std::exclusive_scan(starts[place], starts[place] + digit_count, starts[place], 0u);
+        const hashed_vertex* const from = work->vertices.get();
+        for (size_t i = 0; i < count; i++) {
+            work->spare.get()[starts[place][digit(from[i].hash, place)]++] = from[i];
+        }
+        std::swap(work->vertices, work->spare);
+    }
+    return count;
+}
+
+int compare(const trimesh* mesh, hashed_vertex a, hashed_vertex b) {
+    const auto record = [mesh](uint32_t index) {
+        const float* const p = mesh->vertices + size_t{index} * 3;
+        return vertex_record{p[0], p[1], p[2], index};
+    };
+    const vertex_record p = record(a.index), q = record(b.index);
+    return cmp_vertices(&p, &q);
 }
 
 void face_normals(trimesh* mesh) {
@@ -53,42 +99,86 @@ void face_normals(trimesh* mesh) {
     }
 }
 
-// Gives every vertex of a run at one position the mean direction of their normals.
-void smooth_run(trimesh* mesh, const vertex_record* begin, const vertex_record* end) {
-    float sum[3] = {0.0f, 0.0f, 0.0f};
-    for (const auto* record = begin; record != end; record++) {
-        vec_add(sum, mesh->normals + size_t{record->index} * 3, sum);
+// Calls `visit` with each run of vertices at one position, in the order of their indices.
+template <class Visit>
+void visit_positions(const trimesh* mesh, hashed_vertex* begin, hashed_vertex* end, Visit visit) {
+    while (begin != end) {
+        hashed_vertex* next = begin + 1;
+        bool one_position = true;
+        for (; next != end && next->hash == begin->hash; next++) {
+            one_position &= compare(mesh, *begin, *next) == 0;
+        }
+        if (!one_position) {
+            // Positions made to have one hash must not cost more than any others.
+            std::sort(begin, next, [mesh](hashed_vertex a, hashed_vertex b) {
+                const int order = compare(mesh, a, b);
+                return order != 0 ? order < 0 : a.index < b.index;
+            });
+        }
+        while (begin != next) {
+            hashed_vertex* const first = begin++;
+            while (begin != next && (one_position || compare(mesh, *first, *begin) == 0)) {
+                begin++;
+            }
+            visit(first, begin);
+        }
     }
-    vec_normalize(sum);
-    for (const auto* record = begin; record != end; record++) {
-        memcpy(mesh->normals + size_t{record->index} * 3, sum, sizeof(sum));
+}
+
+// The first of several vertices at a position.
+constexpr uint32_t leads = UINT32_MAX;
+
+// Gives all vertices at a position the mean direction of their normals. `first` has for each vertex the
+// first at its position, itself when it is alone there, or `leads`. Sums are made in the order of indices,
+// so that they are the same on every machine.
+void smooth(trimesh* mesh, const hashed_vertex* first) {
+    static constexpr float zero[3] = {};
+    const auto normal = [mesh](uint32_t vertex) { return mesh->normals + size_t{vertex} * 3; };
+    const auto count = static_cast<uint32_t>(mesh->nvertices);
+    for (uint32_t i = 0; i < count; i++) {
+        const uint32_t f = first[i].index;
+        if (f == leads) {
+            vec_add(zero, normal(i), normal(i));
+        } else if (f != i) {
+            vec_add(normal(f), normal(i), normal(f));
+        }
+    }
+    for (uint32_t i = 0; i < count; i++) {
+        const uint32_t f = first[i].index;
+        if (f == leads) {
+            vec_normalize(normal(i));
+        } else if (f != i) {
+            memcpy(normal(i), normal(f), 3 * sizeof(float));
+        }
     }
 }
 
 } // namespace
 
-void trimesh_calculatenormals(trimesh* mesh) {
-    if (!mesh->calc_normals) return;
+int trimesh_calculatenormals(trimesh* mesh) {
+    if (!mesh->calc_normals) return 1;
     mesh->calc_normals = 0;
-    if (!mesh->use_normals) return;
+    if (!mesh->use_normals) return 1;
     face_normals(mesh);
 
     const auto count = static_cast<size_t>(mesh->nvertices);
-    const heap_ptr<vertex_record> records{heap_array<vertex_record>(count)};
-    if (!records) return; // the face normals stay
-    vertex_record* const end = records.get() + count;
-    for (size_t i = 0; i < count; i++) {
-        const float* const v = mesh->vertices + i * 3;
-        records.get()[i] = {v[0], v[1], v[2], static_cast<uint32_t>(i)};
-    }
-    std::sort(records.get(), end, in_order);
+    scratch work{heap_ptr<hashed_vertex>{heap_array<hashed_vertex>(count)},
+                 heap_ptr<hashed_vertex>{heap_array<hashed_vertex>(count)}};
+    if (!work.vertices || !work.spare) return 0; // the face normals stay
+    const size_t sorted = sort_by_hash(mesh, &work);
 
-    for (vertex_record* run = records.get(); run != end;) {
-        vertex_record* next = run + 1;
-        while (next != end && cmp_vertices(run, next) == 0) {
-            next++;
-        }
-        if (next - run > 1) smooth_run(mesh, run, next);
-        run = next;
+    hashed_vertex* const first = work.spare.get();
+    for (size_t i = 0; i < count; i++) {
+        first[i].index = static_cast<uint32_t>(i);
     }
+    hashed_vertex* const vertices = work.vertices.get();
+    visit_positions(mesh, vertices, vertices + sorted, [first](hashed_vertex* begin, hashed_vertex* end) {
+        if (end - begin < 2) return;
+        first[begin->index].index = leads;
+        for (const hashed_vertex* v = begin + 1; v != end; v++) {
+            first[v->index].index = begin->index;
+        }
+    });
+    smooth(mesh, first);
+    return 1;
 }
