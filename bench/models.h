@@ -2,9 +2,10 @@
 #ifndef BENCH_MODELS_H
 #define BENCH_MODELS_H
 
+#include "measure.h"
 #include "scene/scene.h"
+#include "scene/trimesh.h"
 
-#include <benchmark/benchmark.h>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +13,11 @@
 #include <filesystem>
 #include <map>
 #include <string>
+
+// Squares along an edge of the sheet of so many thousand triangles.
+inline int sheet_side(int64_t kilotriangles) {
+    return static_cast<int>(std::sqrt(static_cast<double>(kilotriangles) * 500));
+}
 
 // Removed at the end.
 class models {
@@ -28,7 +34,7 @@ class models {
         std::string& path = paths[kilotriangles];
         if (!path.empty()) return path;
         path = folder + "/sheet" + std::to_string(kilotriangles) + ".obj";
-        const int n = static_cast<int>(std::sqrt(static_cast<double>(kilotriangles) * 500));
+        const int n = sheet_side(kilotriangles);
         FILE* file = fopen(path.c_str(), "w");
         if (!file) abort();
         for (int i = 0; i < (n + 1) * (n + 1); i++) {
@@ -60,14 +66,14 @@ inline models& all_models() {
     return all;
 }
 
-inline void set_bytes(benchmark::State& state, const std::string& path) {
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(std::filesystem::file_size(path)));
+inline double file_megabytes(const std::string& path) {
+    return static_cast<double>(std::filesystem::file_size(path)) / 1e6;
 }
 
 // A host that opens files by their names.
 using loader = int (*)(scene* s, const char* filename, render_context* context);
 
-inline int load_model(loader load, scene* s, const std::string& path) {
+inline void load_model(loader load, scene* s, const std::string& path) {
     resource_manager resources = {};
     resources.resolve_path = [](resource_manager*, const char* name) { return strdup(name); };
     app_services services = {};
@@ -77,7 +83,30 @@ inline int load_model(loader load, scene* s, const std::string& path) {
     control_record control = {};
     control.app = &app;
     render_context context = {nullptr, &control};
-    return load(s, path.c_str(), &context);
+    if (load(s, path.c_str(), &context)) return;
+    fprintf(stderr, "could not load %s\n", path.c_str());
+    abort();
+}
+
+// Milliseconds that a load takes. What it loaded is released on other time.
+inline double load_time(loader load, const std::string& path) {
+    scene s;
+    const double time = milliseconds([&] { load_model(load, &s, path); });
+    scene_free(&s);
+    return time;
+}
+
+// What the positions, texture coordinates and normals of a sheet's file hold, in MB.
+inline double attribute_megabytes(int64_t kilotriangles) {
+    const double points = sheet_side(kilotriangles) + 1;
+    return points * points * 8 * sizeof(float) / 1e6;
+}
+
+// What the arrays of a loaded model of one mesh hold, in MB.
+inline double array_megabytes(const scene& s) {
+    const auto* mesh = static_cast<const trimesh*>(s.root.nodes[0].node);
+    const int floats = 3 + (mesh->normals ? 3 : 0) + 2 * mesh->use_textures;
+    return (4.0 * floats * mesh->nvertices + 12.0 * mesh->nfaces) / 1e6;
 }
 
 #endif

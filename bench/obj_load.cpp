@@ -1,9 +1,8 @@
-// Loading of OBJ models, beside the loader that a user would otherwise pick, and normals of large meshes.
-// The argument is the number of triangles in thousands; 1000 make a file of about 100 MB.
+// Loading of OBJ models, beside the loader that a user would otherwise pick. "bound" is the memory of the
+// mesh's arrays and of the file's positions, normals and texture coordinates.
 
 #include "loaders/group_obj.h"
 #include "models.h"
-#include "scene/trimesh.h"
 
 #ifdef HAVE_TINYOBJLOADER
 #include <tiny_obj_loader.h>
@@ -11,48 +10,46 @@
 
 namespace {
 
-void obj_load(benchmark::State& state) {
-    const std::string& path = all_models().sheet(state.range(0));
-    for (auto _ : state) {
-        scene s;
-        if (!load_model(group_loadobj, &s, path)) state.SkipWithError("could not load");
-        scene_free(&s);
-    }
-    set_bytes(state, path);
-}
-BENCHMARK(obj_load)->Arg(10)->Arg(1000)->Unit(benchmark::kMillisecond);
-
 #ifdef HAVE_TINYOBJLOADER
-void obj_load_tinyobjloader(benchmark::State& state) {
-    const std::string& path = all_models().sheet(state.range(0));
-    for (auto _ : state) {
-        tinyobj::attrib_t attributes;
-        std::vector<tinyobj::shape_t> shapes;
-        std::vector<tinyobj::material_t> materials;
-        std::string warnings, errors;
-        if (!tinyobj::LoadObj(&attributes, &shapes, &materials, &warnings, &errors, path.c_str())) {
-            state.SkipWithError("could not load");
-        }
-    }
-    set_bytes(state, path);
+constexpr bool has_other = true;
+
+double other_load_time(const std::string& path) {
+    tinyobj::attrib_t attributes;
+    std::vector<tinyobj::shape_t> shapes;
+    std::vector<tinyobj::material_t> materials;
+    std::string warnings, errors;
+    return milliseconds([&] {
+        if (!tinyobj::LoadObj(&attributes, &shapes, &materials, &warnings, &errors, path.c_str())) abort();
+    });
 }
-BENCHMARK(obj_load_tinyobjloader)->Arg(10)->Arg(1000)->Unit(benchmark::kMillisecond);
+#else
+constexpr bool has_other = false;
+
+double other_load_time(const std::string&) {
+    return 0;
+}
 #endif
 
-void normals(benchmark::State& state) {
-    scene s;
-    if (!load_model(group_loadobj, &s, all_models().sheet(state.range(0)))) {
-        state.SkipWithError("could not load");
-        return;
-    }
-    auto* mesh = static_cast<trimesh*>(s.root.nodes[0].node);
-    for (auto _ : state) {
-        mesh->calc_normals = 1;
-        trimesh_calculatenormals(mesh);
-    }
-    state.SetItemsProcessed(state.iterations() * mesh->nvertices);
-    scene_free(&s);
-}
-BENCHMARK(normals)->Arg(10)->Arg(1000)->Unit(benchmark::kMillisecond);
-
 } // namespace
+
+int main() {
+    printf("%9s %9s %9s %13s %7s %9s %9s\n", "triangles", "file MB", "load ms", "tinyobj ms", "ratio",
+           "peak MB", "bound MB");
+    for (const int64_t kilotriangles : {10, 1000}) {
+        const std::string& path = all_models().sheet(kilotriangles);
+        scene s;
+        const double peak = peak_megabytes([&] { load_model(group_loadobj, &s, path); });
+        const auto [load, other] =
+            medians([&] { return load_time(group_loadobj, path); }, [&] { return other_load_time(path); });
+        load_model(group_loadobj, &s, path);
+        const double bound = array_megabytes(s) + attribute_megabytes(kilotriangles);
+        scene_free(&s);
+        printf("%8dk %9.1f %9.2f", static_cast<int>(kilotriangles), file_megabytes(path), load);
+        if (has_other) {
+            printf(" %13.2f %7.2f", other, other / load);
+        } else {
+            printf(" %13s %7s", "-", "-");
+        }
+        printf(" %9.1f %9.1f\n", peak, bound);
+    }
+}

@@ -1,13 +1,10 @@
 // Loading of scene files, beside reading the same bytes once into fresh memory and the OBJ file they were
-// made from. The argument is the number of triangles in thousands; 1000 make files of about 100 MB. peak_MB
-// is the memory that a load had at most, over what it found.
+// made from. "arrays" is the memory of the mesh's arrays.
 
 #include "loaders/group_obj.h"
 #include "loaders/group_qel.h"
 #include "models.h"
 #include "scene/export.h"
-
-#include <fstream>
 
 namespace {
 
@@ -31,69 +28,38 @@ std::string scene_sheet(int64_t kilotriangles) {
     const std::string path = model + ".qel";
     if (std::filesystem::exists(path)) return path;
     scene s;
-    if (!load_model(group_loadobj, &s, model)) abort();
+    load_model(group_loadobj, &s, model);
     write_scene(&s, path);
     scene_free(&s);
     return path;
 }
 
-// A line of the kernel's account of this process, in kB.
-double process_status(const char* field) {
-    std::ifstream status("/proc/self/status");
-    for (std::string word; status >> word;) {
-        double number = 0;
-        if (word == field && status >> number) return number;
-    }
-    return 0;
-}
-
-// Watches the memory of what runs in its life.
-class peak {
-  public:
-    peak() {
-        std::ofstream("/proc/self/clear_refs") << "5"; // the peak starts at what there is
-        before = process_status("VmRSS:");
-    }
-    double megabytes() const { return (process_status("VmHWM:") - before) / 1024; }
-
-  private:
-    double before;
-};
-
-void read_once(benchmark::State& state) {
-    const std::string path = scene_sheet(state.range(0));
+double read_time(const std::string& path) {
     const size_t size = std::filesystem::file_size(path);
-    for (auto _ : state) {
+    return milliseconds([&] {
         FILE* const file = fopen(path.c_str(), "rb");
         void* const bytes = malloc(size);
-        if (!file || !bytes || fread(bytes, 1, size, file) != size) state.SkipWithError("could not read");
-        benchmark::DoNotOptimize(bytes);
-        free(bytes);
+        if (!file || !bytes || fread(bytes, 1, size, file) != size) abort();
         fclose(file);
-    }
-    set_bytes(state, path);
+        free(bytes);
+    });
 }
-BENCHMARK(read_once)->Arg(10)->Arg(1000)->Unit(benchmark::kMillisecond);
-
-void load(benchmark::State& state, loader load_file, const std::string& path) {
-    const peak memory;
-    for (auto _ : state) {
-        scene s;
-        if (!load_model(load_file, &s, path)) state.SkipWithError("could not load");
-        scene_free(&s);
-    }
-    state.counters["peak_MB"] = memory.megabytes();
-    set_bytes(state, path);
-}
-
-void scene_load(benchmark::State& state) {
-    load(state, group_loadqel, scene_sheet(state.range(0)));
-}
-BENCHMARK(scene_load)->Arg(10)->Arg(1000)->Unit(benchmark::kMillisecond);
-
-void obj_load(benchmark::State& state) {
-    load(state, group_loadobj, all_models().sheet(state.range(0)));
-}
-BENCHMARK(obj_load)->Arg(10)->Arg(1000)->Unit(benchmark::kMillisecond);
 
 } // namespace
+
+int main() {
+    printf("%9s %9s %9s %9s %9s %9s %9s %9s %9s\n", "triangles", "file MB", "read ms", "load ms", "load/read",
+           "obj ms", "obj/load", "peak MB", "arrays MB");
+    for (const int64_t kilotriangles : {10, 1000}) {
+        const std::string path = scene_sheet(kilotriangles);
+        const auto [read, load, obj] =
+            medians([&] { return read_time(path); }, [&] { return load_time(group_loadqel, path); },
+                    [&] { return load_time(group_loadobj, all_models().sheet(kilotriangles)); });
+        scene s;
+        const double peak = peak_megabytes([&] { load_model(group_loadqel, &s, path); });
+        load_model(group_loadqel, &s, path);
+        printf("%8dk %9.1f %9.2f %9.2f %9.2f %9.2f %9.2f %9.1f %9.1f\n", static_cast<int>(kilotriangles),
+               file_megabytes(path), read, load, load / read, obj, obj / load, peak, array_megabytes(s));
+        scene_free(&s);
+    }
+}
