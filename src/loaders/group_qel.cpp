@@ -9,6 +9,7 @@
 #include "scene/material.h"
 #include "scene/trimesh.h"
 
+#include <algorithm>
 #include <cstdio>
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "vertex data is copied as it is in the file");
@@ -171,11 +172,11 @@ bool check_indices(const QELF_TriangleMesh* from) {
     return false;
 }
 
-// Hands an array over to `set` and gives the file's copy back at once: large scenes are held once and a bit.
-template <class Set> void take(IFF_RawChunk* from, Set set) {
-    if (!from || !from->data) return;
-    set(from->data, static_cast<size_t>(from->chunk.chunkSize));
-    IFF_freeRawChunk(from);
+// Moves an array of the file into the mesh, in the place of its own: large scenes are held only once.
+template <class T> void move_array(IFF_RawChunk* from, T*& to) {
+    if (!from || !from->data) return; // nothing in it
+    free(to);
+    to = static_cast<T*>(static_cast<void*>(from->data));
     from->data = nullptr;
     from->chunk.chunkSize = 0;
 }
@@ -185,18 +186,19 @@ void fill_mesh(trimesh* mesh, QELF_TriangleMesh* from, const scene* s) {
     for (uint32_t i = 0; i < from->nmaterials; i++) {
         if (!add_material(mesh, from->materials[i], s)) break;
     }
+    move_array(from->vertexData, mesh->vertices);
+    move_array(from->normalData, mesh->normals);
+    move_array(from->tangentData, mesh->tangents);
+    move_array(from->binormalData, mesh->binormals);
+    for (int32_t set = 0; set < from->use_textures; set++) {
+        move_array(from->texcoordData[set], mesh->texcoords[set]);
+    }
+    move_array(from->indexData, mesh->indices);
     mesh->nvertices = from->nvertices;
     mesh->nfaces = from->nfaces;
-    take(from->vertexData, [mesh](const void* data, size_t size) { memcpy(mesh->vertices, data, size); });
-    take(from->normalData, [mesh](const void* data, size_t size) { trimesh_setnormals(mesh, data, size); });
-    take(from->tangentData, [mesh](const void* data, size_t size) { trimesh_settangents(mesh, data, size); });
-    take(from->binormalData,
-         [mesh](const void* data, size_t size) { trimesh_setbinormals(mesh, data, size); });
-    for (int32_t set = 0; set < from->use_textures; set++) {
-        take(from->texcoordData[set],
-             [mesh, set](const void* data, size_t size) { trimesh_settexcoordsn(mesh, set, data, size); });
-    }
-    take(from->indexData, [mesh](const void* data, size_t size) { memcpy(mesh->indices, data, size); });
+    mesh->vertex_capacity = std::max(from->nvertices, mesh->vertex_capacity);
+    mesh->face_capacity = std::max(from->nfaces, mesh->face_capacity);
+    mesh->calc_normals = !from->use_normals;
 }
 
 // What happened to a node: skipped for want of memory, or no good at all.
@@ -235,8 +237,9 @@ outcome add_mesh(group* target, QELF_TriangleMesh* from, const scene* s) {
     if (!check_indices(from)) return outcome::refused;
     auto* const mesh = heap_array<trimesh>(1);
     if (!mesh) return outcome::skipped;
-    if (!trimesh_create(mesh, "mesh", from->nvertices, from->nfaces, static_cast<int32_t>(from->nmaterials),
-                        from->use_normals, from->use_textures, from->use_tangents, from->use_binormals)) {
+    // Without room for vertices and faces: the arrays come from the file.
+    if (!trimesh_create(mesh, "mesh", 0, 0, static_cast<int32_t>(from->nmaterials), from->use_normals,
+                        from->use_textures, from->use_tangents, from->use_binormals)) {
         trimesh_free(mesh);
         free(mesh);
         return outcome::skipped;

@@ -10,8 +10,8 @@ struct material_segment {
     int32_t startIndex;   // face
 };
 
-// Each array keeps room for one element more than it holds. Once trimesh_load has put the mesh into
-// buffer objects, the arrays that went there are released and null.
+// Pushing keeps room for one element more in each array; a mesh may come with full ones. Once trimesh_load
+// has put the mesh into buffer objects, the arrays that went there are released and null.
 struct trimesh {
     char* name;
     float transform[16];
