@@ -26,7 +26,7 @@ template <class T> T entry(const char* name) {
 gl_context* gl_context::get() {
     static gl_context* context = [] {
         auto* made = new gl_context;
-        if (made->create()) return made;
+        if (made->open_display() && made->create()) return made;
         fprintf(stderr, "no OpenGL ES 2.0 context: EGL error 0x%x\n", eglGetError());
         delete made;
         return static_cast<gl_context*>(nullptr);
@@ -34,18 +34,20 @@ gl_context* gl_context::get() {
     return context;
 }
 
-bool gl_context::create() {
+bool gl_context::open_display() {
     const auto get_display = entry<PFNEGLGETPLATFORMDISPLAYEXTPROC>("eglGetPlatformDisplayEXT");
     if (!get_display) return false;
-    EGLDisplay display = get_display(EGL_PLATFORM_SURFACELESS_MESA, nullptr, nullptr);
-    if (!eglInitialize(display, nullptr, nullptr) || !eglBindAPI(EGL_OPENGL_ES_API)) return false;
+    display_ = get_display(EGL_PLATFORM_SURFACELESS_MESA, nullptr, nullptr);
+    if (!eglInitialize(display_, nullptr, nullptr) || !eglBindAPI(EGL_OPENGL_ES_API)) return false;
     const EGLint config_wish[] = {EGL_RENDERABLE_TYPE, EGL_OPENGL_ES2_BIT, EGL_SURFACE_TYPE, 0, EGL_NONE};
-    EGLConfig config;
     EGLint count = 0;
-    if (!eglChooseConfig(display, config_wish, &config, 1, &count) || count < 1) return false;
+    return eglChooseConfig(display_, config_wish, &config_, 1, &count) && count == 1;
+}
+
+bool gl_context::create() {
     const EGLint version[] = {EGL_CONTEXT_CLIENT_VERSION, 2, EGL_NONE};
-    EGLContext context = eglCreateContext(display, config, EGL_NO_CONTEXT, version);
-    if (!context || !eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, context)) return false;
+    context_ = eglCreateContext(display_, config_, EGL_NO_CONTEXT, version);
+    if (!context_ || !eglMakeCurrent(display_, EGL_NO_SURFACE, EGL_NO_SURFACE, context_)) return false;
 
     renderer_ = reinterpret_cast<const char*>(glGetString(GL_RENDERER));
     const auto set_callback = entry<PFNGLDEBUGMESSAGECALLBACKKHRPROC>("glDebugMessageCallbackKHR");
@@ -57,6 +59,11 @@ bool gl_context::create() {
     glGenRenderbuffers(1, &colour_);
     glGenRenderbuffers(1, &depth_);
     return true;
+}
+
+bool gl_context::replace() {
+    return eglMakeCurrent(display_, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT) &&
+           eglDestroyContext(display_, context_) && create();
 }
 
 bool gl_context::begin(int width, int height, rgba background) {

@@ -8,12 +8,15 @@
 
 namespace pictures {
 
-// One for the process, made on first use and current from then on. It is never taken down: ending the
-// display unloads the driver, whose memory the leak checker could then no longer attribute.
+// One for the process, made on first use and current from then on. The display is never taken down: that
+// unloads the driver, whose memory the leak checker could then no longer attribute.
 class gl_context {
   public:
     // Null when there is no context to be had; `why` of the log says so once.
     static gl_context* get();
+
+    // Destroys the context with all its objects and makes a new one, in which names start over.
+    bool replace();
 
     // Binds a framebuffer of this size, sets the viewport to all of it and fills it with a colour. The
     // depth buffer is left full of nearest values, so that who draws must clear it.
@@ -29,8 +32,10 @@ class gl_context {
 
   private:
     gl_context() = default;
+    bool open_display();
     bool create();
 
+    void *display_ = nullptr, *config_ = nullptr, *context_ = nullptr; // EGL's
     unsigned framebuffer_ = 0, colour_ = 0, depth_ = 0;
     int width_ = 0, height_ = 0;
     std::string renderer_;

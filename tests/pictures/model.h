@@ -60,4 +60,8 @@ void add_quad(model& m, vec3 centre, double half_width, double half_height, vec2
 // out of the library. False when a file cannot be written.
 bool model_write(const model& m, const std::string& folder);
 
+// Writes a scene file: one group named "part" with a mesh and a directional light, "lamp". Textures are
+// expected beside it. Every face has a material and every corner a normal; without faces the group is empty.
+bool model_write_qel(const model& m, const std::string& file);
+
 } // namespace pictures

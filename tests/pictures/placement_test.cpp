@@ -1,8 +1,6 @@
 // Camera, model placement, clip planes and culling against the formulas.
 #include "stage.h"
 
-#include <filesystem>
-
 namespace pictures {
 namespace {
 
@@ -68,11 +66,7 @@ TEST_F(placement, survives_new_values_between_frames) {
     add_sphere(players[1].shown.content, {0.2, 0, 0}, 1, 12, 6, false);
     for (player& p : players) {
         const std::string name = "model" + std::to_string(&p - players);
-        ASSERT_TRUE(std::filesystem::create_directory(folder_ + "/" + name));
-        ASSERT_TRUE(model_write(p.shown.content, folder_ + "/" + name));
-        p.control = kora_control_create(app_, name.c_str(), "model3d", 0, 0, p.shown.width, p.shown.height);
-        ASSERT_TRUE(p.control) << kora_app_error(app_);
-        ASSERT_TRUE(kora_control_set(p.control, "filename", (name + "/model.obj").c_str()));
+        p.control = open(p.shown, write(p.shown.content, name), name.c_str());
     }
     static const char* const steps[][2] = {
         {"", "shading_model=flat"},
@@ -80,33 +74,18 @@ TEST_F(placement, survives_new_values_between_frames) {
         {"shading_model=flat model_orientation_psi=30", "shading_model=blinn-phong"},
         {"shading_model=blinn-phong light_internal_azimuth=10 alpha=200", "control_lightness=0.5"},
         {"camera_mode=legacy azimuth=5 culling_mode=back", "camera_position_z=5"},
-        {"presleep", ""}, // everything on the GPU goes, and comes back with the next frame
     };
     int number = 0;
     for (const auto& step : steps) {
-        const bool asleep = step[0] == std::string("presleep");
-        if (asleep) kora_app_presleep(app_);
         for (player& p : players) {
-            if (!asleep) attributes_set(p.shown, step[&p - players]);
+            attributes_set(p.shown, step[&p - players]);
             for (const auto& [name, value] : p.shown.attributes)
                 ASSERT_TRUE(kora_control_set(p.control, name.c_str(), value.c_str())) << kora_app_error(app_);
-            ASSERT_TRUE(gl_->begin(p.shown.width, p.shown.height, p.shown.background));
-            kora_control_render(p.control);
-            compare(reference_render(p.shown), gl_->read(), "frame" + std::to_string(number++));
+            compare(reference_render(p.shown), frame(p.shown, p.control), "frame" + std::to_string(number++));
         }
     }
     for (player& p : players)
         kora_control_destroy(p.control);
-}
-
-// The same meshes from client memory.
-class placement_without_buffers : public stage {
-  protected:
-    placement_without_buffers() { options_ = "novbo"; }
-};
-
-TEST_F(placement_without_buffers, draws_the_same) {
-    check_models(lit_scene(landmark()), "landmark", "azimuth=5");
 }
 
 } // namespace

@@ -18,12 +18,18 @@ void stage::SetUp() {
 
     kora_log_set_callback(
         [](int level, const char* text, void* user) {
-            if (level <= 1) static_cast<stage*>(user)->complaints_.push_back(text);
+            auto* told = static_cast<stage*>(user);
+            (level <= 1 ? told->complaints_ : told->notices_).push_back(text);
         },
         this);
+    start(nullptr);
+}
+
+void stage::start(const char* options) {
+    if (app_) kora_app_destroy(app_);
     app_ = kora_app_create();
     ASSERT_TRUE(app_);
-    ASSERT_TRUE(kora_app_load_plugin(app_, PICTURES_PLUGIN, options_)) << kora_app_error(app_);
+    ASSERT_TRUE(kora_app_load_plugin(app_, PICTURES_PLUGIN, options)) << kora_app_error(app_);
     ASSERT_TRUE(kora_app_add_resource_root(app_, folder_.c_str())) << kora_app_error(app_);
     kora_app_set_missing_callback(
         app_,
@@ -35,6 +41,7 @@ void stage::SetUp() {
 
 void stage::TearDown() {
     if (app_) kora_app_destroy(app_);
+    app_ = nullptr;
     kora_log_set_callback(nullptr, nullptr);
     if (gl_) {
         EXPECT_EQ(gl_->take_errors(), std::vector<std::string>{});
@@ -43,26 +50,42 @@ void stage::TearDown() {
     EXPECT_EQ(missing_, std::vector<std::string>{});
 }
 
+std::string stage::write(const model& m, const std::string& label, const std::string& file) {
+    const std::string folder = folder_ + "/" + label;
+    std::filesystem::create_directories(folder);
+    EXPECT_TRUE(model_write(m, folder));
+    if (file.ends_with(".qel")) {
+        EXPECT_TRUE(model_write_qel(m, folder + "/" + file));
+    }
+    return label + "/" + file;
+}
+
+kora_control* stage::open(const scene& s, const std::string& file, const char* name) {
+    kora_app_set_npot_mode(app_, s.npot);
+    const kor_rect& r = s.control;
+    kora_control* control = kora_control_create(app_, name, "model3d", r.x1, r.y1, r.x2 - r.x1, r.y2 - r.y1);
+    EXPECT_TRUE(control) << kora_app_error(app_);
+    if (!control) return nullptr;
+    EXPECT_TRUE(kora_control_set(control, "filename", file.c_str())) << kora_app_error(app_);
+    for (const auto& [attribute, value] : s.attributes)
+        EXPECT_TRUE(kora_control_set(control, attribute.c_str(), value.c_str())) << kora_app_error(app_);
+    return control;
+}
+
+image stage::frame(const scene& s, kora_control* control) {
+    EXPECT_TRUE(gl_->begin(s.width, s.height, s.background));
+    kora_app_set_target(app_, &s.target);
+    if (control) kora_control_render(control);
+    return gl_->read();
+}
+
 image stage::draw(const scene& s, const std::string& label) {
-    std::filesystem::create_directories(folder_ + "/" + label);
-    EXPECT_TRUE(model_write(s.content, folder_ + "/" + label));
-    return draw_file(s, label + "/model.obj");
+    return draw_file(s, write(s.content, label));
 }
 
 image stage::draw_file(const scene& s, const std::string& file) {
-    EXPECT_TRUE(gl_->begin(s.width, s.height, s.background));
-    kora_app_set_target(app_, &s.target);
-    kora_app_set_npot_mode(app_, s.npot);
-    const kor_rect& r = s.control;
-    kora_control* control =
-        kora_control_create(app_, nullptr, "model3d", r.x1, r.y1, r.x2 - r.x1, r.y2 - r.y1);
-    EXPECT_TRUE(control) << kora_app_error(app_);
-    if (!control) return {};
-    EXPECT_TRUE(kora_control_set(control, "filename", file.c_str())) << kora_app_error(app_);
-    for (const auto& [name, value] : s.attributes)
-        EXPECT_TRUE(kora_control_set(control, name.c_str(), value.c_str())) << kora_app_error(app_);
-    kora_control_render(control);
-    image picture = gl_->read();
+    kora_control* control = open(s, file);
+    image picture = frame(s, control);
     kora_control_destroy(control);
     return picture;
 }
@@ -112,6 +135,22 @@ void stage::compare(const image& expected, const image& actual, const std::strin
         ADD_FAILURE() << report.str();
 }
 
+bool same(const image& a, const image& b) {
+    return a.width == b.width && a.height == b.height && a.pixels == b.pixels;
+}
+
+model boxes() {
+    model m;
+    add_material(m, {0.4, 0.4, 0.4}, {0.9, 0.8, 0.7}, {0.3, 0.3, 0.3}, 15, 1, "chart.tga");
+    image& chart = m.textures["chart.tga"] = image(4, 4, {240, 240, 30, 255});
+    for (int i = 0; i < 3; ++i)
+        chart.at(i, i / 2) = {20, static_cast<uint8_t>(60 * i), 200, 255};
+    add_box(m, {-0.5, 0.1, 0.3}, {0.5, 0.6, 0.4}, true);
+    add_material(m, {0.1, 0.3, 0.1}, {0.3, 0.8, 0.4}, {0.5, 0.5, 0.5}, 20, 0.8);
+    add_box(m, {0.6, -0.2, -0.3}, {0.5, 0.5, 0.5}, true);
+    return m;
+}
+
 model landmark() {
     model m;
     add_material(m, {0.3, 0, 0}, {0.8, 0.2, 0.1}, {0.2, 0.2, 0.2}, 10);
@@ -140,6 +179,13 @@ scene lit_scene(model content) {
     attributes_set(s, "camera_position_z=4 camera_field_of_view=45 light_internal_azimuth=-50 "
                       "light_internal_elevation=40 light_internal_intensity=0.9 control_ambient=0.6 "
                       "control_lightness=0.9");
+    return s;
+}
+
+scene small_scene(model content) {
+    scene s = lit_scene(std::move(content));
+    s.width = s.height = 64;
+    s.control = {0, 0, 64, 64};
     return s;
 }
 

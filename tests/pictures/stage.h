@@ -24,9 +24,19 @@ class stage : public ::testing::Test {
     void SetUp() override;
     void TearDown() override;
 
-    // Draws with the plug-in. `label` is unique within the test and names the folder of the model's files.
+    // Hosts the plug-in anew, with options that may be null.
+    void start(const char* options);
+
+    // Writes a model into a folder of its own and returns the file's name: that of a scene file where `file`
+    // ends in .qel.
+    std::string write(const model& m, const std::string& label, const std::string& file = "model.obj");
+
+    // A control that shows a file, with the scene's attributes; and a frame of it.
+    kora_control* open(const scene& s, const std::string& file, const char* name = nullptr);
+    image frame(const scene& s, kora_control* control);
+
+    // All that for one frame. `label` is unique within the test.
     image draw(const scene& s, const std::string& label);
-    // Draws a model from a file.
     image draw_file(const scene& s, const std::string& file);
 
     // Draws a scene and compares with the reference renderer's picture. Attributes in `changes`, written
@@ -41,20 +51,29 @@ class stage : public ::testing::Test {
     // in the environment every comparison does.
     void compare(const image& expected, const image& actual, const std::string& label, limits allowed = {});
 
-    const char* options_ = nullptr; // for the plug-in; a derived fixture may set them when it is made
     gl_context* gl_ = nullptr;
     kora_app* app_ = nullptr;
     std::string folder_;                  // scratch folder of this test, with the failure pictures
     std::vector<std::string> complaints_; // warnings and failures that the host's log was told
+    std::vector<std::string> notices_;    // what else it was told
     std::vector<std::string> missing_;    // paths of resources that were asked for and not found
 };
 
 // Sets attributes from "name=value name=value".
 void attributes_set(scene& s, const std::string& changes);
 
+// Bit for bit.
+bool same(const image& a, const image& b);
+
 // A row of quads, boxes and a prism in different colours around the origin, radius about 1.5, that looks
 // different from every side; a yellow quad at the top faces away from +z.
 model landmark();
+
+// A textured box in front of a bare one, all in the middle of the view.
+model boxes();
+
+// 64 by 64 pixels of such a scene.
+scene small_scene(model content);
 
 // `content` seen from z = 4 with a field of view of 45 degrees under a slanting light, Gouraud shaded.
 scene lit_scene(model content);

@@ -2,6 +2,7 @@
 #include "stage.h"
 
 #include <GLES2/gl2.h>
+#include <gtest/gtest-spi.h>
 
 namespace pictures {
 namespace {
@@ -68,7 +69,9 @@ TEST_F(target, checks_are_awake) {
             wrong.at(x, y).a = static_cast<uint8_t>(wrong.at(x, y).a ^ 8);
     EXPECT_GT(image_compare(picture, wrong, limits{}.tolerance).fraction, limits{}.fraction);
     glEnable(0xBAD);
-    EXPECT_EQ(gl_->take_errors().size(), 1u);
+    while (glGetError() != GL_NO_ERROR) {
+    } // the watch does not depend on it
+    EXPECT_NONFATAL_FAILURE(stage::TearDown(), "GL_INVALID_ENUM");
 }
 
 } // namespace

@@ -1,0 +1,21 @@
+// What an OpenGL ES 2.0 context can be asked about itself.
+#pragma once
+
+#include <array>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace pictures {
+
+// By name; of a vertex attribute "ENABLED[2]", of a texture unit "BINDING_2D[2]", of a texture
+// "WRAP_S(name)".
+using gl_state = std::map<std::string, std::vector<double>>;
+
+// Everything but contents. The parameters are those of the given textures (GL_TEXTURE_2D). Changes nothing.
+gl_state gl_state_read(const std::vector<unsigned>& textures);
+
+// How many buffers, textures, shaders and programs there are.
+std::array<int, 4> gl_count_objects();
+
+} // namespace pictures
