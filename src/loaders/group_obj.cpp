@@ -293,6 +293,7 @@ bool read_model(obj_loader* loader, line_reader* reader) {
     flarray_free(&loader->texcoords);
     flarray_free(&loader->normals);
     flarray_free(&loader->positions);
+    trimesh_trim(loader->mesh);
     return ok;
 }
 

@@ -28,16 +28,20 @@ int32_t roomy(int32_t request) {
 float* trimesh::*const vertex_arrays[] = {&trimesh::vertices, &trimesh::normals, &trimesh::tangents,
                                           &trimesh::binormals};
 
-// Keeps contents and capacity when any array fails; those already grown are merely larger.
-bool grow_vertices(trimesh* mesh) {
-    const int32_t capacity = doubled(mesh->vertex_capacity);
-    if (capacity == 0) return false;
+// Keeps contents when any array fails; those already resized keep their new sizes.
+bool resize_vertices(trimesh* mesh, int32_t capacity) {
     for (const auto array : vertex_arrays) {
         if (mesh->*array && !resize_tuples(mesh->*array, capacity, per_position)) return false;
     }
     for (int32_t set = 0; set < mesh->use_textures; set++) {
         if (!resize_tuples(mesh->texcoords[set], capacity, per_texcoord)) return false;
     }
+    return true;
+}
+
+bool grow_vertices(trimesh* mesh) {
+    const int32_t capacity = doubled(mesh->vertex_capacity);
+    if (capacity == 0 || !resize_vertices(mesh, capacity)) return false;
     mesh->vertex_capacity = capacity;
     return true;
 }
@@ -164,6 +168,14 @@ void trimesh_setbinormals(trimesh* mesh, const void* data, size_t size) {
 
 void trimesh_settexcoordsn(trimesh* mesh, int32_t set, const void* data, size_t size) {
     memcpy(mesh->texcoords[set], data, size);
+}
+
+void trimesh_trim(trimesh* mesh) {
+    // An array that cannot be shrunk is merely larger than it need be.
+    mesh->vertex_capacity = std::min(roomy(mesh->nvertices), mesh->vertex_capacity);
+    resize_vertices(mesh, mesh->vertex_capacity);
+    mesh->face_capacity = std::min(roomy(mesh->nfaces), mesh->face_capacity);
+    resize_tuples(mesh->indices, mesh->face_capacity, per_position);
 }
 
 int32_t trimesh_segment_end(const trimesh* mesh, int32_t i) {

@@ -50,6 +50,9 @@ int trimesh_pushface(trimesh* mesh, uint32_t a, uint32_t b, uint32_t c);
 int trimesh_pushmaterial(trimesh* mesh, material* m);
 int trimesh_pushmaterialsegment(trimesh* mesh, material* m, int32_t start_index);
 
+// Gives back the room that growing by doubling has left, but for one vertex and one face.
+void trimesh_trim(trimesh* mesh);
+
 // Set one vertex. trimesh_setnormal also clears calc_normals. Attributes the mesh lacks are ignored.
 void trimesh_setnormal(trimesh* mesh, int32_t vertex, float x, float y, float z);
 void trimesh_settangent(trimesh* mesh, int32_t vertex, float x, float y, float z);

@@ -47,7 +47,7 @@ material* textured(float scale_u, float scale_v) {
 
 } // namespace
 
-TEST(trimesh, arrays_grow_when_they_are_full_and_keep_what_they_hold) {
+TEST(trimesh, arrays_grow_when_they_are_full_and_shrink_to_what_they_hold) {
     mesh_fixture empty;
     EXPECT_EQ(empty.vertex_capacity, 1);
     EXPECT_EQ(empty.face_capacity, 1);
@@ -63,6 +63,9 @@ TEST(trimesh, arrays_grow_when_they_are_full_and_keep_what_they_hold) {
         EXPECT_EQ(mesh.vertex_capacity, i < 4 ? 5 : i < 9 ? 10 : 20);
         EXPECT_EQ(mesh.face_capacity, i < 2 ? 3 : i < 5 ? 6 : 12);
     }
+    trimesh_trim(&mesh);
+    EXPECT_EQ(mesh.vertex_capacity, 12);
+    EXPECT_EQ(mesh.face_capacity, 12);
     for (int i = 0; i < 11; i++) {
         EXPECT_EQ(mesh.vertices[i * 3], static_cast<float>(i));
         EXPECT_EQ(mesh.texcoords[0][i * 2], 0.0f);
