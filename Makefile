@@ -11,7 +11,7 @@ all: build
 
 help:
 	@echo 'make demo          build, and render the sample models into demo/'
-	@echo 'make test          build, and run all tests, natively and with sanitizers'
+	@echo 'make test          build, run all tests, natively and with sanitizers, and fuzz for some seconds'
 	@echo 'make test-targets  the same for i386 and ARMv7'
 	@echo 'make               build into build/release'
 	@echo 'make lint          clang-tidy over all sources'
@@ -51,6 +51,7 @@ demo: deps
 test: deps
 	@scripts/format.sh --check
 	@set -e; for preset in $(NATIVE); do $(MAKE) --no-print-directory test-$$preset; done
+	@$(MAKE) --no-print-directory fuzz FUZZ_SECONDS=4
 
 test-targets: deps-targets
 	@set -e; for preset in $(TARGETS); do $(MAKE) --no-print-directory test-$$preset; done

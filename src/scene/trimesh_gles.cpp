@@ -15,6 +15,8 @@
 
 namespace {
 
+constexpr GLuint attribute_count = 3; // position, normal, texture coordinate
+
 struct vertex_layout {
     int floats; // in a record
     int texcoord_offset;
@@ -68,12 +70,13 @@ bool draws_32bit_indices() {
     return strstr(extensions, "OES_element_index_uint") != nullptr;
 }
 
-void pack_for_draw_arrays(trimesh* mesh, int floats) {
+void pack_for_draw_arrays(trimesh* mesh, int floats, render_context* context) {
     kora_app_log(nullptr, 2, "model3d: no support for OES_element_index_uint, falling back to draw arrays");
     const size_t corners = static_cast<size_t>(mesh->nfaces) * 3;
     float* const packed = allocate_records(corners, floats);
     if (!packed) {
         kora_app_log(nullptr, 0, "error: could not allocate memory for draw arrays");
+        load_incomplete(context);
         return;
     }
     for (size_t j = 0; j < corners; j++) {
@@ -131,6 +134,14 @@ void upload_buffers(trimesh* mesh, int floats) {
     release_sources(mesh);
 }
 
+// What a mesh lacks must not come from wherever the host or another mesh last pointed.
+void disable_absent(const trimesh* mesh, const vertex_layout& layout) {
+    const GLuint last = mesh->use_textures ? layout.texcoord_attribute : layout.texcoord_attribute - 1;
+    for (GLuint attribute = last + 1; attribute < attribute_count; attribute++) {
+        glDisableVertexAttribArray(attribute);
+    }
+}
+
 void set_attribute(GLuint attribute, GLint components, GLsizei stride, const void* data) {
     glVertexAttribPointer(attribute, components, GL_FLOAT, GL_FALSE, stride, data);
     glEnableVertexAttribArray(attribute);
@@ -151,6 +162,7 @@ void set_interleaved(const trimesh* mesh, const vertex_layout& layout, const flo
 // Sets up the attributes; returns what face indices are counted from.
 const void* set_attributes(const trimesh* mesh) {
     const vertex_layout layout = layout_of(mesh);
+    disable_absent(mesh, layout);
     if (has_buffers(mesh)) {
         model3d_diag_log(nullptr, 9, "rendering using vbos: %d, %d", static_cast<int>(mesh->vbos[0]),
                          static_cast<int>(mesh->vbos[1]));
@@ -226,7 +238,7 @@ void trimesh_load(void* node, int use_vbos, render_context* context) {
 
     const int floats = layout_of(mesh).floats;
     if (!draws_32bit_indices()) {
-        pack_for_draw_arrays(mesh, floats);
+        pack_for_draw_arrays(mesh, floats, context);
     } else if (use_vbos) {
         upload_buffers(mesh, floats);
     }
@@ -252,6 +264,10 @@ void trimesh_render(void* node, draw_callback callback, const float parent[16], 
         for (int32_t i = 0; i < mesh->nmaterials; i++) {
             render_segment(mesh, i, callback, combined, user, index_base);
         }
+    }
+    // The arrays go with the model: a draw call of the host's must not find them enabled.
+    for (GLuint attribute = 0; attribute < attribute_count; attribute++) {
+        glDisableVertexAttribArray(attribute);
     }
     glBindBuffer(GL_ARRAY_BUFFER, 0);
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);

@@ -62,6 +62,7 @@ struct gl_draw {
     GLsizei count;
     bool client_memory;
     std::array<gl_attribute, 3> attributes;
+    std::vector<gl_uniform> uniforms;
     std::vector<std::array<float, 8>> corners; // position, normal, texture coordinate; 0 where disabled
 };
 

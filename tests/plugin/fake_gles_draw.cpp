@@ -34,7 +34,16 @@ void fetch_corner(gl_draw& draw, uint32_t vertex) {
 gl_draw begin_draw(bool elements, GLint first, GLsizei count) {
     const gl_state& s = gl();
     if (!s.programs.contains(s.program)) fault("a draw call without a program");
-    return {s.program, s.texture, elements, first, count, !s.array_buffer, s.attributes, {}};
+    const auto program = s.programs.find(s.program);
+    return {s.program,
+            s.texture,
+            elements,
+            first,
+            count,
+            !s.array_buffer,
+            s.attributes,
+            program == s.programs.end() ? std::vector<gl_uniform>{} : program->second.uniforms,
+            {}};
 }
 
 } // namespace
@@ -72,6 +81,11 @@ DRIVER void glBufferData(GLenum target, GLsizeiptr size, const void* data, GLenu
 DRIVER void glEnableVertexAttribArray(GLuint index) {
     record(channel::lookup, "glEnableVertexAttribArray %u", index);
     gl().attributes.at(index).enabled = true;
+}
+
+DRIVER void glDisableVertexAttribArray(GLuint index) {
+    record(channel::lookup, "glDisableVertexAttribArray %u", index);
+    gl().attributes.at(index).enabled = false;
 }
 
 DRIVER void glVertexAttribPointer(GLuint index, GLint size, GLenum type, GLboolean normalized, GLsizei stride,

@@ -169,7 +169,7 @@ char* resolve_path(resource_manager* self, const char* name) {
     check_service(self, resources, "resolve path");
     record(channel::host, "resolve_path \"%s\"", name);
     if (host().unresolved.contains(name)) return nullptr;
-    return strdup((name[0] == '/' ? std::string(name) : host().root + "/" + name).c_str());
+    return host().copy((name[0] == '/' ? std::string(name) : host().root + "/" + name).c_str());
 }
 
 int describe_image(graphics_manager* self, void* object, int one, image_info* info, size_t size) {
