@@ -134,6 +134,11 @@ void upload_buffers(trimesh* mesh, int floats) {
     release_sources(mesh);
 }
 
+void unbind_buffers() {
+    glBindBuffer(GL_ARRAY_BUFFER, 0);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+}
+
 // What a mesh lacks must not come from wherever the host or another mesh last pointed.
 void disable_absent(const trimesh* mesh, const vertex_layout& layout) {
     const GLuint last = mesh->use_textures ? layout.texcoord_attribute : layout.texcoord_attribute - 1;
@@ -171,6 +176,8 @@ const void* set_attributes(const trimesh* mesh) {
         glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, mesh->vbos[1]);
         return nullptr;
     }
+    // A buffer that the host, or the upload of another mesh, left bound would turn pointers into offsets.
+    unbind_buffers();
     if (mesh->indices) {
         model3d_diag_log(nullptr, 9, "rendering with direct elements");
         set_attribute(0, 3, 0, mesh->vertices);
@@ -233,7 +240,7 @@ void trimesh_load(void* node, int use_vbos, render_context* context) {
     for (int32_t i = 0; i < mesh->nmaterials; i++) {
         if (mesh->materials[i].material) material_load(mesh->materials[i].material, context);
     }
-    trimesh_calculatenormals(mesh);
+    if (!trimesh_calculatenormals(mesh)) load_incomplete(context);
     trimesh_scaletexcoords(mesh);
 
     const int floats = layout_of(mesh).floats;
@@ -269,8 +276,7 @@ void trimesh_render(void* node, draw_callback callback, const float parent[16], 
     for (GLuint attribute = 0; attribute < attribute_count; attribute++) {
         glDisableVertexAttribArray(attribute);
     }
-    glBindBuffer(GL_ARRAY_BUFFER, 0);
-    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+    unbind_buffers();
 }
 
 void trimesh_delete(trimesh* mesh) {

@@ -64,7 +64,7 @@ TEST_F(hosts, may_lack_anything_for_a_while) {
         shown.render();
         expect_lines(recorded().log(0, 4), {});
         ASSERT_EQ(gl().draws.size(), 3u);
-        EXPECT_EQ(gl().draws[0].corners[1][7], 1.0f);
+        EXPECT_EQ(gl().draws[0].corners[1][6], 1.0f);
         const gl_program& program = gl().programs.at(gl().draws[0].program);
         const auto sent = [](const gl_uniform& u) {
             return u.sends > 0 || u.name.starts_with("light_params[");
