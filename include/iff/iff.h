@@ -117,7 +117,7 @@ MODEL3D_API IFF_Chunk* IFF_readFd(FILE* file, const IFF_FormExtension* formExten
                                   unsigned int formExtensionsLength);
 
 /* Writes the stored sizes: call IFF_updateChunkSizes after changes. Data that cannot be flushed when the file
- * is closed fails IFF_write; IFF_writeFd leaves flushing to the caller. */
+ * is closed fails IFF_write, which then leaves no file; IFF_writeFd leaves flushing to the caller. */
 MODEL3D_API int IFF_write(const char* filename, const IFF_Chunk* chunk,
                           const IFF_FormExtension* formExtensions, unsigned int formExtensionsLength);
 MODEL3D_API int IFF_writeFd(FILE* file, const IFF_Chunk* chunk, const IFF_FormExtension* formExtensions,

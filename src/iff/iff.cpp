@@ -1,5 +1,7 @@
 #include "iff/group.h"
 
+#include <sys/stat.h>
+
 IFF_Chunk* IFF_read(const char* filename, const IFF_FormExtension* formExtensions,
                     unsigned int formExtensionsLength) {
     FILE* file = fopen(filename, "rb");
@@ -34,8 +36,12 @@ int IFF_write(const char* filename, const IFF_Chunk* chunk, const IFF_FormExtens
     const int written = IFF_writeFd(file, chunk, formExtensions, formExtensionsLength);
     // A full disk may show only now.
     const bool closed = fclose(file) == 0;
-    if (written && !closed) IFF_error("ERROR: cannot write file: %s\n", filename);
-    return written && closed;
+    if (written && closed) return 1;
+    if (written) IFF_error("ERROR: cannot write file: %s\n", filename);
+    // Part of a tree is no file; a device stays.
+    struct stat status;
+    if (stat(filename, &status) == 0 && S_ISREG(status.st_mode)) remove(filename);
+    return 0;
 }
 
 int IFF_writeFd(FILE* file, const IFF_Chunk* chunk, const IFF_FormExtension* formExtensions,

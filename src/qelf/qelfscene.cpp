@@ -1,6 +1,6 @@
 // The container of one form's chunks.
 
-#include "base/heap.h"
+#include "iff/group.h"
 #include "qelf/fields.h"
 
 namespace {
@@ -74,9 +74,12 @@ int QELF_addAnimationToScene(QELF_Scene* scene, QELF_Animation* animation) {
 
 QELF_Scene** QELF_extractScenes(IFF_Chunk* chunk, unsigned int* count) {
     const heap_ptr<IFF_Form*> forms{IFF_searchForms(chunk, form_type, count)};
-    if (!forms || *count == 0) {
+    if (!forms && iff_collect_forms(chunk, form_type, nullptr) > 0) {
+        out_of_memory(form_type);
+        return nullptr;
+    }
+    if (!forms) {
         IFF_error("No form with formType: 'QELF' found!\n");
-        *count = 0;
         return nullptr;
     }
     const unsigned int found = *count;
