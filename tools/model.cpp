@@ -10,6 +10,7 @@
 
 #include "loaders/group_obj.h"
 #include "loaders/group_qel.h"
+#include "scene/no_gl.h"
 
 namespace {
 
@@ -53,6 +54,10 @@ model::model(const host_app& host, const std::string& file) : file_(file), forma
     if (!(obj ? group_loadobj : group_loadqel)(&scene_, file.c_str(), &context)) {
         throw failure(exit_failed, file + (obj ? ": could not be loaded (unreadable, or memory is short)"
                                                : ": could not be loaded (see qelf check)"));
+    }
+    if (incomplete_loads > 0) {
+        scene_free(&scene_);
+        throw failure(exit_failed, file + ": could not be loaded whole (memory is short)");
     }
     visit(scene_.root, "");
 }

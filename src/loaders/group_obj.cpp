@@ -8,6 +8,7 @@
 #include "loaders/material_library.h"
 #include "loaders/path.h"
 #include "loaders/scan_float.h"
+#include "scene/bindings.h"
 #include "scene/export.h"
 #include "scene/material.h"
 #include "scene/trimesh.h"
@@ -52,7 +53,10 @@ int open_resource(const char* name, render_context* context) {
 bool read_library(obj_loader* loader, const char* name) {
     const heap_ptr<char> path{join_path(loader->directory, name)};
     const int fd = path ? open_resource(path.get(), loader->context) : -1;
-    if (fd >= 0) read_material_library(fd, loader->directory, &loader->materials);
+    const bool missing = path && fd < 0; // whoever made the model may have left it out
+    if (!missing && !(path && read_material_library(fd, loader->directory, &loader->materials))) {
+        load_incomplete(loader->context);
+    }
     return true;
 }
 
@@ -62,7 +66,7 @@ bool use_material(obj_loader* loader, const char* name) {
     auto* copy = heap_array<material>(1);
     if (!copy) return false;
     named->used = 1;
-    material_copy(copy, named);
+    if (!material_copy(copy, named)) load_incomplete(loader->context);
     // There is a free slot: even when the list then fails to grow, the copy belongs to the mesh.
     return trimesh_pushmaterial(loader->mesh, copy);
 }

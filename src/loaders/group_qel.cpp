@@ -108,11 +108,16 @@ texture* texture_reference(const scene* s, uint16_t map) {
     return texture_getref(s->textures[map - 1]);
 }
 
+// False when memory was short.
 bool add_material(trimesh* mesh, const QELF_MaterialEntry& entry, const scene* s) {
     const QELF_Material& from = *entry.material;
     auto* const m = heap_array<material>(1);
     if (!m) return false;
     material_create(m, "material");
+    if (!m->name) {
+        material_free(m);
+        return false;
+    }
     const auto copy = [](float to[3], const QELF_Color& c) {
         to[0] = c.r;
         to[1] = c.g;
@@ -181,10 +186,12 @@ template <class T> void move_array(IFF_RawChunk* from, T*& to) {
     from->chunk.chunkSize = 0;
 }
 
-void fill_mesh(trimesh* mesh, QELF_TriangleMesh* from, const scene* s) {
+// False when memory was short for a material, which ends the materials.
+bool fill_mesh(trimesh* mesh, QELF_TriangleMesh* from, const scene* s) {
     memcpy(mesh->transform, from->local_transform.m, sizeof(mesh->transform));
-    for (uint32_t i = 0; i < from->nmaterials; i++) {
-        if (!add_material(mesh, from->materials[i], s)) break;
+    uint32_t added = 0;
+    while (added < from->nmaterials && add_material(mesh, from->materials[added], s)) {
+        added++;
     }
     move_array(from->vertexData, mesh->vertices);
     move_array(from->normalData, mesh->normals);
@@ -199,69 +206,74 @@ void fill_mesh(trimesh* mesh, QELF_TriangleMesh* from, const scene* s) {
     mesh->vertex_capacity = std::max(from->nvertices, mesh->vertex_capacity);
     mesh->face_capacity = std::max(from->nfaces, mesh->face_capacity);
     mesh->calc_normals = !from->use_normals;
+    return added == from->nmaterials;
 }
 
-// What happened to a node: skipped for want of memory, or no good at all.
-enum class outcome { added, skipped, refused };
+// What became of a node, from good to bad: all of it is there; memory was short, and it or a part of it is
+// left out; it is no good.
+enum class outcome { whole, cut, refused };
 
 // Hands a filled record to the target group, or releases it.
 outcome push_node(group* target, void* node, node_load load, node_config config, node_prerender prerender,
                   node_render render, node_export export_node, node_free free_node) {
     const int32_t before = target->nnodes;
     group_push(target, node, load, config, prerender, render, export_node, free_node);
-    if (target->nnodes > before) return outcome::added;
+    if (target->nnodes > before) return outcome::whole;
     free_node(node);
     free(node);
-    return outcome::skipped;
+    return outcome::cut;
 }
 
-bool process_scenegroup(const QELF_SceneGroup* from, group* target, scene* s);
+outcome process_scenegroup(const QELF_SceneGroup* from, group* target, scene* s);
 
 outcome add_group(group* target, const QELF_SceneGroup* from, scene* s) {
     auto* const g = heap_zeroed<group>();
-    if (!g) return outcome::skipped;
+    if (!g) return outcome::cut;
     const int32_t nlights = s->nlights;
-    if (!group_create(g, static_cast<int32_t>(from->nnodes)) || !process_scenegroup(from, g, s)) {
-        const bool created = g->nodes != nullptr;
+    const bool created = group_create(g, static_cast<int32_t>(from->nnodes));
+    const outcome filled = created ? process_scenegroup(from, g, s) : outcome::cut;
+    if (!created || filled == outcome::refused) {
         group_free(g);
         free(g);
-        return created ? outcome::refused : outcome::skipped;
+        return filled;
     }
-    const outcome result = push_node(target, g, group_load, group_config, group_prerender, group_render,
+    const outcome pushed = push_node(target, g, group_load, group_config, group_prerender, group_render,
                                      group_export, group_free);
-    if (result == outcome::skipped) s->nlights = nlights; // those of the group are gone with it
-    return result;
+    if (pushed == outcome::cut) s->nlights = nlights; // those of the group are gone with it
+    return std::max(filled, pushed);
 }
 
 outcome add_mesh(group* target, QELF_TriangleMesh* from, const scene* s) {
     if (!check_indices(from)) return outcome::refused;
     auto* const mesh = heap_array<trimesh>(1);
-    if (!mesh) return outcome::skipped;
+    if (!mesh) return outcome::cut;
     // Without room for vertices and faces: the arrays come from the file.
     if (!trimesh_create(mesh, "mesh", 0, 0, static_cast<int32_t>(from->nmaterials), from->use_normals,
                         from->use_textures, from->use_tangents, from->use_binormals)) {
         trimesh_free(mesh);
         free(mesh);
-        return outcome::skipped;
+        return outcome::cut;
     }
-    fill_mesh(mesh, from, s);
-    return push_node(target, mesh, trimesh_load, trimesh_config, trimesh_prerender, trimesh_render,
-                     trimesh_export, trimesh_free);
+    const bool filled = fill_mesh(mesh, from, s) && mesh->name;
+    const outcome pushed = push_node(target, mesh, trimesh_load, trimesh_config, trimesh_prerender,
+                                     trimesh_render, trimesh_export, trimesh_free);
+    return filled ? pushed : outcome::cut;
 }
 
 outcome add_light(group* target, const QELF_Light* from, scene* s) {
     auto* const l = heap_zeroed<light>();
-    if (!l) return outcome::skipped;
+    if (!l) return outcome::cut;
     light_create(l, "light");
+    const bool named = l->name != nullptr;
     l->type = from->type;
     l->color[0] = from->color.r;
     l->color[1] = from->color.g;
     l->color[2] = from->color.b;
     l->intensity = from->intensity;
-    const outcome result = push_node(target, l, light_load, light_config, light_prerender, light_render,
+    const outcome pushed = push_node(target, l, light_load, light_config, light_prerender, light_render,
                                      light_export, light_free);
-    if (result == outcome::added) scene_pushlight(s, l);
-    return result;
+    if (pushed != outcome::whole || !scene_pushlight(s, l) || !named) return outcome::cut;
+    return outcome::whole;
 }
 
 outcome add_node(group* target, const QELF_Node* node, scene* s) {
@@ -284,19 +296,20 @@ void set_bind_placement(group* target, const QELF_SceneGroup* from) {
     target->bind_rotation[2] = radians_from_degrees(from->rotation.z);
 }
 
-// Fills a group from the file's. False when something in it is no good; what was pushed stays the target's.
-// The depth is bounded: the reader refuses deeper files.
-bool process_scenegroup(const QELF_SceneGroup* from, group* target, scene* s) {
+// Fills a group from the file's. Stops at what is no good; what was pushed stays the target's. The depth is
+// bounded: the reader refuses deeper files.
+outcome process_scenegroup(const QELF_SceneGroup* from, group* target, scene* s) {
     target->radius = from->radius;
     target->name = copy_text(from->name);
+    outcome result = target->name ? outcome::whole : outcome::cut;
     if (from->nnodes > 0) set_bind_placement(target, from);
-    for (uint32_t i = 0; i < from->nnodes; i++) {
-        if (add_node(target, from->nodes[i], s) == outcome::refused) return false;
+    for (uint32_t i = 0; i < from->nnodes && result != outcome::refused; i++) {
+        result = std::max(result, add_node(target, from->nodes[i], s));
     }
-    return true;
+    return result;
 }
 
-bool build(scene* s, const QELF_Scene* from, const char* directory) {
+bool build(scene* s, const QELF_Scene* from, const char* directory, render_context* context) {
     if (from->nsceneGroups == 0) {
         warn("WARNING: QEL file holds no scene group\n");
         return false;
@@ -305,7 +318,9 @@ bool build(scene* s, const QELF_Scene* from, const char* directory) {
     for (uint32_t i = 0; i < from->ntextures; i++) {
         if (!add_texture(s, from->textures[i], static_cast<int32_t>(i), directory)) return false;
     }
-    return process_scenegroup(from->sceneGroups[0], &s->root, s);
+    const outcome result = process_scenegroup(from->sceneGroups[0], &s->root, s);
+    if (result == outcome::cut) load_incomplete(context);
+    return result != outcome::refused;
 }
 
 bool load(scene* s, const char* filename, render_context* context) {
@@ -324,7 +339,7 @@ bool load(scene* s, const char* filename, render_context* context) {
     file.tree = QELF_read(path.get());
     if (!file.tree) return false;
     file.scenes = QELF_extractScenes(file.tree, &file.count);
-    return file.scenes && build(s, file.scenes[0], directory.get());
+    return file.scenes && build(s, file.scenes[0], directory.get(), context);
 }
 
 } // namespace

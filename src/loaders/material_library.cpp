@@ -30,6 +30,10 @@ material* add_material(hashtable* materials, const char* name) {
     auto* m = heap_array<material>(1);
     if (!m) return nullptr;
     material_create(m, name);
+    if (!m->name) {
+        material_free(m);
+        return nullptr;
+    }
     auto* replaced = static_cast<material*>(hashtable_get(materials, name));
     hashtable_set(materials, name, m);
     if (hashtable_get(materials, name) != m) {
@@ -40,28 +44,32 @@ material* add_material(hashtable* materials, const char* name) {
     return m;
 }
 
-// False when memory ran out. texture_create turns the backslashes of some exporters into slashes.
-bool set_diffuse_map(material* m, const char* directory, const char* name) {
+enum class map_result { set, none, no_record };
+
+// texture_create turns the backslashes of some exporters into slashes.
+map_result set_diffuse_map(material* m, const char* directory, const char* name) {
     const heap_ptr<char> path{join_path(directory, name)};
     auto* map = path ? heap_array<texture>(1) : nullptr;
-    if (!map) return false;
+    if (!map) return map_result::no_record;
     if (m->diffuseMap) texture_free(m->diffuseMap);
     m->diffuseMap = map;
-    if (texture_create(map, path.get())) return true;
+    if (texture_create(map, path.get())) return map_result::set;
     free(map);
     m->diffuseMap = nullptr;
-    return true;
+    return map_result::none;
 }
 
 } // namespace
 
-void read_material_library(int fd, const char* directory, hashtable* materials) {
+bool read_material_library(int fd, const char* directory, hashtable* materials) {
     line_reader reader;
-    if (!line_reader_create(&reader, fd, backslash_plain)) return;
+    if (!line_reader_create(&reader, fd, backslash_plain)) return false;
     material* current = nullptr;
+    bool complete = true;
     while (const char* line = line_reader_next(&reader)) {
         if (strncmp(line, "newmtl", 6) == 0) {
             current = add_material(materials, line[6] == ' ' ? line + 7 : "");
+            complete &= current != nullptr;
             if (!current) break;
             continue;
         }
@@ -69,7 +77,9 @@ void read_material_library(int fd, const char* directory, hashtable* materials) 
         if (!current) continue;
         if (strncmp(line, "map_Kd", 6) == 0) {
             const char* name = keyword_rest(line);
-            if (*name && !set_diffuse_map(current, directory, name)) break;
+            const map_result map = *name ? set_diffuse_map(current, directory, name) : map_result::set;
+            complete &= map == map_result::set;
+            if (map == map_result::no_record) break;
             continue;
         }
         for (const number_line& kind : number_lines) {
@@ -83,4 +93,5 @@ void read_material_library(int fd, const char* directory, hashtable* materials) 
         }
     }
     line_reader_free(&reader);
+    return complete;
 }

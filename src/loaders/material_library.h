@@ -5,9 +5,9 @@
 #include "loaders/hashtable.h"
 
 // Reads a library into a table of materials by name; a later material replaces an earlier one of its
-// name. Takes the file over. Textures are named relative to `directory`. What does not fit in memory
-// ends the reading.
-void read_material_library(int fd, const char* directory, hashtable* materials);
+// name. Takes the file over. Textures are named relative to `directory`. False when memory ran out: a
+// material or texture record that could not be had ended the reading, a texture name cost its texture.
+bool read_material_library(int fd, const char* directory, hashtable* materials);
 
 // The text behind a keyword of six letters and one more character; empty on a line that ends before it.
 inline const char* keyword_rest(const char* line) {

@@ -25,13 +25,16 @@ void material_create(material* m, const char* name) {
     m->alpha = 1.0f;
 }
 
-void material_copy(material* dst, material* src) {
+int material_copy(material* dst, material* src) {
     *dst = *src;
     dst->name = heap_text(src->name);
+    bool complete = !dst->name == !src->name;
     for (const auto map : maps) {
         dst->*map = texture_copy(src->*map);
+        complete &= !(dst->*map) == !(src->*map);
     }
     src->used = 1;
+    return complete;
 }
 
 void material_load(material* m, render_context* context) {

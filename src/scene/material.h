@@ -26,8 +26,9 @@ struct material {
 // Initialises a heap-allocated record.
 void material_create(material* m, const char* name);
 
-// Copies into an uninitialised record, with a name and texture records of its own; marks src used.
-void material_copy(material* dst, material* src);
+// Copies into an uninitialised record, with a name and texture records of its own; marks src used. 0 when
+// memory was short for one of them, which the copy then goes without; else 1.
+int material_copy(material* dst, material* src);
 
 // Loads the maps; a diffuse map that cannot be had becomes the fallback texture.
 void material_load(material* m, render_context* context);
