@@ -1,9 +1,11 @@
 // Whole files: what they are read as, reported, printed and written back.
 
 #include "fixture.h"
+#include "scarce_heap.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 using namespace std::string_literals;
 
@@ -12,21 +14,21 @@ namespace {
 const std::string main_chunk = "ERROR: cannot open main chunk!\n";
 
 std::string form(const std::string& type, const std::string& chunks = "") {
-    return group("FORM", type, chunks);
+    return group_of("FORM", type, chunks);
 }
 
 // A sound as samplers wrote them: a header of 20 bytes, a name of odd length, samples.
 std::string sound() {
     const std::string header =
         big_endian(1000) + big_endian(0) + big_endian(32) + "\x20\xab\1\0"s + big_endian(0x10000);
-    return group("FORM", "8SVX",
-                 chunk("VHDR", header) + chunk("NAME", "snare") + chunk("ANNO", "by hand\0"s) +
-                     chunk("BODY", std::string(1000, '\x81')));
+    return group_of("FORM", "8SVX",
+                    chunk("VHDR", header) + chunk("NAME", "snare") + chunk("ANNO", "by hand\0"s) +
+                        chunk("BODY", std::string(1000, '\x81')));
 }
 
 std::string picture(const std::string& palette) {
     const std::string header = "\0\x10\0\2\0\0\0\0\1\0\0\0\0\0\x0a\x0b\0\x10\0\2"s;
-    return group("FORM", "ILBM", chunk("BMHD", header) + palette + chunk("BODY", "\xff\0\0\xff"s));
+    return group_of("FORM", "ILBM", chunk("BMHD", header) + palette + chunk("BODY", "\xff\0\0\xff"s));
 }
 
 std::string palette() {
@@ -35,17 +37,17 @@ std::string palette() {
 
 // Pictures that share a palette, with a sound among them.
 std::string album() {
-    return group("LIST", "JJJJ",
-                 group("PROP", "ILBM", palette()) + group("PROP", "8SVX", chunk("NAME", "any")) +
-                     picture("") + group("CAT ", "ILBM", picture(palette()) + picture("")) + sound() +
-                     group("LIST", "ILBM", ""));
+    return group_of("LIST", "JJJJ",
+                    group_of("PROP", "ILBM", palette()) + group_of("PROP", "8SVX", chunk("NAME", "any")) +
+                        picture("") + group_of("CAT ", "ILBM", picture(palette()) + picture("")) + sound() +
+                        group_of("LIST", "ILBM", ""));
 }
 
 } // namespace
 
 TEST(iff_files, are_valid_and_written_back_byte_for_byte) {
-    const std::string files[] = {sound(), picture(palette()), album(), group("FORM", "NONE", ""),
-                                 group("CAT ", "JJJJ", sound() + album())};
+    const std::string files[] = {sound(), picture(palette()), album(), group_of("FORM", "NONE", ""),
+                                 group_of("CAT ", "JJJJ", sound() + album())};
     tree_ptr previous;
     for (const std::string& file : files) {
         const std::string reported = reports_of([&] {
@@ -96,7 +98,7 @@ TEST(iff_files, report_what_is_wrong_when_read_and_when_checked) {
     const std::string no_iff =
         "Not a valid IFF-85 file: First bytes should start with either: 'FORM', 'CAT ' or 'LIST'\n";
     const std::string good = form("GOOD"), data = chunk("DATA", "1234");
-    const std::string prop = group("PROP", "GOOD", data), full_prop = group("PROP", "GOOD", good);
+    const std::string prop = group_of("PROP", "GOOD", data), full_prop = group_of("PROP", "GOOD", good);
     // clang-format off
     const struct {
         std::string file, reported;
@@ -113,19 +115,19 @@ TEST(iff_files, report_what_is_wrong_when_read_and_when_checked) {
         {form("FOR3"), "Form type: 'FOR3' not allowed!\n"},
         {form("CAT "), "Form type: 'CAT ' not allowed!\n"},
         {form("JJJJ"), "Form type: 'JJJJ' not allowed!\n"},
-        {group("LIST", "GOOD", group("PROP", "LIS9", "")), "Form type: 'LIS9' not allowed!\n"},
+        {group_of("LIST", "GOOD", group_of("PROP", "LIS9", "")), "Form type: 'LIS9' not allowed!\n"},
         {form("FOR0", form("CATS") + chunk("abc1", "")), ""},
         {form(" ABC"), "Spaces may not precede an ID!\n"},
-        {group("CAT ", "AB\tC", ""), "Illegal character: '\t' in ID!\n"},
+        {group_of("CAT ", "AB\tC", ""), "Illegal character: '\t' in ID!\n"},
         {form("GO\x7f "), "Illegal character: '\x7f' in ID!\n"},
         {form("GOOD", chunk("\xe9TE ", "1234")), "Illegal character: '\xe9' in ID!\n"},
         {form("GOOD", prop), refused + "PROP' not allowed in FORM chunk!\n"},
-        {group("LIST", "GOOD", full_prop), refused + "FORM' not allowed in PROP chunk!\n"},
-        {group("CAT ", "GOOD", good + data), refused + "DATA" + in_cat},
-        {group("LIST", "GOOD", data), refused + "DATA" + in_cat},
-        {group("CAT ", "EVIL", good), "Sub form" + not_it},
-        {group("LIST", "EVIL", group("LIST", "GOOD", "")), "Sub list" + not_it},
-        {group("CAT ", "EVIL", group("CAT ", "FINE", "")), "Sub cat" + not_it},
+        {group_of("LIST", "GOOD", full_prop), refused + "FORM' not allowed in PROP chunk!\n"},
+        {group_of("CAT ", "GOOD", good + data), refused + "DATA" + in_cat},
+        {group_of("LIST", "GOOD", data), refused + "DATA" + in_cat},
+        {group_of("CAT ", "EVIL", good), "Sub form" + not_it},
+        {group_of("LIST", "EVIL", group_of("LIST", "GOOD", "")), "Sub list" + not_it},
+        {group_of("CAT ", "EVIL", group_of("CAT ", "FINE", "")), "Sub cat" + not_it},
     };
     // clang-format on
     for (const auto& row : cases) {
@@ -141,8 +143,8 @@ TEST(iff_files, report_what_is_wrong_when_read_and_when_checked) {
 }
 
 TEST(iff_files, cut_short_anywhere_are_refused_with_the_field_that_is_missing) {
-    const std::string form = group("FORM", "GOOD", chunk("DATA", "abc"));
-    const std::string file = group("LIST", "GOOD", form);
+    const std::string form = group_of("FORM", "GOOD", chunk("DATA", "abc"));
+    const std::string file = group_of("LIST", "GOOD", form);
     const std::string in_list = "Error reading chunk in list!\n", in_form = "Error while reading chunk!\n";
     const struct {
         size_t end;
@@ -178,8 +180,8 @@ TEST(iff_files, cut_short_anywhere_are_refused_with_the_field_that_is_missing) {
 }
 
 TEST(iff_files, say_which_field_a_full_disk_did_not_take) {
-    const std::string form = group("FORM", "GOOD", chunk("DATA", "abc"));
-    const std::string file = group("LIST", "GOOD", group("PROP", "GOOD", "") + form);
+    const std::string form = group_of("FORM", "GOOD", chunk("DATA", "abc"));
+    const std::string file = group_of("LIST", "GOOD", group_of("PROP", "GOOD", "") + form);
     const tree_ptr tree = read(file);
     const std::string in_group = "Error writing chunk!\n", in_prop = "Error writing PROP!\n";
     const struct {
@@ -212,9 +214,10 @@ TEST(iff_files, say_which_field_a_full_disk_did_not_take) {
 }
 
 TEST(iff_files, keep_the_props_of_a_list_first_when_written) {
-    const std::string prop = group("PROP", "GOOD", chunk("DATA", "1234")), form = group("FORM", "GOOD", "");
-    EXPECT_EQ(write(read(group("LIST", "GOOD", form + prop + form + prop)).get()),
-              group("LIST", "GOOD", prop + prop + form + form));
+    const std::string prop = group_of("PROP", "GOOD", chunk("DATA", "1234")),
+                      form = group_of("FORM", "GOOD", "");
+    EXPECT_EQ(write(read(group_of("LIST", "GOOD", form + prop + form + prop)).get()),
+              group_of("LIST", "GOOD", prop + prop + form + form));
 }
 
 TEST(iff_files, that_cannot_be_opened_or_finished_are_reported_by_name) {
@@ -231,16 +234,27 @@ TEST(iff_files, that_cannot_be_opened_or_finished_are_reported_by_name) {
     const std::string name = testing::TempDir() + "iff_files_test.iff";
     ASSERT_EQ(IFF_write(name.c_str(), tree.get(), nullptr, 0), 1);
     const tree_ptr again{IFF_read(name.c_str(), nullptr, 0)};
-    remove(name.c_str());
     ASSERT_TRUE(again);
     EXPECT_EQ(IFF_compare(tree.get(), again.get(), nullptr, 0), 1);
+
+    // A tree that cannot be written whole leaves no part of itself, and a device where it is.
+    const tree_ptr bodiless{&IFF_createRawChunk("DATA")->chunk};
+    bodiless->chunkSize = 1;
+    const std::string link = name + ".link";
+    ASSERT_EQ(symlink("/dev/null", link.c_str()), 0);
+    for (const std::string& target : {name, link}) {
+        EXPECT_EQ(reports_of([&] { EXPECT_EQ(IFF_write(target.c_str(), bodiless.get(), nullptr, 0), 0); }),
+                  "Error writing raw chunk body of chunk 'DATA'\n");
+    }
+    EXPECT_NE(access(name.c_str(), F_OK), 0);
+    EXPECT_EQ(remove(link.c_str()), 0);
 }
 
 TEST(iff_files, print_as_an_indented_tree) {
     const std::string data =
         chunk("DATA", "\0\1\2\3\4\5\6\7\x08\x09\xfe\xff"s) + chunk("NONE", "") + chunk("TEXT", "");
-    const std::string prop = group("PROP", "GOOD", chunk("TEXT", "50% off"));
-    const std::string file = group("LIST", "JJJJ", prop + group("CAT ", "GOOD", "") + data);
+    const std::string prop = group_of("PROP", "GOOD", chunk("TEXT", "50% off"));
+    const std::string file = group_of("LIST", "JJJJ", prop + group_of("CAT ", "GOOD", "") + data);
     const tree_ptr tree = read(file);
     // "_" stands for the spaces at the ends of lines.
     std::string text = R"('LIST' = {

@@ -1,10 +1,9 @@
-// Files in memory, what the library reports and prints, and a heap that runs out on request.
+// Files in memory, and what the library reports and prints.
 #ifndef TESTS_IFF_FIXTURE_H
 #define TESTS_IFF_FIXTURE_H
 
 #include "iff/iff.h"
 
-#include <climits>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -14,7 +13,7 @@
 std::string big_endian(uint32_t number);
 std::string chunk(const std::string& id, const std::string& body);
 std::string chunk(const std::string& id, uint32_t declared_size, const std::string& body);
-inline std::string group(const std::string& id, const std::string& type, const std::string& chunks) {
+inline std::string group_of(const std::string& id, const std::string& type, const std::string& chunks) {
     return chunk(id, type + chunks);
 }
 
@@ -45,13 +44,5 @@ std::string write(const IFF_Chunk* tree, extension_table table = {}, size_t room
 // Everything reported while it runs, in one text.
 std::string reports_of(const std::function<void()>& action);
 std::string output_of(const std::function<void()>& action);
-
-// Of the calls of this program and the library to malloc, calloc and realloc.
-struct heap_state {
-    long left = LONG_MAX; // calls that still succeed
-    long blocks = 0;      // alive
-    size_t largest = 0;   // request in bytes
-};
-extern heap_state heap;
 
 #endif

@@ -86,7 +86,7 @@ TEST(iff_extensions, handle_their_chunks_in_forms_and_props_of_their_type_only) 
     const std::string number = chunk("NUMB", 100, big_endian(7));
     const std::string own = chunk("FORM", 4 + 108, "CALC" + number),
                       prop = chunk("PROP", 4 + 108, "CALC" + number);
-    const std::string other = group("FORM", "ELSE", chunk("NUMB", "raw!"));
+    const std::string other = group_of("FORM", "ELSE", chunk("NUMB", "raw!"));
     const std::string file = chunk("LIST", 4 + 120 + 120 + 24, "JJJJ" + prop + own + other);
     tree_ptr tree;
     EXPECT_EQ(reports_of([&] {
@@ -111,7 +111,7 @@ TEST(iff_extensions, handle_their_chunks_in_forms_and_props_of_their_type_only) 
     EXPECT_EQ(reports_of([&] { EXPECT_EQ(IFF_check(tree.get(), forms, 3), 0); }), "Negative number!\n");
 
     // The type of a CAT is no form type.
-    const std::string loose = group("CAT ", "CALC", chunk("NUMB", "raw"));
+    const std::string loose = group_of("CAT ", "CALC", chunk("NUMB", "raw"));
     EXPECT_EQ(write(read(loose, table).get(), table), loose);
 
     // A handler that fails: what its group had is freed through the handlers too.
@@ -133,10 +133,11 @@ TEST(iff_trees, built_by_hand_are_what_is_read_back) {
                 IFF_addToForm(form, raw("DATA", "12345")) && IFF_addToCAT(cat, &form->chunk) &&
                 IFF_addToList(list, &cat->chunk) &&
                 IFF_addToList(list, &IFF_createGroup("LIST", "GOOD")->chunk));
-    const std::string file = group("LIST", "JJJJ",
-                                   group("PROP", "GOOD", chunk("TEXT", "abc")) +
-                                       group("CAT ", "GOOD", group("FORM", "GOOD", chunk("DATA", "12345"))) +
-                                       group("LIST", "GOOD", ""));
+    const std::string file =
+        group_of("LIST", "JJJJ",
+                 group_of("PROP", "GOOD", chunk("TEXT", "abc")) +
+                     group_of("CAT ", "GOOD", group_of("FORM", "GOOD", chunk("DATA", "12345"))) +
+                     group_of("LIST", "GOOD", ""));
     EXPECT_EQ(write(tree.get()), file);
 
     // A change deep down leaves the sizes above stale until they are updated.
@@ -152,17 +153,18 @@ TEST(iff_trees, built_by_hand_are_what_is_read_back) {
 }
 
 TEST(iff_trees, give_forms_the_defaults_of_the_nearest_list) {
-    const std::string file =
-        group("LIST", "JJJJ",
-              group("PROP", "GOOD", chunk("FARR", "far ") + chunk("BOTH", "far ")) +
-                  group("PROP", "EVIL", chunk("EVIL", "evil")) +
-                  group("CAT ", "JJJJ",
-                        group("LIST", "GOOD",
-                              group("PROP", "GOOD", chunk("BOTH", "near") + chunk("OWNS", "near")) +
-                                  group("FORM", "GOOD",
-                                        chunk("OWNS", "own1") + chunk("SOME", "") + chunk("OWNS", "own2"))) +
-                            group("FORM", "ELSE", group("FORM", "GOOD", group("FORM", "GOOD", ""))) +
-                            group("FORM", "GOOD", "")));
+    const std::string file = group_of(
+        "LIST", "JJJJ",
+        group_of("PROP", "GOOD", chunk("FARR", "far ") + chunk("BOTH", "far ")) +
+            group_of("PROP", "EVIL", chunk("EVIL", "evil")) +
+            group_of(
+                "CAT ", "JJJJ",
+                group_of("LIST", "GOOD",
+                         group_of("PROP", "GOOD", chunk("BOTH", "near") + chunk("OWNS", "near")) +
+                             group_of("FORM", "GOOD",
+                                      chunk("OWNS", "own1") + chunk("SOME", "") + chunk("OWNS", "own2"))) +
+                    group_of("FORM", "ELSE", group_of("FORM", "GOOD", group_of("FORM", "GOOD", ""))) +
+                    group_of("FORM", "GOOD", "")));
     const tree_ptr tree = read(file);
     unsigned int count = 0;
     IFF_Form** found = IFF_searchForms(tree.get(), "GOOD", &count);

@@ -1,5 +1,6 @@
 #include "loaders/flarray.h"
 #include "loaders/hashtable.h"
+#include "scarce_heap.h"
 
 #include <gtest/gtest.h>
 #include <set>
@@ -106,13 +107,54 @@ TEST(Flarray, DoublesAndKeepsItsContents) {
     EXPECT_EQ(array.capacity, 128);
     EXPECT_EQ(array.data[0], -1.0f);
     flarray_free(&array);
+}
 
-    ASSERT_EQ(flarray_create_with_capacity(&array, 1), 1);
-    flarray_push(&array, 1.0f);
-    EXPECT_EQ(array.capacity, 1);
-    flarray_push(&array, 2.0f);
+TEST(Containers, StayUsableWithoutMemory) {
+    int value = 0;
+    hashtable table;
+    {
+        const shortage here(0);
+        hashtable_create(&table, 8);
+        hashtable_set(&table, "a", &value);
+    }
+    hashtable_set(&table, "a", &value);
+    EXPECT_EQ(hashtable_get(&table, "a"), nullptr);
+    EXPECT_EQ(table.count, 0);
+    hashtable_free(&table, nullptr);
+
+    // Without memory for more slots the eight fill up, and then the table stays as it is.
+    hashtable_create(&table, 8);
+    for (int i = 0; i < 10; i++) {
+        const char key[] = {static_cast<char>('a' + i), 0};
+        const shortage here(i < 8 ? 1 : 0); // for the key alone
+        hashtable_set(&table, key, &value);
+        EXPECT_EQ(hashtable_get(&table, key), i < 8 ? &value : nullptr);
+    }
+    EXPECT_EQ(table.count, 8);
+    EXPECT_EQ(table.size, 8);
+    hashtable_set(&table, "a", nullptr); // grows at last
+    EXPECT_EQ(table.size, 16);
+    EXPECT_EQ(hashtable_get(&table, "h"), &value);
+    hashtable_free(&table, nullptr);
+
+    flarray array;
+    {
+        const shortage here(0);
+        EXPECT_EQ(flarray_create(&array), 0);
+        flarray_push(&array, 1.0f);
+    }
+    EXPECT_EQ(array.count, 0);
+    flarray_free(&array);
+    ASSERT_EQ(flarray_create_with_capacity(&array, 2), 1);
+    for (const float x : {1.0f, 2.0f, 3.0f}) {
+        const shortage here(0);
+        flarray_push(&array, x);
+    }
+    EXPECT_EQ(array.count, 2);
     EXPECT_EQ(array.capacity, 2);
-    EXPECT_EQ(array.data[0] + array.data[1], 3.0f);
+    flarray_push(&array, 4.0f);
+    EXPECT_EQ(array.count, 3);
+    EXPECT_EQ(array.data[1] + array.data[2], 6.0f);
     flarray_free(&array);
 }
 

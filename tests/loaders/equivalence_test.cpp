@@ -3,6 +3,7 @@
 #include "loader_host.h"
 #include "loaders/scan_float.h"
 #include "obj_reference.h"
+#include "scene/material.h"
 
 #include <cmath>
 #include <cstring>
@@ -22,74 +23,19 @@ template <size_t n> std::string pick(random_source& random, const char* const (&
     return words[below(random, n)];
 }
 
+// clang-format off
 const char* const odd_numbers[] = {
-    "1e",
-    "1e+",
-    "1e+-2",
-    "0x",
-    "0x.p5",
-    "0x.8",
-    "0x1p",
-    "0x1.8p1",
-    "nan(12)",
-    "nan",
-    "-nan",
-    "inf",
-    "-Infinity",
-    "infx",
-    "infi",
-    "NaNs",
-    ".",
-    "-.",
-    "+1",
-    "+.5",
-    "1.5.3",
-    "1e5.5",
-    "1e5e3",
-    "0x1e5",
-    "0X1P+3",
-    "1,5",
-    "+-1",
-    "1e999",
-    "-1e999",
-    "1e-999",
-    "1d5",
-    "0xg",
-    "-",
-    "00x1",
-    "1'000",
-    ".e5",
-    "5.e1",
-    "0x1p-150",
-    "0x1.8p-150",
-    "0x1p-149",
-    "0x1.8p-149",
-    "0x1p+",
-    "0xe+5",
-    "-0x.",
-    "0e5",
-    "-0",
-    "1e-45",
-    "7.1e-46",
-    "3.4028236e38",
-    "0x1.ffffff8p127",
-    "0x1.ffffffp127",
-    "9007199254740993",
-    "18446744073709551617",
-    "0.000000000000000000000000000001",
-    "123456789012345678901234567890e-20",
-    "0x123456789abcdef0123456789p-40",
-    "0x0.00000000000000000000000000000000000000000001p160",
-    "1e99999999999",
-    "0x1p-99999999999",
-    "0x1.000001p0",
-    "0x1.0000010000000000000001p0",
-    "0x1.fffffe00000000000p-127",
-    "in",
-    "n",
-    "i",
-    "e5",
+    "1e", "1e+", "1e+-2", "0x", "0x.p5", "0x.8", "0x1p", "0x1.8p1", "nan(12)", "nan", "-nan", "inf",
+    "-Infinity", "infx", "infi", "NaNs", ".", "-.", "+1", "+.5", "1.5.3", "1e5.5", "1e5e3", "0x1e5",
+    "0X1P+3", "1,5", "+-1", "1e999", "-1e999", "1e-999", "1d5", "0xg", "-", "00x1", "1'000", ".e5", "5.e1",
+    "0x1p-150", "0x1.8p-150", "0x1p-149", "0x1.8p-149", "0x1p+", "0xe+5", "-0x.", "0e5", "-0", "1e-45",
+    "7.1e-46", "3.4028236e38", "0x1.ffffff8p127", "0x1.ffffffp127", "9007199254740993",
+    "18446744073709551617", "0.000000000000000000000000000001", "123456789012345678901234567890e-20",
+    "0x123456789abcdef0123456789p-40", "0x0.00000000000000000000000000000000000000000001p160",
+    "1e99999999999", "0x1p-99999999999", "0x1.000001p0", "0x1.0000010000000000000001p0",
+    "0x1.fffffe00000000000p-127", "in", "n", "i", "e5",
 };
+// clang-format on
 
 std::string number(random_source& random) {
     char text[400];
@@ -180,23 +126,13 @@ std::string corner(random_source& random) {
 std::string line(random_source& random) {
     const char* const gaps[] = {" ", " ", " ", " ", " ", " ", "  ", "\t", " \t", "\\", "\\\n", " \\\r\n", ""};
     const char* const ends[] = {"\n", "\n", "\n", "\n", "\r\n", "\r", " \n", "\t\n", "\\\n", "\n\n \t"};
+    // clang-format off
     const char* const others[] = {
-        "mtllib lib.mtl",
-        "mtllib lib.mtl  ",
-        "mtllib sub\\lib.mtl",
-        "mtllib",
-        "mtllib missing.mtl",
-        "usemtl red",
-        "usemtl no name",
-        "usemtl",
-        "usemtl two words",
-        "# f 1 2 3",
-        "g group",
-        "vp 1 2 3",
-        "s 1",
-        "v",
-        "f",
+        "mtllib lib.mtl", "mtllib lib.mtl  ", "mtllib sub\\lib.mtl", "mtllib", "mtllib missing.mtl",
+        "usemtl red", "usemtl no name", "usemtl", "usemtl two words", "# f 1 2 3", "g group", "vp 1 2 3",
+        "s 1", "v", "f",
     };
+    // clang-format on
     std::string text;
     const size_t kind = below(random, 10);
     if (kind < 5) {
@@ -249,6 +185,62 @@ struct file_kind {
     size_t lines;
     size_t long_line_in; // one line in so many is long
 };
+
+template <class T>
+std::string compare(const char* what, const T* got, size_t count, const std::vector<T>& expected) {
+    if (count != expected.size()) {
+        return std::string(what) + ": " + std::to_string(count) + " instead of " +
+               std::to_string(expected.size());
+    }
+    for (size_t i = 0; i < count; i++) {
+        if (memcmp(&got[i], &expected[i], sizeof(T)) == 0) continue;
+        return std::string(what) + "[" + std::to_string(i) + "]: " + std::to_string(got[i]) + " instead of " +
+               std::to_string(expected[i]);
+    }
+    return "";
+}
+
+std::string compare(const material& got, const reference_material& expected) {
+    if (got.name != expected.name) return "material " + std::string(got.name);
+    if (memcmp(got.ambient, expected.ambient, 12) != 0 || memcmp(got.diffuse, expected.diffuse, 12) != 0 ||
+        memcmp(got.specular, expected.specular, 12) != 0 || memcmp(&got.alpha, &expected.alpha, 4) != 0 ||
+        memcmp(&got.spec_exp, &expected.spec_exp, 4) != 0) {
+        return "values of material " + expected.name;
+    }
+    const std::string map = got.diffuseMap ? got.diffuseMap->filename : "none";
+    return map == expected.diffuse_map.value_or("none") ? ""
+                                                        : "map of material " + expected.name + ": " + map;
+}
+
+// Loads a file with the loader and with the reference and describes the first difference; empty: none.
+std::string difference_from_reference(const std::string& filename) {
+    const loaded_model loaded(filename);
+    const auto reference = reference_load(filename);
+    if (loaded.result != reference.has_value()) return "result " + std::to_string(loaded.result);
+    if (!reference) return "";
+
+    const trimesh& mesh = loaded.mesh();
+    const auto nvertices = static_cast<size_t>(mesh.nvertices);
+    const std::string differences[] = {
+        compare("vertices", mesh.vertices, nvertices * 3, reference->vertices),
+        compare("normals", mesh.normals, nvertices * 3, reference->normals),
+        compare("texcoords", mesh.texcoords[0], nvertices * 2, reference->texcoords),
+        compare("indices", mesh.indices, static_cast<size_t>(mesh.nfaces) * 3, reference->indices),
+        compare("radius", &loaded.root.root.radius, 1, {reference->radius}),
+    };
+    for (const std::string& difference : differences) {
+        if (!difference.empty()) return difference;
+    }
+    if (mesh.calc_normals == reference->normals_given) return "calc_normals";
+    if (static_cast<size_t>(mesh.nmaterials) != reference->segments.size()) return "number of segments";
+    for (size_t i = 0; i < reference->segments.size(); i++) {
+        const reference_segment& expected = reference->segments[i];
+        if (mesh.materials[i].startIndex != expected.start) return "start of segment " + std::to_string(i);
+        const std::string difference = compare(*mesh.materials[i].material, expected.material);
+        if (!difference.empty()) return difference;
+    }
+    return "";
+}
 
 TEST(Loader, ReadsRandomFilesAsTheDialectSays) {
     constexpr file_kind kinds[] = {

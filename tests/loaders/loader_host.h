@@ -1,4 +1,4 @@
-// A host that only resolves paths, files to load, and the means to compare models.
+// A host that only resolves paths, and files to load.
 #ifndef LOADER_HOST_H
 #define LOADER_HOST_H
 
@@ -19,19 +19,22 @@ struct temp_folder {
     std::string path;
 };
 
-// Loads with a host that finds every path that exists. The scene is released at the end.
+template <class T> T& node(const group& g, int index) {
+    return *static_cast<T*>(g.nodes[index].node);
+}
+
+// Loads with a host that finds every path that exists; expects an empty scene where that fails. The scene is
+// released at the end, twice.
 struct loaded_model {
     explicit loaded_model(const std::string& filename, decltype(&group_loadobj) load = group_loadobj);
     ~loaded_model();
     loaded_model(const loaded_model&) = delete;
     loaded_model& operator=(const loaded_model&) = delete;
-    const trimesh& mesh() const { return *static_cast<trimesh*>(root.root.nodes[0].node); }
+    const trimesh& mesh() const { return node<trimesh>(root.root, 0); }
     scene root = {};
     int result = 0;
+    bool incomplete = false;        // the loader said that memory cost a part
     std::vector<std::string> asked; // names that the host was to find
 };
-
-// Loads a file with the loader and with the reference and describes the first difference; empty: none.
-std::string difference_from_reference(const std::string& filename);
 
 #endif

@@ -1,16 +1,13 @@
 // What files hold, how it is printed, checked, compared and written back.
 
-#include "fixture.h"
-#include "qelf/qelf.h"
+#include "records.h"
 #include "scene_bytes.h"
 
 #include <fstream>
-#include <gtest/gtest.h>
 #include <sstream>
 
 namespace {
 
-const extension_table table = {QELF_formExtensions, 1};
 const std::string in_form = "Error while reading chunk!\n";
 const std::string at_end = "ERROR: cannot open main chunk!\n";
 

@@ -219,37 +219,3 @@ record everything() {
          chunk_record("TXTR", texture_record(0, "", "b.png")), chunk_record("ANIM", animation_record()),
          record(chunk_record("JUNK", {"", 3, {}})).append(record().embed("JUNK", "\x01\x7f\xff"))});
 }
-
-void fail_every_allocation(const std::function<bool()>& action) {
-    bool refused = true;
-    for (int count = 0; refused; count++) {
-        const long blocks = heap.blocks;
-        heap.left = count;
-        testing::internal::CaptureStderr();
-        const bool good = action();
-        refused = heap.left < 0;
-        heap.left = LONG_MAX;
-        EXPECT_TRUE(!testing::internal::GetCapturedStderr().empty() || good)
-            << "after " << count << " allocations";
-        EXPECT_EQ(heap.blocks, blocks) << "after " << count << " allocations";
-    }
-}
-
-// The linker sends the program's own calls here (--wrap), and the call in here to fixture.cpp.
-extern "C" {
-char* __wrap_strdup(const char* text);
-char* __wrap_strndup(const char* text, size_t size);
-
-char* __wrap_strdup(const char* text) {
-    return __wrap_strndup(text, strlen(text));
-}
-
-char* __wrap_strndup(const char* text, size_t size) {
-    const size_t length = strnlen(text, size);
-    auto* copy = static_cast<char*>(malloc(length + 1));
-    if (!copy) return nullptr;
-    memcpy(copy, text, length);
-    copy[length] = '\0';
-    return copy;
-}
-}

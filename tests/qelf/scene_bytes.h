@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -62,9 +61,5 @@ record scene_record(const record& scene_group);
 
 // Every kind of chunk, node and field, names of even and odd lengths, a chunk nobody knows.
 record everything();
-
-// Lets one allocation of `action` after the other fail, with all that follow it, until none does. Expects
-// that all memory is given back each time, and a report where `action` says that it failed.
-void fail_every_allocation(const std::function<bool()>& action);
 
 #endif
