@@ -44,31 +44,31 @@ uint32_t digit(uint32_t hash, uint32_t place) {
     return hash >> place * digit_bits & (digit_count - 1);
 }
 
-// Two arrays of a hash for each vertex, the second for work on the first.
-struct scratch {
-    heap_ptr<hashed_vertex> vertices;
-    heap_ptr<hashed_vertex> spare;
+// Room for all vertices, twice: sorting goes from one to the other.
+struct workspace {
+    hashed_vertex* vertices;
+    hashed_vertex* spare;
 };
 
 // Fills in the vertices in the order of their hashes, and of their indices within each. Returns how many
 // there are: a vertex that is not even equal to itself is left out.
-size_t sort_by_hash(const trimesh* mesh, scratch* work) {
+size_t sort_by_hash(const trimesh* mesh, workspace* work) {
     uint32_t starts[hash_digits][digit_count] = {};
     size_t count = 0;
     for (uint32_t i = 0; i < static_cast<uint32_t>(mesh->nvertices); i++) {
         const float* const p = mesh->vertices + size_t{i} * 3;
         if (std::isnan(p[0]) || std::isnan(p[1]) || std::isnan(p[2])) continue;
         const uint32_t hash = hash_position(p);
-        work->vertices.get()[count++] = {hash, i};
+        work->vertices[count++] = {hash, i};
         for (uint32_t place = 0; place < hash_digits; place++) {
             starts[place][digit(hash, place)]++;
         }
     }
     for (uint32_t place = 0; place < hash_digits; place++) {
         std::exclusive_scan(starts[place], starts[place] + digit_count, starts[place], 0u);
-        const hashed_vertex* const from = work->vertices.get();
+        const hashed_vertex* const from = work->vertices;
         for (size_t i = 0; i < count; i++) {
-            work->spare.get()[starts[place][digit(from[i].hash, place)]++] = from[i];
+            work->spare[starts[place][digit(from[i].hash, place)]++] = from[i];
         }
         std::swap(work->vertices, work->spare);
     }
@@ -162,23 +162,23 @@ int trimesh_calculatenormals(trimesh* mesh) {
     face_normals(mesh);
 
     const auto count = static_cast<size_t>(mesh->nvertices);
-    scratch work{heap_ptr<hashed_vertex>{heap_array<hashed_vertex>(count)},
-                 heap_ptr<hashed_vertex>{heap_array<hashed_vertex>(count)}};
-    if (!work.vertices || !work.spare) return 0; // the face normals stay
+    const heap_ptr<hashed_vertex> room{heap_array<hashed_vertex>(count * 2)};
+    if (!room) return 0; // the face normals stay
+    workspace work = {room.get(), room.get() + count};
     const size_t sorted = sort_by_hash(mesh, &work);
 
-    hashed_vertex* const first = work.spare.get();
+    hashed_vertex* const first = work.spare;
     for (size_t i = 0; i < count; i++) {
         first[i].index = static_cast<uint32_t>(i);
     }
-    hashed_vertex* const vertices = work.vertices.get();
-    visit_positions(mesh, vertices, vertices + sorted, [first](hashed_vertex* begin, hashed_vertex* end) {
+    const auto note = [first](const hashed_vertex* begin, const hashed_vertex* end) {
         if (end - begin < 2) return;
         first[begin->index].index = leads;
         for (const hashed_vertex* v = begin + 1; v != end; v++) {
             first[v->index].index = begin->index;
         }
-    });
+    };
+    visit_positions(mesh, work.vertices, work.vertices + sorted, note);
     smooth(mesh, first);
     return 1;
 }
