@@ -182,12 +182,12 @@ int32_t trimesh_segment_end(const trimesh* mesh, int32_t i) {
     return i + 1 < mesh->nmaterials ? mesh->materials[i + 1].startIndex : mesh->nfaces;
 }
 
-void trimesh_scaletexcoords(trimesh* mesh) {
-    if (mesh->use_textures == 0 || mesh->nmaterials == 0 || mesh->nvertices == 0) return;
+int trimesh_scaletexcoords(trimesh* mesh) {
+    if (mesh->use_textures == 0 || mesh->nmaterials == 0 || mesh->nvertices == 0) return 1;
     // A vertex that several faces or segments share is scaled once: one bit a vertex.
     const heap_ptr<uint8_t> done{
         static_cast<uint8_t*>(calloc(static_cast<size_t>(mesh->nvertices) / 8 + 1, 1))};
-    if (!done) return;
+    if (!done) return 0;
 
     float* const uv = mesh->texcoords[0];
     for (int32_t i = 0; i < mesh->nmaterials; i++) {
@@ -204,6 +204,7 @@ void trimesh_scaletexcoords(trimesh* mesh) {
             uv[vertex * 2 + 1] *= map->scale_v;
         }
     }
+    return 1;
 }
 
 void trimesh_free(void* node) {

@@ -11,7 +11,7 @@ struct material_segment {
 };
 
 // Pushing keeps room for one element more in each array; a mesh may come with full ones. Once trimesh_load
-// has put the mesh into buffer objects, the arrays that went there are released and null.
+// has put the mesh into buffer objects, its arrays are released and null.
 struct trimesh {
     char* name;
     float transform[16];
@@ -70,8 +70,9 @@ void trimesh_settexcoordsn(trimesh* mesh, int32_t set, const void* data, size_t 
 // memory was short: the normals are then those of the faces.
 int trimesh_calculatenormals(trimesh* mesh);
 
-// Scales texture set 0 to the part of their GL textures that the diffuse images fill.
-void trimesh_scaletexcoords(trimesh* mesh);
+// Scales texture set 0 to the part of their GL textures that the diffuse images fill. 1; 0 when memory was short:
+// nothing is scaled then.
+int trimesh_scaletexcoords(trimesh* mesh);
 
 // Position and index of a vertex. cmp_vertices orders them by x, y, z for qsort: -1, 0 or 1, a NaN comparing
 // as greater.

@@ -50,11 +50,15 @@ float* allocate_records(size_t records, int each) {
                                                                               : heap_array<float>(count);
 }
 
-// The arrays that went to GL, or into another array.
+// The arrays that went to GL, or into another array, and those that nothing draws.
 void release_sources(trimesh* mesh) {
     heap_clear(mesh->vertices);
-    if (mesh->use_textures) heap_clear(mesh->texcoords[0]);
+    for (int32_t set = 0; set < mesh->use_textures; set++) {
+        heap_clear(mesh->texcoords[set]);
+    }
     heap_clear(mesh->normals);
+    heap_clear(mesh->tangents);
+    heap_clear(mesh->binormals);
     heap_clear(mesh->indices);
 }
 
@@ -240,8 +244,9 @@ void trimesh_load(void* node, int use_vbos, render_context* context) {
     for (int32_t i = 0; i < mesh->nmaterials; i++) {
         if (mesh->materials[i].material) material_load(mesh->materials[i].material, context);
     }
-    if (!trimesh_calculatenormals(mesh)) load_incomplete(context);
-    trimesh_scaletexcoords(mesh);
+    const int smooth = trimesh_calculatenormals(mesh);
+    const int scaled = trimesh_scaletexcoords(mesh);
+    if (!smooth || !scaled) load_incomplete(context);
 
     const int floats = layout_of(mesh).floats;
     if (!draws_32bit_indices()) {
