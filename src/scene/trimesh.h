@@ -70,8 +70,8 @@ void trimesh_settexcoordsn(trimesh* mesh, int32_t set, const void* data, size_t 
 // memory was short: the normals are then those of the faces.
 int trimesh_calculatenormals(trimesh* mesh);
 
-// Scales texture set 0 to the part of their GL textures that the diffuse images fill. 1; 0 when memory was short:
-// nothing is scaled then.
+// Scales texture set 0 to the part of their GL textures that the diffuse images fill. 1; 0 when memory was
+// short: nothing is scaled then.
 int trimesh_scaletexcoords(trimesh* mesh);
 
 // Position and index of a vertex. cmp_vertices orders them by x, y, z for qsort: -1, 0 or 1, a NaN comparing
