@@ -35,12 +35,6 @@ class state : public stage {
         glLinkProgram(program_);
     }
 
-    // A later test in this process starts with a context as new.
-    void TearDown() override {
-        stage::TearDown();
-        EXPECT_TRUE(gl_->replace());
-    }
-
     // State that a frame brings along itself.
     void disturb_own() {
         glActiveTexture(GL_TEXTURE0);
