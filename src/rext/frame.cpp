@@ -133,6 +133,7 @@ bool load_model(app_record* app, render_context* context) {
     group_config(&state->scene.root, context);
     group_update(context);
     state->loaded = 1;
+    gl_models++;
     timer.stop("model3d: load model");
     return true;
 }

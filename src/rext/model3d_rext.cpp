@@ -66,7 +66,10 @@ void set_defaults(model3d_state* state) {
 }
 
 void unload_model(model3d_state* state) {
-    if (state->loaded) gl_context_check();
+    if (state->loaded) {
+        gl_context_check();
+        gl_models--;
+    }
     scene_free(&state->scene);
     state->loaded = 0;
     state->incomplete = 0;

@@ -13,7 +13,16 @@ void upload(texture* t, GLenum format, int32_t width, int32_t height, GLenum typ
     glActiveTexture(GL_TEXTURE0);
     glGenTextures(1, &t->id);
     glBindTexture(GL_TEXTURE_2D, t->id);
+    // Rows follow one another without gaps; a host that pads its own may have asked GL for up to 8 bytes.
+    const int32_t row_bytes = width * (type == GL_UNSIGNED_BYTE ? 4 : 2);
+    const bool tight = row_bytes % 8 != 0;
+    GLint alignment = 4;
+    if (tight) {
+        glGetIntegerv(GL_UNPACK_ALIGNMENT, &alignment);
+        glPixelStorei(GL_UNPACK_ALIGNMENT, 2);
+    }
     glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(format), width, height, 0, format, type, pixels);
+    if (tight) glPixelStorei(GL_UNPACK_ALIGNMENT, alignment);
 }
 
 void set_parameters() {

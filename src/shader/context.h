@@ -8,6 +8,10 @@
 // The number of the current context: how many were seen lost before it.
 extern uint32_t gl_context;
 
+// Loaded models of the process. While there are any, clearing the caches leaves one program in GL that tells
+// whether the models' context is still there.
+extern int32_t gl_models;
+
 // Looks whether the first program made is still there. When it is gone, or another has its name, the context
 // was replaced: gl_context counts on, and what the caches held is forgotten, for GL has forgotten it too.
 // Three queries; none while no program has been made.

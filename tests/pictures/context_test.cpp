@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <dlfcn.h>
 
 namespace pictures {
 namespace {
@@ -121,6 +122,7 @@ TEST_F(context, may_be_replaced_behind_the_back_of_controls) {
         {"destroyed", false, "destroy"},
         {"told and destroyed", true, "destroy"},
         {"another host", false, "start"},
+        {"caches cleared alone", false, "clear"},
         {"idle, then another host", false, "idle start"},
     };
     const scene shown = small_scene(boxes());
@@ -144,6 +146,11 @@ TEST_F(context, may_be_replaced_behind_the_back_of_controls) {
                 for (kora_control* control : controls)
                     kora_control_destroy(control);
             if (row.told) kora_app_presleep(app_);
+            if (!strcmp(row.then, "clear")) {
+                void* plugin = dlopen(PICTURES_PLUGIN, RTLD_NOW | RTLD_NOLOAD);
+                reinterpret_cast<void (*)()>(dlsym(plugin, "lum_gl_clearprogramcaches"))();
+                dlclose(plugin);
+            }
             for (int times = strcmp(row.then, "again") ? 1 : 2; times; --times)
                 ASSERT_TRUE(gl_->replace());
             const host_objects host(shift);

@@ -144,7 +144,7 @@ bool same(const image& a, const image& b) {
 model boxes() {
     model m;
     add_material(m, {0.4, 0.4, 0.4}, {0.9, 0.8, 0.7}, {0.3, 0.3, 0.3}, 15, 1, "chart.tga");
-    image& chart = m.textures["chart.tga"] = image(4, 4, {240, 240, 30, 255});
+    image& chart = m.textures["chart.tga"] = image(3, 4, {240, 240, 30, 255});
     for (int i = 0; i < 3; ++i)
         chart.at(i, i / 2) = {20, static_cast<uint8_t>(60 * i), 200, 255};
     add_box(m, {-0.5, 0.1, 0.3}, {0.5, 0.6, 0.4}, true);

@@ -178,6 +178,10 @@ DRIVER const GLubyte* glGetString(GLenum name) {
     return reinterpret_cast<const GLubyte*>(name == GL_VERSION ? gl().version : gl().extensions);
 }
 
+DRIVER void glPixelStorei(GLenum what, GLint value) {
+    CALL("glPixelStorei 0x%x %d", what, value);
+}
+
 DRIVER void glGetIntegerv(GLenum what, GLint* value) {
     CALL("glGetIntegerv %s", name_of(what));
     if (what == GL_VIEWPORT)

@@ -21,7 +21,7 @@ UNEXPECTED(glGetShaderSource) UNEXPECTED(glGetTexParameterfv) UNEXPECTED(glGetTe
 UNEXPECTED(glGetUniformfv) UNEXPECTED(glGetUniformiv) UNEXPECTED(glGetVertexAttribPointerv)
 UNEXPECTED(glGetVertexAttribfv) UNEXPECTED(glGetVertexAttribiv) UNEXPECTED(glHint) UNEXPECTED(glIsEnabled)
 UNEXPECTED(glIsFramebuffer) UNEXPECTED(glIsRenderbuffer) UNEXPECTED(glIsTexture) UNEXPECTED(glLineWidth)
-UNEXPECTED(glPixelStorei) UNEXPECTED(glPolygonOffset) UNEXPECTED(glReadPixels)
+UNEXPECTED(glPolygonOffset) UNEXPECTED(glReadPixels)
 UNEXPECTED(glReleaseShaderCompiler) UNEXPECTED(glRenderbufferStorage) UNEXPECTED(glSampleCoverage)
 UNEXPECTED(glScissor) UNEXPECTED(glShaderBinary) UNEXPECTED(glStencilFunc) UNEXPECTED(glStencilFuncSeparate)
 UNEXPECTED(glStencilMask) UNEXPECTED(glStencilMaskSeparate) UNEXPECTED(glStencilOp)

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -115,6 +116,34 @@ TEST_F(frames, without_32_bit_indices) {
     gl().version = "OPENGL ES 2.0";
     gl().extensions = "";
     try_every_shortage("tri.obj");
+}
+
+TEST_F(frames, leave_nothing_behind_in_a_thousand_lives) {
+    write_three_triangles();
+    std::filesystem::copy(SCENES "/everything", folder + "/scene.qel");
+    control shown;
+    shown.realize();
+    show(shown);
+    const auto counts = [] {
+        return std::tuple(heap.blocks, gl().live_objects(), host().held, host().live_maps);
+    };
+    const auto before = counts();
+    for (int i = 0; i < 1000; ++i) {
+        host_fire("kora.presleep");
+        shown.render();
+        control copy;
+        shown.copy_to(copy);
+        copy.render();
+        copy.release();
+        shown.set(id_filename, "scene.qel");
+        shown.render();
+        shown.set(id_filename, "tri.obj");
+        shown.render();
+        gl().draws.clear();
+        recorded().clear();
+    }
+    EXPECT_TRUE(counts() == before);
+    host().listeners.clear();
 }
 
 } // namespace
