@@ -100,6 +100,7 @@ TEST(qelf_build, places_are_taken_once_and_counts_are_positive) {
                   EXPECT_FALSE(QELF_addNodeToGroup(group.get(), 1, node));
                   EXPECT_FALSE(QELF_setAnimationChannelNodeNameAndType(animation.get(), 1, "n", 0));
                   EXPECT_FALSE(QELF_allocateAnimationChannelKeyBuffer(animation.get(), 0, -1));
+                  EXPECT_FALSE(QELF_allocateAnimationChannelKeyBuffer(animation.get(), 99, 1));
                   EXPECT_FALSE(QELF_createAnimation(-1, 0) || QELF_createTriangleMesh(0, -1, 0, 0, 0, 0, 0));
                   EXPECT_FALSE(QELF_createTriangleMesh(0, 0, 1u << 30, 0, 0, 0, 0));
                   group->chunk.chunkSize = INT32_MAX - 7;
@@ -107,7 +108,7 @@ TEST(qelf_build, places_are_taken_once_and_counts_are_positive) {
               }),
               "'TMSH': no room for the material!\n'TMSH': no room for the material!\n"
               "'TMSH': no such material!\n'SGRP': no room for the node!\n'SGRP': no room for the node!\n"
-              "'ANIM': no such channel!\n'ANIM': negative number of keys!\n"
+              "'ANIM': no such channel!\n'ANIM': negative number of keys!\n'ANIM': no such channel!\n"
               "'ANIM': negative number of channels!\n'TMSH': negative number of vertices or faces!\n"
               "Size of 'TMSH' exceeds 32 bits!\nSize of 'SGRP' exceeds 32 bits!\n");
     EXPECT_EQ(group->name, nullptr);
@@ -151,6 +152,7 @@ TEST(qelf_build, a_full_disk_is_reported_with_the_field) {
         const std::string expected = "Error writing " + report.substr(strlen("Error reading "));
         const std::string reported = reports_of([&] { EXPECT_EQ(write(tree.get(), table, room), ""); });
         EXPECT_EQ(reported.substr(0, expected.size()), expected) << room;
+        EXPECT_EQ(reported.rfind("Error writing '"), 0u) << "nothing is written after it: " << reported;
     }
 }
 
