@@ -40,7 +40,7 @@ typedef struct shader_uniform {
     uint32_t type; /* as glGetActiveUniform reports it */
     int32_t location;
     void* value;         /* heap copy of the last value sent, or null */
-    uint32_t value_size; /* its bytes */
+    uint32_t value_size; /* its bytes; 0 without */
 } shader_uniform;
 
 typedef kora_reference shader_ref;

@@ -8,6 +8,7 @@
 #include "rext/placement.h"
 #include "rext/shading.h"
 #include "rext/target.h"
+#include "shader/cache.h"
 #include "shader/context.h"
 
 #include <GLES2/gl2.h>
@@ -39,6 +40,8 @@ const shading_programs* programs_of(const model3d_state* state) {
 struct shader_refs {
     resource_manager* resources;
     kora_reference* refs[builtin_shader_count];
+    // The uniforms of programs that the pool did not make.
+    shader_uniform* found[builtin_shader_count][builtin_uniform_count];
 
     void release() {
         for (kora_reference*& ref : refs) {
@@ -81,8 +84,16 @@ bool acquire_shaders(app_record* app, model3d_state* state, shader_refs* shaders
     for (int i = 0; i < builtin_shader_count; i++) {
         kora_reference* const ref = shaders->refs[i];
         void* const data = ref ? shaders->resources->get_data(shaders->resources, ref) : nullptr;
-        state->programs[i] = static_cast<shader_program*>(data);
-        if (!data || !program_renew(app, state->programs[i], &model3d_shaders[i])) complete = false;
+        auto* const program = static_cast<shader_program*>(data);
+        state->programs[i] = program;
+        if (!program || !program_renew(app, program, &model3d_shaders[i])) {
+            complete = false;
+        } else if (const program_record* own = program_record_find(program)) {
+            state->uniforms[i] = {program, own->builtin};
+        } else {
+            find_builtin_uniforms(program, shaders->found[i]);
+            state->uniforms[i] = {program, shaders->found[i]};
+        }
     }
     if (!complete) {
         shaders->release();
@@ -176,29 +187,30 @@ GLint set_gl_state(const model3d_state* state) {
 void send_global_uniforms(const model3d_state* state, const shading_programs& row,
                           const float proj_view[16]) {
     model3d_diag_log(nullptr, 6, "%s", row.trace);
-    shader_program* const both[] = {state->programs[row.color], state->programs[row.texture]};
-    for (shader_program* program : both) {
-        glUseProgram(program->program);
-        set_mat4(program, "proj_view", proj_view);
-        if (row.is_lit) set_vec3(program, "camera_pos", state->camera_position);
-        set_float(program, "lightness", state->lightness);
-        set_float(program, "ambient_factor", state->ambient);
+    const uniform_table* const both[] = {&state->uniforms[row.color], &state->uniforms[row.texture]};
+    for (const uniform_table* program : both) {
+        glUseProgram(program->program->program);
+        uniform_set(*program, uniform_proj_view, proj_view);
+        if (row.is_lit) uniform_set(*program, uniform_camera_pos, state->camera_position);
+        uniform_set(*program, uniform_lightness, &state->lightness);
+        uniform_set(*program, uniform_ambient_factor, &state->ambient);
     }
-    set_int(both[1], "diffuseSampler", 0);
+    const GLint unit = 0;
+    uniform_set(*both[1], uniform_diffuse_sampler, &unit);
 }
 
 void send_lights(const model3d_state* state, const shading_programs& row) {
-    shader_program* const both[] = {state->programs[row.color], state->programs[row.texture]};
+    const uniform_table* const both[] = {&state->uniforms[row.color], &state->uniforms[row.texture]};
     if (state->lighting_mode == lighting_internal) {
         model3d_diag_log(nullptr, 6, "rendering with internal lighting");
-        for (shader_program* program : both) {
-            set_internal_light_uniforms(program, &state->scene, state->light_direction,
+        for (const uniform_table* program : both) {
+            set_internal_light_uniforms(*program, &state->scene, state->light_direction,
                                         state->light_intensity);
         }
     } else {
         model3d_diag_log(nullptr, 6, "rendering with model-specified lighting");
-        for (shader_program* program : both) {
-            set_scene_light_uniforms(program, &state->scene);
+        for (const uniform_table* program : both) {
+            set_scene_light_uniforms(*program, &state->scene);
         }
     }
 }
@@ -246,6 +258,7 @@ void draw(app_record* app, render_canvas* canvas, render_context* context, uint3
     timer.stop("model3d: pre-render light calc and config");
 
     timer.start();
+    state->last_segment.program = nullptr;
     group_render(&state->scene.root, rendercb, identity, state);
     timer.stop("model3d: render scene graph");
     state->flags &= ~static_cast<uint32_t>(MODEL3D_FLAG_UPDATED | MODEL3D_FLAG_DIRTY_DEFORMER);
@@ -267,7 +280,9 @@ int renderext_model3d_render(render_canvas* canvas, control_record* control, ren
     gl_context_check();
     if (state->loaded && state->context != gl_context) renderext_model3d_cleanup(rext);
     app_record* const app = control->app;
-    shader_refs shaders = {app->services->resource, {}};
+    shader_refs shaders;
+    shaders.resources = app->services->resource;
+    memset(shaders.refs, 0, sizeof(shaders.refs));
     if (!acquire_shaders(app, state, &shaders)) return 0;
     render_context context = {state, control};
     if (state->incomplete) unload_model(state);

@@ -12,18 +12,27 @@ namespace {
 
 constexpr float white[3] = {1.0f, 1.0f, 1.0f};
 
-// A member of a light's slot: "light_params[i].member".
-struct light_name {
-    char text[260];
-    light_name(int i, const char* member) { snprintf(text, sizeof(text), "light_params[%d].%s", i, member); }
-};
+// A member of a slot that the built-in programs do not have: "light_params[i].member".
+void set_by_name(shader_program* program, int i, const char* member, int count, const float* value) {
+    char name[260];
+    snprintf(name, sizeof(name), "light_params[%d].%s", i, member);
+    lum_gl_shader_set_uniform_value(program, name, UNIFORM_VALUE_FLOAT, count, value);
+}
 
-void set_light_uniforms(shader_program* program, int i, const float position[4], const float diffuse[3],
+void set_light_uniforms(const uniform_table& program, int i, const float position[4], const float diffuse[3],
                         const float specular[3], float intensity) {
-    set_vec4(program, light_name(i, "position").text, position);
-    set_vec3(program, light_name(i, "diffuse_color").text, diffuse);
-    set_vec3(program, light_name(i, "specular_color").text, specular);
-    set_float(program, light_name(i, "intensity").text, intensity);
+    if (i < max_lights) {
+        const int first = uniform_light_params + i * light_members;
+        uniform_set(program, first + light_position, position);
+        uniform_set(program, first + light_diffuse_color, diffuse);
+        uniform_set(program, first + light_specular_color, specular);
+        uniform_set(program, first + light_intensity, &intensity);
+    } else {
+        set_by_name(program.program, i, "position", 4, position);
+        set_by_name(program.program, i, "diffuse_color", 3, diffuse);
+        set_by_name(program.program, i, "specular_color", 3, specular);
+        set_by_name(program.program, i, "intensity", 1, &intensity);
+    }
 }
 
 } // namespace
@@ -45,18 +54,19 @@ void light_prerender(void* node, int, const float parent[16], void*) {
     }
 }
 
-int set_internal_light_uniforms(shader_program* program, const scene*, const float direction[3],
+int set_internal_light_uniforms(const uniform_table& program, const scene*, const float direction[3],
                                 float intensity) {
-    glUseProgram(program->program);
-    set_int(program, "nlights", 1);
+    glUseProgram(program.program->program);
+    const GLint nlights = 1;
+    uniform_set(program, uniform_nlights, &nlights);
     const float position[4] = {direction[0], direction[1], direction[2], 0.0f};
     set_light_uniforms(program, 0, position, white, white, intensity);
     return 1;
 }
 
-int set_scene_light_uniforms(shader_program* program, const scene* s) {
-    glUseProgram(program->program);
-    set_int(program, "nlights", s->nlights);
+int set_scene_light_uniforms(const uniform_table& program, const scene* s) {
+    glUseProgram(program.program->program);
+    uniform_set(program, uniform_nlights, &s->nlights);
     for (int32_t i = 0; i < s->nlights; i++) {
         const light* const l = s->lights[i];
         const float intensity = l->intensity * 0.01f; // percent in the file

@@ -7,6 +7,7 @@
 #include "model3d/model3d.h"
 #include "rext/bindings.h"
 #include "rext/state.h"
+#include "scene/bindings.h"
 #include "shader/context.h"
 
 int32_t MODEL3D_GLOBAL_USE_VBOS = 1;

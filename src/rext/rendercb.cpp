@@ -2,20 +2,26 @@
 #include "rext/shading.h"
 #include "scene/bindings.h"
 #include "scene/material.h"
+#include "shader/uniform_set.h"
 
 #include <GLES2/gl2.h>
 
+#include <cstring>
+
 namespace {
 
-// Surface of a mesh without materials.
-struct surface {
-    float ka[3];
-    float kd[3];
-    float ks[3];
-    float ke[3];
-    float spec_exp;
-    float alpha;
-};
+constexpr material make_plain() {
+    material m = {};
+    for (int i = 0; i < 3; i++) {
+        m.ambient[i] = 0.2f;
+        m.diffuse[i] = 1.0f;
+    }
+    m.spec_exp = m.alpha = 1.0f;
+    return m;
+}
+
+// The surface of a mesh without materials.
+constexpr material plain = make_plain();
 
 // How a shading model draws: programs and trace lines, colour first, then texture.
 struct shading_row {
@@ -36,57 +42,58 @@ constexpr shading_row shadings[] = {
      false},
 };
 
-void send_surface(shader_program* program, const surface& s, bool is_lit, const float model_local[16]) {
-    glUseProgram(program->program);
-    set_mat4(program, "model_local", model_local);
-    if (is_lit) {
-        float normal_model_local[9];
-        mat_to3x3(model_local, normal_model_local);
-        set_mat3(program, "normal_model_local", normal_model_local);
-    }
-    set_vec3(program, "ka", s.ka);
-    set_vec3(program, "kd", s.kd);
-    if (is_lit) set_vec3(program, "ks", s.ks);
-    set_vec3(program, "ke", s.ke);
-    if (is_lit) set_float(program, "spec_exp", s.spec_exp);
-    set_float(program, "alpha", s.alpha);
+// Makes the segment's matrices, unless it has the last one's, as the segments of a mesh do.
+void place(segment_transform& last, const float model[16], const float combined[16]) {
+    if (last.program && same_words(last.combined, combined, sizeof(last.combined))) return;
+    memcpy(last.combined, combined, sizeof(last.combined));
+    mat_mul(model, combined, last.model_local);
+    mat_to3x3(last.model_local, last.normal_model_local);
+    last.program = nullptr;
 }
 
-surface surface_of(const material* m, float alpha) {
-    return {{m->ambient[0], m->ambient[1], m->ambient[2]},
-            {m->diffuse[0], m->diffuse[1], m->diffuse[2]},
-            {m->specular[0], m->specular[1], m->specular[2]},
-            {m->emissive[0], m->emissive[1], m->emissive[2]},
-            m->spec_exp,
-            alpha};
+void trace_material(const material* m, float global_alpha, float alpha, const char* shading) {
+    if (!m) {
+        model3d_diag_log(nullptr, 6, "no material, using defaults for solid color shading");
+        return;
+    }
+    model3d_diag_log(nullptr, 6, "material alpha: %f", double{m->alpha});
+    model3d_diag_log(nullptr, 6, "global alpha: %f", double{global_alpha});
+    model3d_diag_log(nullptr, 6, "combined alpha: %f", double{alpha});
+    if (shading) model3d_diag_log(nullptr, 6, "%s", shading);
 }
 
 } // namespace
 
 int rendercb(const char*, const material* m, const float combined[16], void* user) {
     auto* state = static_cast<model3d_state*>(user);
-    float model_local[16];
-    mat_mul(state->model, combined, model_local);
-    model3d_diag_log_matrix(nullptr, 6, "local transform matrix", model_local);
+    segment_transform& transform = state->last_segment;
+    place(transform, state->model, combined);
+    model3d_diag_log_matrix(nullptr, 6, "local transform matrix", transform.model_local);
 
     const bool known = state->shading_model >= shading_gouraud && state->shading_model <= shading_flat;
     const shading_row* const row = known ? &shadings[state->shading_model] : nullptr;
-    if (!m) {
-        model3d_diag_log(nullptr, 6, "no material, using defaults for solid color shading");
-        if (!row) return 1;
-        const surface plain = {{0.2f, 0.2f, 0.2f}, {1.0f, 1.0f, 1.0f}, {}, {}, 1.0f, state->alpha};
-        send_surface(state->programs[row->programs[0]], plain, row->is_lit, model_local);
-        return 1;
+    const material& surface = m ? *m : plain;
+    const float alpha = surface.alpha * state->alpha;
+    const int textured = surface.diffuseMap ? 1 : 0;
+    if (model3d_diag_enabled(6)) {
+        trace_material(m, state->alpha, alpha, row ? row->traces[textured] : nullptr);
     }
-
-    const float alpha = m->alpha * state->alpha;
-    model3d_diag_log(nullptr, 6, "material alpha: %f", double{m->alpha});
-    model3d_diag_log(nullptr, 6, "global alpha: %f", double{state->alpha});
-    model3d_diag_log(nullptr, 6, "combined alpha: %f", double{alpha});
     if (!row) return 1;
-    const int textured = m->diffuseMap ? 1 : 0;
-    model3d_diag_log(nullptr, 6, "%s", row->traces[textured]);
-    send_surface(state->programs[row->programs[textured]], surface_of(m, alpha), row->is_lit, model_local);
+
+    const uniform_table program = state->uniforms[row->programs[textured]];
+    const bool is_sent = transform.program == program.program;
+    transform.program = program.program;
+    glUseProgram(program.program->program);
+    uniform_set_inline<uniform_model_local>(program, transform.model_local, is_sent);
+    if (row->is_lit) {
+        uniform_set_inline<uniform_normal_model_local>(program, transform.normal_model_local, is_sent);
+    }
+    uniform_set_inline<uniform_ka>(program, surface.ambient);
+    uniform_set_inline<uniform_kd>(program, surface.diffuse);
+    if (row->is_lit) uniform_set_inline<uniform_ks>(program, surface.specular);
+    uniform_set_inline<uniform_ke>(program, surface.emissive);
+    if (row->is_lit) uniform_set_inline<uniform_spec_exp>(program, &surface.spec_exp);
+    uniform_set_inline<uniform_alpha>(program, &alpha);
     return 1;
 }
 

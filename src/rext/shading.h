@@ -13,28 +13,8 @@ kora_reference* renderext_model3d_get_shader_ref(resource_manager* resources, co
 
 // Bind the program and send its lights: the control's own one, `direction` pointing towards it, or those
 // of the scene. Return 1.
-int set_internal_light_uniforms(shader_program* program, const scene* s, const float direction[3],
+int set_internal_light_uniforms(const uniform_table& program, const scene* s, const float direction[3],
                                 float intensity);
-int set_scene_light_uniforms(shader_program* program, const scene* s);
-
-// Short forms of lum_gl_shader_set_uniform_value.
-inline void set_float(shader_program* program, const char* name, float value) {
-    lum_gl_shader_set_uniform_value(program, name, UNIFORM_VALUE_FLOAT, 1, &value);
-}
-inline void set_vec3(shader_program* program, const char* name, const float value[3]) {
-    lum_gl_shader_set_uniform_value(program, name, UNIFORM_VALUE_FLOAT, 3, value);
-}
-inline void set_vec4(shader_program* program, const char* name, const float value[4]) {
-    lum_gl_shader_set_uniform_value(program, name, UNIFORM_VALUE_FLOAT, 4, value);
-}
-inline void set_int(shader_program* program, const char* name, int32_t value) {
-    lum_gl_shader_set_uniform_value(program, name, UNIFORM_VALUE_INT, 1, &value);
-}
-inline void set_mat3(shader_program* program, const char* name, const float value[9]) {
-    lum_gl_shader_set_uniform_value(program, name, UNIFORM_VALUE_MATRIX, 3, value);
-}
-inline void set_mat4(shader_program* program, const char* name, const float value[16]) {
-    lum_gl_shader_set_uniform_value(program, name, UNIFORM_VALUE_MATRIX, 4, value);
-}
+int set_scene_light_uniforms(const uniform_table& program, const scene* s);
 
 #endif

@@ -5,6 +5,7 @@
 #include "model3d/shader.h"
 #include "scene/scene.h"
 #include "shader/shaders.h"
+#include "shader/uniform.h"
 
 enum model3d_flag : uint32_t {
     MODEL3D_FLAG_DEFAULTS_SET = 1u << 0,
@@ -17,6 +18,14 @@ enum shading : int32_t { shading_gouraud, shading_blinn_phong, shading_flat };
 enum lighting : int32_t { lighting_internal, lighting_model };
 enum camera : int32_t { camera_legacy, camera_fly, camera_orbit };
 enum culling : int32_t { culling_off, culling_back };
+
+// The matrices of the segment drawn last.
+struct segment_transform {
+    const shader_program* program; // that they were sent to last in this frame, or null
+    float combined[16];            // the mesh's, in the scene
+    float model_local[16];
+    float normal_model_local[9];
+};
 
 // Zero-filled by the host before anything else. Angles in radians unless a name says degrees.
 struct model3d_state {
@@ -52,11 +61,13 @@ struct model3d_state {
     kor_string_map* groups; // name to group
     uint32_t context;       // that the scene was uploaded into
     int32_t incomplete;     // memory was short when the scene was loaded: load it again
+    // Valid while a frame is drawn.
+    uniform_table uniforms[builtin_shader_count];
+    segment_transform last_segment;
 };
 
-// Process-wide settings, written by init only.
+// Process-wide setting, written by init only; another is MODEL3D_DIAG_LEVEL (scene/bindings.h).
 extern int32_t MODEL3D_GLOBAL_USE_VBOS;
-extern int32_t MODEL3D_DIAG_LEVEL;
 
 inline model3d_state* state_of(const renderext_instance* rext) {
     return static_cast<model3d_state*>(rext->state);

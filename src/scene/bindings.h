@@ -15,13 +15,18 @@ void load_incomplete(render_context* context);
 // as the control is set up to, then configures the children.
 void group_config(void* node, render_context* context);
 
+// The plug-in's diagnostic level, written by init only.
+extern int32_t MODEL3D_DIAG_LEVEL;
+
 // Writes a line when `level` is at most the plug-in's diagnostic level, past the host's own filter.
 void model3d_diag_log(app_record* app, int32_t level, const char* format, ...) KORA_PRINTF(3, 4);
 
 // Whether model3d_diag_log would write: lets loops skip whole runs of lines.
-bool model3d_diag_enabled(int32_t level);
+inline bool model3d_diag_enabled(int32_t level) {
+    return level <= MODEL3D_DIAG_LEVEL;
+}
 
 // Does nothing: a place to look at matrices from.
-void model3d_diag_log_matrix(app_record* app, int32_t level, const char* title, const float m[16]);
+inline void model3d_diag_log_matrix(app_record*, int32_t, const char*, const float[16]) {}
 
 #endif

@@ -210,18 +210,7 @@ void draw_faces(const trimesh* mesh, const void* index_base, int32_t start, int3
                    reinterpret_cast<const void*>(reinterpret_cast<uintptr_t>(index_base) + offset));
 }
 
-void render_segment(const trimesh* mesh, int32_t i, draw_callback callback, const float combined[16],
-                    void* user, const void* index_base) {
-    model3d_diag_log(nullptr, 9, "rendering with material segment %d", i);
-    const material_segment& segment = mesh->materials[i];
-    const bool last = i + 1 == mesh->nmaterials;
-    if (!callback(mesh->name, segment.material, combined, user)) return;
-    if (segment.material && segment.material->diffuseMap) {
-        if (!last) model3d_diag_log(nullptr, 9, "setting diffuse map to active texture");
-        texture_use(segment.material->diffuseMap);
-    }
-    const int32_t start = segment.startIndex;
-    const int32_t end = trimesh_segment_end(mesh, i);
+void trace_faces(const trimesh* mesh, int32_t start, int32_t end, bool last) {
     if (draws_arrays(mesh)) {
         if (last) {
             model3d_diag_log(nullptr, 8, "rendering last array values %d to %d", start, end);
@@ -233,6 +222,22 @@ void render_segment(const trimesh* mesh, int32_t i, draw_callback callback, cons
     } else {
         model3d_diag_log(nullptr, 8, "rendering elements %d to %d", start, end);
     }
+}
+
+void render_segment(const trimesh* mesh, int32_t i, draw_callback callback, const float combined[16],
+                    void* user, const void* index_base) {
+    const bool traced = model3d_diag_enabled(8);
+    if (traced) model3d_diag_log(nullptr, 9, "rendering with material segment %d", i);
+    const material_segment& segment = mesh->materials[i];
+    const bool last = i + 1 == mesh->nmaterials;
+    if (!callback(mesh->name, segment.material, combined, user)) return;
+    if (segment.material && segment.material->diffuseMap) {
+        if (!last) model3d_diag_log(nullptr, 9, "setting diffuse map to active texture");
+        texture_use(segment.material->diffuseMap);
+    }
+    const int32_t start = segment.startIndex;
+    const int32_t end = trimesh_segment_end(mesh, i);
+    if (traced) trace_faces(mesh, start, end, last);
     draw_faces(mesh, index_base, start, end);
 }
 

@@ -3,7 +3,7 @@
 #ifndef SHADER_CACHE_H
 #define SHADER_CACHE_H
 
-#include "model3d/shader.h"
+#include "shader/uniform.h"
 
 // Compiled shaders that came from files, in the order they were made.
 struct shader_cache_entry {
@@ -38,6 +38,7 @@ enum class record_state {
 struct program_record : shader_program {
     record_state state;
     program_record* next;
+    shader_uniform* builtin[builtin_uniform_count]; // of the map
 };
 extern program_record* program_records;
 

@@ -98,6 +98,7 @@ void describe_program(app_record* app, program_record* record, const char* name)
     if (record->uniforms) kor_string_map_destroy(record->uniforms, shader_string_map_cb, nullptr);
     record->uniforms = nullptr;
     const bool complete = enumerate_uniforms(app, record, name);
+    find_builtin_uniforms(record, record->builtin);
     record->state = complete ? record_state::whole : record_state::partial;
 }
 

@@ -136,6 +136,19 @@ TEST_F(draw, buffers_hold_interleaved_vertices_and_plain_indices) {
     EXPECT_EQ(std::memcmp(gl().buffers.at(2).data(), indices, sizeof indices), 0);
 }
 
+// A mesh of several programs is sent its matrices by each, again when the model has moved.
+TEST_F(draw, every_program_of_a_mesh_knows_where_it_is) {
+    write_three_triangles();
+    control shown;
+    show(shown);
+    for (const float x : {3.0f, 4.0f}) {
+        shown.set(id_model_x, x);
+        shown.render();
+        for (const char* program : {"gouraud_color", "gouraud_texture"})
+            EXPECT_EQ(gl().named(program).find("model_local")->value[12], x) << program;
+    }
+}
+
 // ---- Lights of a scene. The OBJ loader makes none, so a loaded scene is given some. ----------------
 
 class scene_lights : public plugin_test {
