@@ -7,7 +7,7 @@
 // Replaces the control's map of groups by an empty one.
 void groups_renew(model3d_state* state);
 
-// Releases the map; the groups are the scene's.
+// Releases the map and the keys; the groups are the scene's.
 void groups_free(model3d_state* state);
 
 // Reads the nine values of every group in the map; sets MODEL3D_FLAG_DIRTY_DEFORMER on a change.

@@ -99,6 +99,7 @@ int renderext_model3d_copy(renderext_instance* dst, renderext_instance* src) {
     // What the source loaded stays the source's.
     to->scene = {};
     to->groups = nullptr;
+    to->keys = {};
     memset(to->programs, 0, sizeof(to->programs));
     to->filename = heap_text(to->filename);
     to->loaded = 0;

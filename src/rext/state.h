@@ -19,6 +19,31 @@ enum lighting : int32_t { lighting_internal, lighting_model };
 enum camera : int32_t { camera_legacy, camera_fly, camera_orbit };
 enum culling : int32_t { culling_off, culling_back };
 
+constexpr int bindings_per_group = 9;
+
+// The keys of one group's bindings, in their order, as places in binding_keys::texts.
+struct bound_group {
+    const group* owner;
+    const char* name; // the group's own
+    struct {
+        int32_t name; // relative to the control
+        int32_t key;  // the data manager's
+    } keys[bindings_per_group];
+};
+
+// The keys of all groups, in the map's order, written down when a model's values are read for the first time:
+// a dirty check only looks values up. Empty when there was no memory.
+struct binding_keys {
+    const control_record* control; // that they belong to
+    bound_group* groups;           // owned
+    char* texts;                   // owned
+    int32_t count;
+    int32_t capacity;
+    int32_t text_size;
+    int32_t text_capacity;
+    bool is_complete; // written down, as far as that could be done
+};
+
 // The matrices of the segment drawn last.
 struct segment_transform {
     const shader_program* program; // that they were sent to last in this frame, or null
@@ -61,6 +86,7 @@ struct model3d_state {
     kor_string_map* groups; // name to group
     uint32_t context;       // that the scene was uploaded into
     int32_t incomplete;     // memory was short when the scene was loaded: load it again
+    binding_keys keys;
     // Valid while a frame is drawn.
     uniform_table uniforms[builtin_shader_count];
     segment_transform last_segment;

@@ -3,8 +3,10 @@
 
 #include "plugin/fixture.h"
 #include "plugin/reference.h"
+#include "qelf/qelf.h"
 
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -185,6 +187,83 @@ TEST_F(bindings, long_names_are_cut_to_the_buffer) {
     expect_lines(recorded().text({channel::host}), lines(9, "data_get \"" + key + "\" 0"));
     EXPECT_EQ(recorded().count("8 app retrieving data for key: " + cut + " using data manager key: " + key),
               6);
+}
+
+// The keys of a model's groups are written down when they are first read, and read again from there.
+TEST_F(bindings, keys_follow_the_groups_of_a_scene_file) {
+    // Groups with a triangle each, below the first one.
+    const auto write_groups = [this](const char* file, const std::vector<std::string>& names) {
+        QELF_SceneGroup* const root = PLUGIN(QELF_createSceneGroup)(static_cast<uint32_t>(names.size() - 1));
+        PLUGIN(QELF_setGroupName)(root, names[0].c_str());
+        for (uint32_t i = 1; i < names.size(); ++i) {
+            const float vertices[9] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+            const uint32_t indices[3] = {0, 1, 2};
+            QELF_TriangleMesh* const mesh = PLUGIN(QELF_createTriangleMesh)(3, 1, 0, 0, 0, 0, 0);
+            ASSERT_TRUE(PLUGIN(QELF_allocateTrimeshBuffers)(mesh));
+            PLUGIN(QELF_setVertexData)(mesh, vertices, sizeof vertices);
+            PLUGIN(QELF_setIndexData)(mesh, indices, sizeof indices);
+            QELF_SceneGroup* const child = PLUGIN(QELF_createSceneGroup)(1);
+            PLUGIN(QELF_setGroupName)(child, names[i].c_str());
+            PLUGIN(QELF_addNodeToGroup)(child, 0, PLUGIN(QELF_createNode)(QELF_NODE_TRIMESH, mesh));
+            PLUGIN(QELF_addNodeToGroup)(root, i - 1, PLUGIN(QELF_createNode)(QELF_NODE_GROUP, child));
+        }
+        QELF_Scene* const scene = PLUGIN(QELF_createScene)("QELF");
+        scene->sceneHeader = PLUGIN(QELF_createSceneHeader)();
+        scene->sceneHeader->versionMajor = 2;
+        PLUGIN(QELF_addSceneGroupToScene)(scene, root);
+        IFF_Form* const form = PLUGIN(QELF_convertSceneToForm)(scene);
+        ASSERT_TRUE(PLUGIN(QELF_write)((folder + "/" + file).c_str(), &form->chunk));
+        PLUGIN(QELF_freeScene)(scene);
+        PLUGIN(QELF_free)(&form->chunk);
+    };
+    const auto asked = [](const std::vector<std::string>& names) {
+        lines all;
+        for (const std::string& name : names)
+            for (const char* suffix : {"RX", "RY", "RZ", "TX", "TY", "TZ", "SX", "SY", "SZ"})
+                all.push_back("data_get \"ctl." + name + "_" + suffix + "\" 0");
+        return all;
+    };
+    const auto check = [&](control& shown, const std::vector<std::string>& names) {
+        SCOPED_TRACE(names.back());
+        recorded().clear();
+        shown.dirty();
+        expect_lines(recorded().text({channel::host}), asked(names));
+        for (const std::string& name : names)
+            EXPECT_EQ(recorded().count("8 app retrieving data for key: " + name +
+                                       "_SZ using data manager key: ctl." + name + "_SZ"),
+                      1);
+    };
+    write_groups("a.qel", {"car", "door", "lid"});
+    write_groups("b.qel", {"boat", "sail"});
+
+    control shown, copy;
+    show(shown, "a.qel");
+    check(shown, {"car", "door", "lid"});
+    described::group& root = shown.state().scene.root;
+    described::group hung = root; // a group more, and another name for one
+    std::string names[] = {"hung", "auto"};
+    hung.name = names[0].data();
+    kor_string_map_set(shown.state().group_map, "hung", &hung);
+    char* const car = std::exchange(root.name, names[1].data());
+    host().values["ctl.hung_TY"] = 7;
+    check(shown, {"auto", "door", "hung", "lid"}); // the map's order
+    EXPECT_EQ(hung.translation[1], 7.0f);
+    EXPECT_EQ(root.translation[1], 0.0f);
+    root.name = car;
+
+    const auto lid_at = [&] { return gl().named("gouraud_color").find("model_local")->value[12]; };
+    EXPECT_EQ(lid_at(), 0.0f);
+    host().values["ctl.lid_TX"] = 5;
+    shown.render();
+    shown.dirty();
+    shown.render();
+    EXPECT_EQ(lid_at(), 5.0f); // drawn last, where the door is not
+    shown.copy_to(copy);       // shares nothing with it
+    copy.render();
+    check(copy, {"car", "door", "lid"});
+    shown.set(id_filename, (folder + "/b.qel").c_str());
+    shown.render();
+    check(shown, {"boat", "sail"});
 }
 
 } // namespace
