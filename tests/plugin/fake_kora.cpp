@@ -1,5 +1,6 @@
 #include "plugin/fake_kora.h"
 
+#include <array>
 #include <cstdarg>
 #include <cstdlib>
 
@@ -162,7 +163,10 @@ void* get_data(resource_manager* self, kora_reference* reference) {
         return image.data ? &image : nullptr;
     }
     if (name.empty() || host().without_data.contains(name.substr(7))) return nullptr;
-    return get<void*>(reference, sizeof(void*));
+    void* const program = get<void*>(reference, sizeof(void*));
+    if (!program || !host().copies_programs) return program;
+    static std::map<void*, std::array<void*, 3>> copies; // GL name, uniforms, name
+    return std::memcpy(copies[program].data(), program, sizeof copies[program]);
 }
 
 char* resolve_path(resource_manager* self, const char* name) {

@@ -52,6 +52,7 @@ struct host_state {
     std::set<std::string> absent;        // services the host does not have: "data", "event", ...
     std::set<std::string> silent;        // functions that give null, or write nothing
     char* (*copy)(const char*) = strdup; // of a path, for the plug-in to free
+    bool copies_programs = false;        // get_data gives copies of the program records
     bool keep_shaders = true;            // unreferenced programs stay in the pool
     bool timing = false;
     bool display_info = false;

@@ -74,4 +74,20 @@ TEST_F(hosts, may_lack_anything_for_a_while) {
     }
 }
 
+// Uniforms of records that the pool did not make are found by name: the frame is the same.
+TEST_F(hosts, may_keep_program_records_of_their_own) {
+    write_three_triangles();
+    lines sent[2];
+    for (const bool copies : {false, true}) {
+        fresh_gl();
+        host().copies_programs = copies;
+        control shown;
+        shown.set(id_shading, "blinn-phong");
+        show(shown);
+        sent[copies] = recorded().text({channel::gl, channel::log});
+    }
+    EXPECT_FALSE(sent[0].empty());
+    expect_lines(sent[1], sent[0]);
+}
+
 } // namespace
