@@ -2,7 +2,12 @@
 #ifndef BENCH_MODELS_H
 #define BENCH_MODELS_H
 
+#include "base/heap.h"
+#include "folder.h"
+#include "loaders/group_obj.h"
 #include "measure.h"
+#include "scene/bindings.h"
+#include "scene/export.h"
 #include "scene/scene.h"
 #include "scene/trimesh.h"
 
@@ -19,21 +24,65 @@ inline int sheet_side(int64_t kilotriangles) {
     return static_cast<int>(std::sqrt(static_cast<double>(kilotriangles) * 500));
 }
 
-// Removed at the end.
+// A host that opens files by their names.
+using loader = int (*)(scene* s, const char* filename, render_context* context);
+
+inline void load_model(loader load, scene* s, const std::string& path) {
+    resource_manager resources = {};
+    resources.resolve_path = [](resource_manager*, const char* name) { return strdup(name); };
+    app_services services = {};
+    services.resource = &resources;
+    app_record app = {};
+    app.services = &services;
+    control_record control = {};
+    control.app = &app;
+    render_context context = {nullptr, &control};
+    if (load(s, path.c_str(), &context)) return;
+    fprintf(stderr, "could not load %s\n", path.c_str());
+    abort();
+}
+
+// Writes a tree as a scene file.
+inline void write_scene(scene* s, const std::string& path) {
+    QELF_Node* const root = group_export(&s->root);
+    if (!root) abort();
+    QELF_Scene* const made = QELF_createScene("QELF");
+    made->sceneHeader = QELF_createSceneHeader();
+    made->sceneHeader->versionMajor = 2;
+    QELF_addSceneGroupToScene(made, static_cast<QELF_SceneGroup*>(root->content));
+    IFF_Form* const form = QELF_convertSceneToForm(made);
+    if (!form || !QELF_write(path.c_str(), &form->chunk)) abort();
+    QELF_freeScene(made);
+    QELF_free(&form->chunk);
+    free(root);
+}
+
+// Groups named group0, group1, ... with nothing in them, as a scene file. Returns the path.
+inline std::string write_groups(const std::string& path, int count) {
+    scene s;
+    if (!scene_create(&s)) abort();
+    for (int i = 0; i < count; i++) {
+        auto* const g = heap_zeroed<group>();
+        if (!g || !group_create(g, 1)) abort();
+        g->name = strdup(("group" + std::to_string(i)).c_str());
+        if (!group_push(&s.root, g, group_load, group_config, group_prerender, group_render, group_export,
+                        group_free)) {
+            abort();
+        }
+    }
+    write_scene(&s, path);
+    scene_free(&s);
+    return path;
+}
+
 class models {
   public:
-    models() {
-        std::string pattern = std::filesystem::temp_directory_path() / "model3d-bench-XXXXXX";
-        folder = mkdtemp(pattern.data());
-    }
-    ~models() { std::filesystem::remove_all(folder); }
-
     // A wavy sheet with positions, texture coordinates and normals, as an OBJ file. The size is in thousands
     // of triangles; 1000 make about 100 MB. Returns its path.
     const std::string& sheet(int64_t kilotriangles) {
         std::string& path = paths[kilotriangles];
         if (!path.empty()) return path;
-        path = folder + "/sheet" + std::to_string(kilotriangles) + ".obj";
+        path = files.path + "/sheet" + std::to_string(kilotriangles) + ".obj";
         const int n = sheet_side(kilotriangles);
         FILE* file = fopen(path.c_str(), "w");
         if (!file) abort();
@@ -56,8 +105,20 @@ class models {
         return path;
     }
 
+    // The same as a scene file, which the first use makes.
+    std::string scene_sheet(int64_t kilotriangles) {
+        const std::string& model = sheet(kilotriangles);
+        const std::string path = model + ".qel";
+        if (std::filesystem::exists(path)) return path;
+        scene s;
+        load_model(group_loadobj, &s, model);
+        write_scene(&s, path);
+        scene_free(&s);
+        return path;
+    }
+
   private:
-    std::string folder;
+    folder files;
     std::map<int64_t, std::string> paths;
 };
 
@@ -68,24 +129,6 @@ inline models& all_models() {
 
 inline double file_megabytes(const std::string& path) {
     return static_cast<double>(std::filesystem::file_size(path)) / 1e6;
-}
-
-// A host that opens files by their names.
-using loader = int (*)(scene* s, const char* filename, render_context* context);
-
-inline void load_model(loader load, scene* s, const std::string& path) {
-    resource_manager resources = {};
-    resources.resolve_path = [](resource_manager*, const char* name) { return strdup(name); };
-    app_services services = {};
-    services.resource = &resources;
-    app_record app = {};
-    app.services = &services;
-    control_record control = {};
-    control.app = &app;
-    render_context context = {nullptr, &control};
-    if (load(s, path.c_str(), &context)) return;
-    fprintf(stderr, "could not load %s\n", path.c_str());
-    abort();
 }
 
 // Milliseconds that a load takes. What it loaded is released on other time.

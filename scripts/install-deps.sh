@@ -10,7 +10,7 @@ set -eu
 native='build-essential cmake ninja-build pkg-config git python3
     libfast-float-dev libpng-dev libjpeg62-turbo-dev libcli11-dev nlohmann-json3-dev libmeshoptimizer-dev
     libegl-dev libgles-dev libegl1 libgles2 libegl-mesa0 libgl1-mesa-dri
-    libgtest-dev libbenchmark-dev glslang-tools clang-format clang-tidy valgrind'
+    libgtest-dev glslang-tools clang-format clang-tidy valgrind'
 targets='g++-i686-linux-gnu g++-arm-linux-gnueabihf qemu-user googletest
     libegl1:i386 libgles2:i386 libegl-mesa0:i386 libgl1-mesa-dri:i386 libasan8:i386 libubsan1:i386
     libegl1:armhf libgles2:armhf libegl-mesa0:armhf libgl1-mesa-dri:armhf'
