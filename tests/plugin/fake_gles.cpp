@@ -58,47 +58,19 @@ void copy_text(const std::string& text, GLsizei size, GLsizei* length, GLchar* o
 } // namespace
 
 const char* name_of(GLenum value) {
-#define NAME(x)                                                                                              \
-    { GL_##x, #x }
-    static const std::map<GLenum, const char*> names{NAME(VERTEX_SHADER),
-                                                     NAME(FRAGMENT_SHADER),
-                                                     NAME(COMPILE_STATUS),
-                                                     NAME(INFO_LOG_LENGTH),
-                                                     NAME(LINK_STATUS),
-                                                     NAME(VALIDATE_STATUS),
-                                                     NAME(ACTIVE_UNIFORMS),
-                                                     NAME(ACTIVE_UNIFORM_MAX_LENGTH),
-                                                     NAME(VERSION),
-                                                     NAME(EXTENSIONS),
-                                                     NAME(ARRAY_BUFFER),
-                                                     NAME(ELEMENT_ARRAY_BUFFER),
-                                                     NAME(STATIC_DRAW),
-                                                     NAME(TEXTURE_2D),
-                                                     NAME(TEXTURE0),
-                                                     NAME(TEXTURE_MAG_FILTER),
-                                                     NAME(TEXTURE_MIN_FILTER),
-                                                     NAME(TEXTURE_WRAP_S),
-                                                     NAME(TEXTURE_WRAP_T),
-                                                     NAME(LINEAR),
-                                                     NAME(RGBA),
-                                                     NAME(RGB),
-                                                     NAME(UNSIGNED_BYTE),
-                                                     NAME(UNSIGNED_SHORT_5_6_5),
-                                                     NAME(VIEWPORT),
-                                                     NAME(FRONT_FACE),
-                                                     NAME(CCW),
-                                                     NAME(CW),
-                                                     NAME(BLEND),
-                                                     NAME(DEPTH_TEST),
-                                                     NAME(CULL_FACE),
-                                                     NAME(LESS),
-                                                     NAME(DEPTH_BUFFER_BIT),
-                                                     NAME(SRC_ALPHA),
-                                                     NAME(ONE_MINUS_SRC_ALPHA),
-                                                     NAME(ONE),
-                                                     NAME(TRIANGLES),
-                                                     NAME(FLOAT),
-                                                     NAME(UNSIGNED_INT)};
+// clang-format off
+#define NAME(x) {GL_##x, #x}
+    static const std::map<GLenum, const char*> names{
+        NAME(VERTEX_SHADER), NAME(FRAGMENT_SHADER), NAME(COMPILE_STATUS), NAME(INFO_LOG_LENGTH),
+        NAME(LINK_STATUS), NAME(VALIDATE_STATUS), NAME(ACTIVE_UNIFORMS), NAME(ACTIVE_UNIFORM_MAX_LENGTH),
+        NAME(VERSION), NAME(EXTENSIONS), NAME(ARRAY_BUFFER), NAME(ELEMENT_ARRAY_BUFFER), NAME(STATIC_DRAW),
+        NAME(TEXTURE_2D), NAME(TEXTURE0), NAME(TEXTURE_MAG_FILTER), NAME(TEXTURE_MIN_FILTER),
+        NAME(TEXTURE_WRAP_S), NAME(TEXTURE_WRAP_T), NAME(LINEAR), NAME(RGBA), NAME(RGB),
+        NAME(UNSIGNED_BYTE), NAME(UNSIGNED_SHORT_5_6_5), NAME(VIEWPORT), NAME(FRONT_FACE), NAME(CCW),
+        NAME(CW), NAME(BLEND), NAME(DEPTH_TEST), NAME(CULL_FACE), NAME(LESS), NAME(DEPTH_BUFFER_BIT),
+        NAME(SRC_ALPHA), NAME(ONE_MINUS_SRC_ALPHA), NAME(ONE), NAME(TRIANGLES), NAME(FLOAT),
+        NAME(UNSIGNED_INT)};
+// clang-format on
 #undef NAME
     const auto found = names.find(value);
     return found == names.end() ? "?" : found->second;
@@ -202,8 +174,8 @@ DRIVER void glLinkProgram(GLuint program) {
     for (const GLuint shader : p.shaders) {
         const gl_shader& s = gl().shaders.at(shader);
         if (s.compiled) stages.insert(s.type);
-        for (const glsl_variable& v : glsl_parse(s.source).uniforms)
-            if (v.used && !p.find(v.name)) p.uniforms.push_back({v.name, v.type, {}, 0});
+        for (const glsl_uniform& u : glsl_uniforms(s.source))
+            if (!p.find(u.name)) p.uniforms.push_back({u.name, u.type, {}, 0});
     }
     p.linked = stages.size() == 2 && !fails("link");
 }

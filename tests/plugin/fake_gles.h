@@ -7,7 +7,7 @@
 #ifndef TESTS_PLUGIN_FAKE_GLES_H
 #define TESTS_PLUGIN_FAKE_GLES_H
 
-#include "plugin/glsl_declarations.h"
+#include "plugin/glsl_uniforms.h"
 #include "plugin/trace.h"
 
 #include <GLES2/gl2.h>
@@ -40,13 +40,6 @@ struct gl_program {
     const gl_uniform* find(const std::string& uniform) const;
 };
 
-struct gl_texture {
-    GLsizei width, height;
-    GLenum format, type;
-    std::vector<uint8_t> pixels;
-    std::map<GLenum, float> parameters;
-};
-
 struct gl_attribute {
     bool enabled;
     GLuint buffer;
@@ -77,12 +70,10 @@ struct gl_state {
 
     std::map<GLuint, gl_shader> shaders;
     std::map<GLuint, gl_program> programs;
-    std::map<GLuint, gl_texture> textures;
+    std::map<GLuint, std::vector<uint8_t>> textures;
     std::map<GLuint, std::vector<uint8_t>> buffers;
     std::vector<gl_draw> draws;
 
-    std::set<GLenum> enabled;
-    GLboolean depth_mask = GL_TRUE;
     GLenum front_face = GL_CCW;
     std::array<GLint, 4> viewport{0, 0, 800, 600};
     GLuint program = 0, texture = 0, array_buffer = 0, element_buffer = 0;

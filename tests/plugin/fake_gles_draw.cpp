@@ -33,16 +33,13 @@ void fetch_corner(gl_draw& draw, uint32_t vertex) {
 
 gl_draw begin_draw(bool elements, GLint first, GLsizei count) {
     const gl_state& s = gl();
-    if (!s.programs.contains(s.program)) fault("a draw call without a program");
     const auto program = s.programs.find(s.program);
-    return {s.program,
-            s.texture,
-            elements,
-            first,
-            count,
-            !s.array_buffer,
-            s.attributes,
-            program == s.programs.end() ? std::vector<gl_uniform>{} : program->second.uniforms,
+    if (program == s.programs.end()) {
+        fault("a draw call without a program");
+        return {};
+    }
+    return {s.program, s.texture,       elements,     first,
+            count,     !s.array_buffer, s.attributes, program->second.uniforms,
             {}};
 }
 
@@ -144,20 +141,16 @@ DRIVER void glTexImage2D(GLenum target, GLint level, GLint internal, GLsizei wid
     // Rows begin at multiples of four bytes, the default unpack alignment.
     const size_t row = (static_cast<size_t>(width) * (type == GL_UNSIGNED_BYTE ? 4 : 2) + 3) / 4 * 4;
     const auto* bytes = static_cast<const uint8_t*>(pixels);
-    gl_texture& texture = gl().textures.at(gl().texture);
-    texture = {
-        width, height, format, type, {bytes, bytes + row * static_cast<size_t>(height)}, texture.parameters};
+    gl().textures.at(gl().texture).assign(bytes, bytes + row * static_cast<size_t>(height));
 }
 
 DRIVER void glTexParameteri(GLenum target, GLenum what, GLint value) {
     CALL("glTexParameteri %s %s %s", name_of(target), name_of(what), name_of(static_cast<GLenum>(value)));
-    gl().textures[gl().texture].parameters[what] = static_cast<float>(value);
 }
 
 DRIVER void glTexParameterf(GLenum target, GLenum what, GLfloat value) {
     CALL("glTexParameterf %s %s %s", name_of(target), name_of(what),
          number(static_cast<double>(value)).c_str());
-    gl().textures[gl().texture].parameters[what] = value;
 }
 
 DRIVER void glDeleteTextures(GLsizei n, const GLuint* names) {
@@ -204,17 +197,14 @@ DRIVER void glFrontFace(GLenum mode) {
 
 DRIVER void glEnable(GLenum what) {
     CALL("glEnable %s", name_of(what));
-    gl().enabled.insert(what);
 }
 
 DRIVER void glDisable(GLenum what) {
     CALL("glDisable %s", name_of(what));
-    gl().enabled.erase(what);
 }
 
 DRIVER void glDepthMask(GLboolean on) {
     CALL("glDepthMask %d", on);
-    gl().depth_mask = on;
 }
 
 DRIVER void glDepthFunc(GLenum function) {

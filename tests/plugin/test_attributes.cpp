@@ -1,7 +1,6 @@
 // What every attribute stores, and how it marks its control.
 
 #include "plugin/fixture.h"
-#include "plugin/reference.h"
 
 namespace {
 
@@ -171,40 +170,37 @@ TEST_F(attributes, filename_keeps_a_copy) {
     EXPECT_STREQ(c.state().filename, "abd");
 }
 
-// Parsing rebuilds at once what depends on an attribute, by the formulas of the three camera modes.
-TEST_F(attributes, placement_follows_the_attributes) {
-    using namespace reference;
-    control c;
-    double value[id_light_elevation + 1] = {};
-    const auto rad = [&value](int id) { return radians(value[id]); };
-    const auto check = [&](const matrix& view) {
-        expect_near(std::to_array(c.state().view), view, "view");
-        expect_near(std::to_array(c.state().model_matrix),
-                    translate(value[id_model_x], value[id_model_y], value[id_model_z]) *
-                        rotate(2, rad(id_psi)) * rotate(1, rad(id_theta)) * rotate(0, rad(id_phi)),
-                    "model matrix");
-        const double az = rad(id_light_azimuth), el = rad(id_light_elevation);
-        const std::array light{-std::sin(az) * std::cos(el), std::cos(az) * std::cos(el), std::sin(el)};
-        expect_near(std::to_array(c.state().light_direction), light, "light direction");
+// Parsing rebuilds at once what depends on an attribute, as loading a model does.
+TEST_F(attributes, placement_follows_at_once) {
+    write("t.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    const auto placed = [](control& c) {
+        const state& s = c.state();
+        std::vector<float> all(s.view, s.view + 16);
+        all.insert(all.end(), s.model_matrix, s.model_matrix + 16);
+        all.insert(all.end(), s.light_direction, s.light_direction + 3);
+        return all;
     };
-    const auto turn = [&](double sense) {
-        return rotate(0, sense * rad(id_elevation)) * rotate(1, rad(id_azimuth));
+    const auto give = [](control& c, int id) {
+        if (id == id_camera_mode)
+            c.set(id, "orbit");
+        else
+            c.set(id, 31.0f);
     };
-    const auto move = [&] {
-        return translate(-value[id_camera_x], -value[id_camera_y], -value[id_camera_z]);
-    };
-    // The second round changes one value at a time, so that each has to bring its own part up to date.
-    for (const double step : {7.5, 31.0})
-        for (int id = id_camera_x; id <= id_light_elevation; ++id) {
-            if (id == id_fov) continue;
-            value[id] = step + id;
-            c.set(id, static_cast<float>(value[id]));
-            if (step > 10) check(turn(1) * move());
-        }
-    c.set(id_camera_mode, "fly");
-    check(turn(-1) * move());
-    c.set(id_camera_mode, "orbit");
-    check(move() * turn(1));
+    for (const int id :
+         {id_camera_x, id_camera_y, id_camera_z, id_azimuth, id_elevation, id_model_x, id_model_y, id_model_z,
+          id_phi, id_theta, id_psi, id_light_azimuth, id_light_elevation, id_camera_mode}) {
+        control before, after;
+        for (control* c : {&before, &after})
+            for (const int other : {id_azimuth, id_camera_x, id_camera_z})
+                c->set(other, 7.0f);
+        give(before, id);
+        show(before, "t.obj");
+        show(after, "t.obj");
+        const std::vector<float> plain = placed(after);
+        give(after, id);
+        EXPECT_EQ(placed(after), placed(before)) << "id " << id;
+        EXPECT_NE(placed(after), plain) << "id " << id;
+    }
 }
 
 } // namespace

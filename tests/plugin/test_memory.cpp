@@ -28,7 +28,7 @@ std::vector<drawn> take_picture() {
             here.uniforms.push_back(u.value);
         here.corners = d.corners;
         // A colour program leaves alone what is bound.
-        if (here.program.ends_with("texture")) here.texels = gl().textures.at(d.texture).pixels;
+        if (here.program.ends_with("texture")) here.texels = gl().textures.at(d.texture);
     }
     return picture;
 }
