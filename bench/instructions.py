@@ -25,9 +25,8 @@ def count(program, workload):
     """The instructions of one workload, "NAME SIZE", by object file."""
     with tempfile.TemporaryDirectory() as folder:
         out = os.path.join(folder, "out")
-        subprocess.run(["valgrind", "--tool=callgrind", "--toggle-collect=measured", "--callgrind-out-file=" + out,
-                        program, *workload.split()], check=True, stdout=subprocess.DEVNULL,
-                       stderr=subprocess.DEVNULL)
+        subprocess.run(["valgrind", "-q", "--tool=callgrind", "--toggle-collect=measured",
+                        "--callgrind-out-file=" + out, program, *workload.split()], check=True)
         return by_object(out)
 
 
