@@ -81,9 +81,9 @@ int rendercb(const char*, const material* m, const float combined[16], void* use
     if (!row) return 1;
 
     const uniform_table program = state->uniforms[row->programs[textured]];
+    glUseProgram(program.program->program);
     const bool is_sent = transform.program == program.program;
     transform.program = program.program;
-    glUseProgram(program.program->program);
     uniform_set_inline<uniform_model_local>(program, transform.model_local, is_sent);
     if (row->is_lit) {
         uniform_set_inline<uniform_normal_model_local>(program, transform.normal_model_local, is_sent);
