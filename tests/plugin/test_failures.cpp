@@ -3,6 +3,7 @@
 #include "plugin/fixture.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 namespace {
@@ -71,23 +72,22 @@ TEST_F(failures, a_missing_program_stops_the_frame) {
             std::erase_if(got, [](const std::string& l) { return l.starts_with("5 app LUMGL: "); });
             expect_lines(got, expected);
 
-            lines host_calls, given_back;
+            lines expected_calls;
+            std::set<std::string> expected_back; // in any order
             for (int k = 0; k < (i < 4 ? i + 1 : 6); ++k)
-                host_calls.push_back(
+                expected_calls.push_back(
                     print("get_reference \"shader\" \"%s\"%s", names[k], k == i ? " -> null" : ""));
             for (int k = 0; k < (i < 4 ? i : 6); ++k) {
                 if (k == i) continue;
-                if (i >= 4) host_calls.push_back(print("get_data \"%s\"", names[k]));
-                given_back.push_back(print("release \"%s\"", names[k]));
+                if (i >= 4) expected_calls.push_back(print("get_data \"%s\"", names[k]));
+                expected_back.insert(print("release \"%s\"", names[k]));
             }
             lines calls = recorded().text({channel::host});
-            ASSERT_GE(calls.size(), given_back.size());
-            lines last(calls.end() - static_cast<long>(given_back.size()), calls.end());
-            calls.resize(calls.size() - given_back.size());
-            std::sort(last.begin(), last.end());
-            std::sort(given_back.begin(), given_back.end());
-            expect_lines(calls, host_calls);
-            expect_lines(last, given_back);
+            const auto first_back =
+                calls.end() - static_cast<long>(std::min(calls.size(), expected_back.size()));
+            EXPECT_EQ(std::set<std::string>(first_back, calls.end()), expected_back);
+            calls.erase(first_back, calls.end());
+            expect_lines(calls, expected_calls);
             expect_lines(recorded().text({channel::gl}), {}, "GL calls of the frame");
             EXPECT_EQ(shown.state().loaded, 0);
         }
@@ -149,18 +149,6 @@ TEST_F(failures, a_model_that_does_not_load_is_tried_again) {
         expect_lines(recorded().text({channel::log, channel::gl}), {});
         host().listeners.clear();
     }
-}
-
-TEST_F(failures, a_loaded_model_ends_the_retries) {
-    control shown;
-    show(shown, "late.obj");
-    EXPECT_EQ(shown.state().loaded, 0);
-    write("late.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
-    shown.render();
-    EXPECT_EQ(shown.state().loaded, 1);
-    shown.render();
-    EXPECT_EQ(recorded().count("resolve_path"), 2);
-    EXPECT_EQ(std::exchange(gl().draws, {}).size(), 2u);
 }
 
 TEST_F(failures, the_extension_chooses_the_loader) {
