@@ -6,9 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 namespace {
 
 int frees = 0;
@@ -48,33 +45,6 @@ TEST(group, grows_as_soon_as_it_is_full_and_frees_what_it_owns) {
     EXPECT_EQ(g.name, nullptr);
     group_free(&g);
     EXPECT_EQ(frees, 4);
-}
-
-TEST(group, hands_children_its_world_matrix_in_order) {
-    static std::vector<std::string> calls;
-    const auto render = [](void* node, draw_callback, const float world[16], void*) {
-        calls.push_back(static_cast<const char*>(node) + std::to_string(static_cast<int>(world[12])));
-    };
-    const auto prerender = [](void* node, int, const float world[16], void*) {
-        calls.push_back(std::string("pre ") + static_cast<const char*>(node) +
-                        std::to_string(static_cast<int>(world[12])));
-    };
-    char a[] = "a", b[] = "b";
-    group inner = {}, root = {};
-    group_create(&root, 1);
-    group_create(&inner, 1);
-    inner.translation[0] = 20;
-    root.transform[12] = 3;
-    group_push(&inner, b, nullptr, nullptr, prerender, render, nullptr, nullptr);
-    group_push(&root, a, nullptr, nullptr, prerender, render, nullptr, nullptr);
-    group_push(&root, &inner, group_load, nullptr, group_prerender, group_render, nullptr, nullptr);
-    float parent[16];
-    mat_translate(parent, 100, 0, 0);
-    group_prerender(&root, 0, parent, nullptr);
-    group_render(&root, nullptr, parent, nullptr);
-    EXPECT_EQ(calls, (std::vector<std::string>{"pre a103", "pre b123", "a103", "b123"}));
-    group_free(&inner);
-    group_free(&root);
 }
 
 TEST(group, transform_scales_then_turns_z_y_x_then_moves) {
