@@ -8,52 +8,21 @@
 namespace {
 
 // Tags before a line say when it is expected; $c and $t are the colour and texture programs of the shading
-// model. Enabling an attribute array and looking up a uniform's name may come anywhere, and are left out.
+// model, $each are all programs. Enabling an attribute array and looking up a uniform's name may come
+// anywhere, and are left out.
 constexpr const char* frame_calls = R"(
     [later] glIsProgram 1
     [later] glGetProgramiv 1 ACTIVE_UNIFORMS
     [later] glGetProgramiv 1 ACTIVE_UNIFORM_MAX_LENGTH
-    get_reference "shader" "gouraud_color"
-    get_reference "shader" "gouraud_texture"
-    get_reference "shader" "phong_color"
-    get_reference "shader" "phong_texture"
-    get_reference "shader" "flat_color"
-    get_reference "shader" "flat_texture"
-    get_data "gouraud_color"
-    get_data "gouraud_texture"
-    get_data "phong_color"
-    get_data "phong_texture"
-    get_data "flat_color"
-    get_data "flat_texture"
+    get_reference "shader" "$each"
+    get_data "$each"
 
     [first][timed] snapshot_time
     [first] map_create 32
     [first] resolve_path "tri.obj"
     [first] resolve_path ".//tri.mtl"
-    [first] get_reference "image" ".//tex.png"
-    [first] get_data ".//tex.png"
-    [first] describe_image 1 ...
-    [first] glActiveTexture TEXTURE0
-    [first] glGenTextures 1
-    [first] glBindTexture TEXTURE_2D 1
-    [first] glTexImage2D TEXTURE_2D 0 RGBA 2x2 0 RGBA UNSIGNED_BYTE
-    [first] glTexParameteri TEXTURE_2D TEXTURE_MAG_FILTER LINEAR
-    [first] glTexParameteri TEXTURE_2D TEXTURE_MIN_FILTER LINEAR
-    [first] glTexParameterf TEXTURE_2D TEXTURE_WRAP_S 10497
-    [first] glTexParameterf TEXTURE_2D TEXTURE_WRAP_T 10497
-    [first] glGetError
-    [first] get_reference "image" ".//tex.png"
-    [first] get_data ".//tex.png"
-    [first] describe_image 1 ...
-    [first] glActiveTexture TEXTURE0
-    [first] glGenTextures 1
-    [first] glBindTexture TEXTURE_2D 2
-    [first] glTexImage2D TEXTURE_2D 0 RGBA 2x2 0 RGBA UNSIGNED_BYTE
-    [first] glTexParameteri TEXTURE_2D TEXTURE_MAG_FILTER LINEAR
-    [first] glTexParameteri TEXTURE_2D TEXTURE_MIN_FILTER LINEAR
-    [first] glTexParameterf TEXTURE_2D TEXTURE_WRAP_S 10497
-    [first] glTexParameterf TEXTURE_2D TEXTURE_WRAP_T 10497
-    [first] glGetError
+    [first] $upload_1
+    [first] $upload_2
     [first] glGetString VERSION
     [first] glGenBuffers 2
     [first] glBindBuffer ARRAY_BUFFER 1
@@ -101,18 +70,10 @@ constexpr const char* frame_calls = R"(
     [timed] timing app lum_RenderExtension render model3d: global uniforms 4294967303
     [timed] snapshot_time
     [lit] glUseProgram $c
-    [first][lit][internal] glUniform1iv $c.nlights 1
-    [first][lit][internal] glUniform4fv $c.light_params[0].position -0.75, 0.433, 0.5, 0
-    [first][lit][internal] glUniform3fv $c.light_params[0].diffuse_color 1, 1, 1
-    [first][lit][internal] glUniform3fv $c.light_params[0].specular_color 1, 1, 1
-    [first][lit][internal] glUniform1fv $c.light_params[0].intensity 0.8
+    [first][lit][internal] $lights_c
     [first][lit][model] glUniform1iv $c.nlights 0
     [lit] glUseProgram $t
-    [first][lit][internal] glUniform1iv $t.nlights 1
-    [first][lit][internal] glUniform4fv $t.light_params[0].position -0.75, 0.433, 0.5, 0
-    [first][lit][internal] glUniform3fv $t.light_params[0].diffuse_color 1, 1, 1
-    [first][lit][internal] glUniform3fv $t.light_params[0].specular_color 1, 1, 1
-    [first][lit][internal] glUniform1fv $t.light_params[0].intensity 0.8
+    [first][lit][internal] $lights_t
     [first][lit][model] glUniform1iv $t.nlights 0
     [timed] snapshot_time
     [timed] timing app lum_RenderExtension render model3d: pre-render light calc and config 4294967303
@@ -154,12 +115,7 @@ constexpr const char* frame_calls = R"(
     [timed] snapshot_time
     [timed] timing app lum_RenderExtension render model3d: render scene graph 4294967303
 
-    release "gouraud_color"
-    release "gouraud_texture"
-    release "phong_color"
-    release "phong_texture"
-    release "flat_color"
-    release "flat_texture"
+    release "$each"
     glViewport 0 0 800 600
     glDisable DEPTH_TEST
     glDisable CULL_FACE
@@ -227,6 +183,33 @@ constexpr const char* frame_trace = R"(
     [8] ... rendering last elements 2 to 3
 )";
 
+// What stands for several lines: the image of the textured material becoming texture `name`.
+lines uploads(int name) {
+    constexpr const char* calls = R"(
+        get_reference "image" ".//tex.png"
+        get_data ".//tex.png"
+        describe_image 1 ...
+        glActiveTexture TEXTURE0
+        glGenTextures 1
+        glBindTexture TEXTURE_2D %d
+        glTexImage2D TEXTURE_2D 0 RGBA 2x2 0 RGBA UNSIGNED_BYTE
+        glTexParameteri TEXTURE_2D TEXTURE_MAG_FILTER LINEAR
+        glTexParameteri TEXTURE_2D TEXTURE_MIN_FILTER LINEAR
+        glTexParameterf TEXTURE_2D TEXTURE_WRAP_S 10497
+        glTexParameterf TEXTURE_2D TEXTURE_WRAP_T 10497
+        glGetError)";
+    return listing(print(calls, name).c_str());
+}
+
+// The internal light in both programs.
+lines lights(const std::string& program) {
+    return {"glUniform1iv " + program + ".nlights 1",
+            "glUniform4fv " + program + ".light_params[0].position -0.75, 0.433, 0.5, 0",
+            "glUniform3fv " + program + ".light_params[0].diffuse_color 1, 1, 1",
+            "glUniform3fv " + program + ".light_params[0].specular_color 1, 1, 1",
+            "glUniform1fv " + program + ".light_params[0].intensity 0.8"};
+}
+
 // The upload of every corner of the three triangles.
 lines trace_vertices() {
     constexpr const char* corners[] = {"0.000000,0.000000", "2.000000,0.000000", "0.000000,1.000000"};
@@ -241,9 +224,8 @@ lines trace_vertices() {
     return result;
 }
 
-// The lines whose every tag is in `tags`, with `values` put in.
-lines choose(const char* text, const std::string& tags, const std::map<std::string, std::string>& values) {
-    const lines vertices = trace_vertices();
+// The lines whose every tag is in `tags`, each once for every value of what it names.
+lines choose(const char* text, const std::string& tags, const std::map<std::string, lines>& values) {
     lines chosen;
     for (std::string line : listing(text)) {
         bool wanted = true;
@@ -252,14 +234,15 @@ lines choose(const char* text, const std::string& tags, const std::map<std::stri
             wanted = wanted && tags.find(line.substr(0, end)) != std::string::npos;
             line = line.substr(line.find_first_not_of(' ', end));
         }
-        for (const auto& [name, value] : values)
-            for (size_t at; (at = line.find(name)) != std::string::npos;)
-                line.replace(at, name.size(), value);
         if (!wanted) continue;
-        if (line == "$vertices")
-            std::copy(vertices.begin(), vertices.end(), std::back_inserter(chosen));
-        else
+        const size_t at = line.find('$');
+        if (at == std::string::npos) {
             chosen.push_back(line);
+            continue;
+        }
+        const size_t end = std::min(line.find_first_of(".\" ,", at), line.size());
+        for (const std::string& value : values.at(line.substr(at, end - at)))
+            chosen.push_back(line.substr(0, at) + value + line.substr(end));
     }
     return chosen;
 }
@@ -312,7 +295,15 @@ class frame : public plugin_test, public testing::WithParamInterface<setting> {
 TEST_P(frame, makes_these_calls) {
     constexpr const char* names[] = {"gouraud", "phong", "flat"};
     const std::string name = names[GetParam().shading];
-    const std::map<std::string, std::string> programs{{"$c", name + "_color"}, {"$t", name + "_texture"}};
+    const std::map<std::string, lines> programs{
+        {"$each",
+         {"gouraud_color", "gouraud_texture", "phong_color", "phong_texture", "flat_color", "flat_texture"}},
+        {"$c", {name + "_color"}},
+        {"$t", {name + "_texture"}},
+        {"$lights_c", lights(name + "_color")},
+        {"$lights_t", lights(name + "_texture")},
+        {"$upload_1", uploads(1)},
+        {"$upload_2", uploads(2)}};
     control shown;
     prepare(shown);
     for (const bool first : {true, false}) {
@@ -338,8 +329,9 @@ TEST_P(frame, makes_these_calls) {
 
 TEST_P(frame, writes_these_diagnostic_lines) {
     constexpr const char* names[] = {"gouraud", "blinn-phong", "flat"};
-    const std::map<std::string, std::string> words{{"$s", names[GetParam().shading]},
-                                                   {"$n", std::to_string(GetParam().shading)}};
+    const std::map<std::string, lines> words{{"$s", {names[GetParam().shading]}},
+                                             {"$n", {std::to_string(GetParam().shading)}},
+                                             {"$vertices", trace_vertices()}};
     for (const int threshold : {-1, 0, 4, 5, 6, 7, 8, 9}) {
         init(print("diag=%d", threshold).c_str());
         control shown;
