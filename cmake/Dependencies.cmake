@@ -40,7 +40,6 @@ endif()
 
 need_header(GLES2/gl2.h libgles-dev)
 need_header(EGL/egl.h libegl-dev)
-need_header(fast_float/fast_float.h libfast-float-dev)
 need_program(python3 python3)
 if(NOT CMAKE_CROSSCOMPILING)
   need_header(png.h libpng-dev)

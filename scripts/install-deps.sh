@@ -4,17 +4,21 @@
 #   scripts/install-deps.sh            native build, tests, formatting and lint
 #   scripts/install-deps.sh targets    also the i386 and ARMv7 toolchains and libraries
 #   scripts/install-deps.sh bench      also what the benchmarks compare with
+#   scripts/install-deps.sh assimp     also that peer of make bench-peers
+#   scripts/install-deps.sh f3d        also that one, and a display without a screen for it
 #   scripts/install-deps.sh fuzz       also the compiler with the fuzzer
 set -eu
 
 native='build-essential cmake ninja-build pkg-config git python3
-    libfast-float-dev libpng-dev libjpeg62-turbo-dev libcli11-dev nlohmann-json3-dev libmeshoptimizer-dev
+    libpng-dev libjpeg62-turbo-dev libcli11-dev nlohmann-json3-dev libmeshoptimizer-dev
     libegl-dev libgles-dev libegl1 libgles2 libegl-mesa0 libgl1-mesa-dri
     libgtest-dev glslang-tools clang-format clang-tidy valgrind'
 targets='g++-i686-linux-gnu g++-arm-linux-gnueabihf qemu-user googletest
     libegl1:i386 libgles2:i386 libegl-mesa0:i386 libgl1-mesa-dri:i386 libasan8:i386 libubsan1:i386
     libegl1:armhf libgles2:armhf libegl-mesa0:armhf libgl1-mesa-dri:armhf'
 bench='libtinyobjloader-dev'
+assimp='libassimp-dev'
+f3d='f3d xvfb'
 fuzz='clang'
 
 wanted=$native
@@ -26,9 +30,11 @@ for argument in "$@"; do
         foreign='i386 armhf'
         ;;
     bench) wanted="$wanted $bench" ;;
+    assimp) wanted="$wanted $assimp" ;;
+    f3d) wanted="$wanted $f3d" ;;
     fuzz) wanted="$wanted $fuzz" ;;
     *)
-        echo "usage: $0 [targets] [bench] [fuzz]" >&2
+        echo "usage: $0 [targets] [bench] [assimp] [f3d] [fuzz]" >&2
         exit 2
         ;;
     esac

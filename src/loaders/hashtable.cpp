@@ -26,7 +26,9 @@ hashtable_entry* allocate(int32_t size) {
 hashtable_entry* find(hashtable_entry* entries, int32_t size, const char* key) {
     if (!entries) return nullptr;
     const uint32_t slots = static_cast<uint32_t>(size);
-    const uint32_t home = hash(key) % slots;
+    // hash % slots, for ARM cores that divide doubles but no integers. 53 bits are enough for it to be exact.
+    const uint32_t full = hash(key);
+    const uint32_t home = full - static_cast<uint32_t>(static_cast<double>(full) / slots) * slots;
     uint32_t i = home;
     do {
         if (!entries[i].key || strcmp(entries[i].key, key) == 0) return &entries[i];

@@ -8,9 +8,9 @@
 namespace {
 
 // Half up, then truncated towards zero; 0 for what no display has.
-int64_t pixels(float value) {
+int32_t pixels(float value) {
     const float rounded = value + 0.5f;
-    return rounded > -2147483648.0f && rounded < 2147483648.0f ? static_cast<int64_t>(rounded) : 0;
+    return rounded > -2147483648.0f && rounded < 2147483648.0f ? static_cast<int32_t>(rounded) : 0;
 }
 
 // GL takes no negative size for an error: a control that has none is drawn into nothing.
@@ -46,8 +46,8 @@ void target_place(render_canvas* canvas, const control_record* control, const ko
         float sx = 1.0f, sy = 1.0f, tx = 0.0f, ty = 0.0f;
         display_info(canvas, &sx, &sy, &tx, &ty, &rotation_deg);
         model3d_diag_log(nullptr, 8, "sx=%f sy=%f rotation=%d", double{sx}, double{sy}, rotation_deg);
-        x = pixels(tx + sx * static_cast<float>(x));
-        y = pixels(ty + sy * static_cast<float>(y));
+        x = pixels(tx + sx * static_cast<float>(static_cast<double>(ox) + rect.x1));
+        y = pixels(ty + sy * static_cast<float>(static_cast<double>(oy) + rect.y2));
         width = pixels(sx * static_cast<float>(width));
         height = pixels(sy * static_cast<float>(height));
     } else {
