@@ -12,6 +12,8 @@ void write_png(const picture& image, const std::string& file) {
         png.width = static_cast<png_uint_32>(image.width);
         png.height = static_cast<png_uint_32>(image.height);
         png.format = PNG_FORMAT_RGBA;
+        // A sixth more bytes in a quarter of the time, which otherwise is a third of a whole run.
+        png.flags = PNG_IMAGE_FLAG_FAST;
         const png_int_32 stride = image.width * 4;
         if (png_image_write_to_stdio(&png, out, 0, image.pixels.data(), image.bottom_up ? -stride : stride,
                                      nullptr)) {
