@@ -17,6 +17,7 @@ help:
 	@echo 'make lint          clang-tidy over all sources'
 	@echo 'make format        clang-format over all sources'
 	@echo 'make bench         build and run the benchmarks'
+	@echo 'make bench-peers   the same for other loaders and viewers, side by side'
 	@echo 'make fuzz          fuzz each target for a minute (needs clang); FUZZ_SECONDS=600 FUZZ_BITS=32 for more'
 	@echo 'make install       install into PREFIX, /usr/local unless given'
 	@echo 'make clean         remove build/ and demo/'
@@ -65,7 +66,16 @@ format: deps
 bench: deps-bench
 	cmake --preset release -DMODEL3D_BUILD_BENCH=ON
 	cmake --build --preset release -j $(JOBS)
-	@set -e; for program in build/release/bin/*bench*; do "$$program"; done
+	@set -e; for program in build/release/bin/bench_*; do echo "== $${program##*/}"; "$$program"; done
+	@bench/first_picture.py build/release
+
+# A peer that cannot be installed is left out.
+.PHONY: bench-peers
+bench-peers: deps-bench
+	@for peer in assimp f3d; do scripts/install-deps.sh $$peer || echo "$$peer could not be installed"; done
+	cmake --preset release -DMODEL3D_BUILD_BENCH=ON
+	cmake --build --preset release -j $(JOBS)
+	@bench/peers.py build/release
 
 # make fuzz FUZZ_SECONDS=600 FUZZ_BITS=32
 FUZZ_SECONDS ?= 60
