@@ -51,7 +51,8 @@ std::string number(random_source& random) {
         memcpy(&low, &bits, sizeof(low));
         const double halfway =
             (double{low} + double{std::nextafter(low, std::numeric_limits<float>::infinity())}) / 2;
-        const char* const formats[] = {"%.17g", "%.16g", "%.18g", "%.160f", "%.9g", "%a", "%.150e", "%.160f1"};
+        const char* const formats[] = {"%.17g", "%.16g", "%.18g",  "%.160f",
+                                       "%.9g",  "%a",    "%.150e", "%.160f1"};
         snprintf(text, sizeof(text), formats[below(random, 8)], halfway);
         return text;
     }
