@@ -4,59 +4,45 @@ import json
 import os
 import struct
 import subprocess
+import sys
 import tempfile
 import unittest
 from pathlib import Path
 
+sys.path.append(str(Path(__file__).parents[2] / "fuzz"))
+from make_seeds import IDENTITY, Record, chunk, container
+
 QELF = os.environ["QELF_TOOL"]
 TOOL = os.environ["MODEL3D_TOOL"]
 
-IDENTITY = struct.pack(">16f", *(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1))
-
-
-def text(value):
-    return value + b"\0" * (len(value) & 1)
-
-
-def extent(size):
-    return size + 8 + (size & 1)
-
-
 def material(diffuse_map=0):
-    return struct.pack(">15f7H", *[0.5] * 12, 10, 1, 0, diffuse_map, 0, 0, 0, 0, 0, 0)
+    return Record().field("15f7H", *[0.5] * 12, 10, 1, 0, diffuse_map, 0, 0, 0, 0, 0, 0)
 
 
-# Records are (bytes in the file, computed size).
 def mesh(vertices, faces, materials=()):
-    body = struct.pack(">3i4B", len(vertices), len(faces), len(materials), 0, 0, 0, 0) + IDENTITY
+    counts = len(vertices), len(faces), len(materials)
+    record = Record().field("3i4B16f", *counts, 0, 0, 0, 0, *IDENTITY, counts=74)
     for start, m in materials:
-        body += struct.pack(">I", start) + m
-    body += b"".join(struct.pack("<3f", *v) for v in vertices) + b"".join(struct.pack("<3I", *f) for f in faces)
-    size = 74 + 4 * len(materials) + 82 * len(materials) + extent(12 * len(vertices)) + extent(12 * len(faces))
-    return body, size
+        record.field("I", start).embed(m)
+    record.raw(b"".join(struct.pack("<3f", *v) for v in vertices))
+    return record.raw(b"".join(struct.pack("<3I", *f) for f in faces))
 
 
 def group(name, nodes, radius=1.0):
-    body = struct.pack(">i", len(name)) + text(name) + struct.pack(">If9f", len(nodes), radius, *[0] * 6, 1, 1, 1)
-    body += IDENTITY
-    size = 112 + extent(len(name))
-    for kind, (content, computed) in nodes:
-        body += bytes([kind]) + content
-        size += extent(extent(computed))
-    return body, size
+    record = Record().field("i", len(name)).raw(name)
+    record.field("If9f16f", len(nodes), radius, *[0] * 6, 1, 1, 1, *IDENTITY)
+    for kind, node in nodes:
+        record.embed(Record().field("B", kind, counts=0).embed(node))
+    return record
 
 
 def texture(path):
-    return struct.pack(">Iii", 0, 0, len(path)) + text(path), 12 + extent(0) + extent(len(path))
+    return Record().field("Iii", 0, 0, len(path)).raw(b"").raw(path)
 
 
 def scene(*chunks, version=(2, 0)):
-    body = b"SHDR" + struct.pack(">i2H", 4, *version)
-    size = 4 + extent(4)
-    for name, (content, computed) in chunks:
-        body += name + struct.pack(">i", computed) + content
-        size += extent(computed)
-    return b"FORM" + struct.pack(">i", size) + b"QELF" + body
+    header = chunk(b"SHDR", struct.pack(">2H", *version))
+    return container(b"FORM", b"QELF", header, *(chunk(*c) for c in chunks)).data
 
 
 TRIANGLE = mesh([(0, 0, 0), (1, 0, 0), (0, 1, 0)], [(0, 1, 2)], [(0, material())])
@@ -97,7 +83,7 @@ class QelfTest(unittest.TestCase):
             "radius": (scene((b"SGRP", group(b"ab", [], float("inf")))), ["radius is not finite", "byte 42"]),
             "cut": (GOOD[:-1], ["INDX", f"byte {len(GOOD) - 1}"]),
             "size": (GOOD[:4] + struct.pack(">i", 600) + GOOD[8:], ["chunkId"]),
-            "type": (scene((b"SGRP", group(b"", [(4, (b"", 0))]))), ["Error while reading chunk!"]),
+            "type": (scene((b"SGRP", group(b"", [(4, Record())]))), ["Error while reading chunk!"]),
             "other": (b"RIFF" + struct.pack(">i", 4) + b"WAVE", ["Not a valid IFF-85 file"]),
             "empty": (b"", ["cannot open main chunk"]),
         }
