@@ -209,35 +209,35 @@ bytes jpeg(bool progressive, bool ink) {
 #endif
 
 std::vector<image_case> exact_images() {
-    std::vector<image_case> all;
-    const auto add = [&](const char* name, const bytes& file, look as) { all.push_back({name, file, as}); };
-    add("1 bit", bmp(1, 0, false), look::two);
-    add("4 bit", bmp(4, 0, true), look::opaque);
-    add("8 bit", bmp(8, 0, false), look::opaque);
-    add("old header", bmp(8, 0, false, 12), look::opaque);
-    add("16 bit", bmp(16, 0, true), look::opaque);
-    add("16 bit 565", bmp(16, 3, false), look::opaque);
-    add("24 bit", bmp(24, 0, false), look::opaque);
-    add("24 bit downwards", bmp(24, 0, true), look::opaque);
-    add("32 bit", bmp(32, 0, false), look::opaque);
-    add("32 bit alpha", bmp(32, 3, false, 56), look::alpha);
-    add("rle8", bmp(8, 1, false), look::opaque);
-    add("rle4", bmp(4, 2, false), look::opaque);
-    add("mapped.tga", tga(1, 8, 0), look::opaque);
-    add("mapped rle.tga", tga(9, 8, 32), look::opaque);
-    add("grey.tga", tga(3, 8, 32), look::grey);
-    add("grey rle.tga", tga(11, 8, 0), look::grey);
-    add("16.tga", tga(2, 16, 0), look::opaque);
-    add("16 alpha.tga", tga(2, 16, 1), look::alpha);
-    add("24.tga", tga(2, 24, 0), look::opaque);
-    add("24 rle.tga", tga(10, 24, 32), look::opaque);
-    add("24 mirrored.tga", tga(2, 24, 16), look::opaque);
-    add("32.TGA", tga(2, 32, 8), look::alpha);
-    add("32 rle.tga", tga(10, 32, 40), look::alpha);
-    add("32 without alpha.tga", tga(2, 32, 0), look::opaque);
+    std::vector<image_case> all = {
+        {"1 bit", bmp(1, 0, false), look::two},
+        {"4 bit", bmp(4, 0, true), look::opaque},
+        {"8 bit", bmp(8, 0, false), look::opaque},
+        {"old header", bmp(8, 0, false, 12), look::opaque},
+        {"16 bit", bmp(16, 0, true), look::opaque},
+        {"16 bit 565", bmp(16, 3, false), look::opaque},
+        {"24 bit", bmp(24, 0, false), look::opaque},
+        {"24 bit downwards", bmp(24, 0, true), look::opaque},
+        {"32 bit", bmp(32, 0, false), look::opaque},
+        {"32 bit alpha", bmp(32, 3, false, 56), look::alpha},
+        {"rle8", bmp(8, 1, false), look::opaque},
+        {"rle4", bmp(4, 2, false), look::opaque},
+        {"mapped.tga", tga(1, 8, 0), look::opaque},
+        {"mapped rle.tga", tga(9, 8, 32), look::opaque},
+        {"grey.tga", tga(3, 8, 32), look::grey},
+        {"grey rle.tga", tga(11, 8, 0), look::grey},
+        {"16.tga", tga(2, 16, 0), look::opaque},
+        {"16 alpha.tga", tga(2, 16, 1), look::alpha},
+        {"24.tga", tga(2, 24, 0), look::opaque},
+        {"24 rle.tga", tga(10, 24, 32), look::opaque},
+        {"24 mirrored.tga", tga(2, 24, 16), look::opaque},
+        {"32.TGA", tga(2, 32, 8), look::alpha},
+        {"32 rle.tga", tga(10, 32, 40), look::alpha},
+        {"32 without alpha.tga", tga(2, 32, 0), look::opaque},
+    };
 #ifdef KORA_IMAGE_FILES
     for (const look as : {look::grey, look::opaque, look::alpha})
-        add("png", png(as), as);
+        all.push_back({"png", png(as), as});
 #endif
     return all;
 }
