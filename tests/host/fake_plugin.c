@@ -89,17 +89,10 @@ static int dirty(void* ignored0, void* ignored1, renderext_instance* rext) {
 }
 
 static int render(render_canvas* canvas, control_record* control, renderext_instance* rext) {
-    int32_t x = 0, y = 0, surface = 0, rotation = -1;
-    float sx = 0, sy = 0, tx = 0, ty = 0;
-    canvas->get_origin(canvas, &x, &y);
-    canvas->is_surface(canvas, &surface);
-    kora_display_info info = (kora_display_info)canvas->find_service(canvas, "gles_display_info");
-    if (info) info(canvas, &sx, &sy, &tx, &ty, &rotation);
+    (void)canvas;
     kor_size size;
     kor_rect_to_size(&control->rect, &size);
-    note("render %d,%d %dx%d origin %d,%d surface %d alpha %u display %g %g %g %g %d;", control->rect.x1,
-         control->rect.y1, size.width, size.height, x, y, surface, rext->alpha, (double)sx, (double)sy,
-         (double)tx, (double)ty, rotation);
+    note("render %dx%d alpha %u;", size.width, size.height, rext->alpha);
     resource_manager* resources = control->app->services->resource;
     kora_reference* program = resources->get_reference(resources, "shader", "program", "argument");
     resources->release(resources, program);
