@@ -9,7 +9,7 @@
 namespace {
 
 const uint8_t* bytes_of(GLuint buffer, const char* pointer, size_t offset, size_t size) {
-    if (!buffer) return reinterpret_cast<const uint8_t*>(pointer) + offset;
+    if (!buffer && pointer) return reinterpret_cast<const uint8_t*>(pointer) + offset;
     const auto found = gl().buffers.find(buffer);
     const size_t start = reinterpret_cast<size_t>(pointer) + offset;
     if (found != gl().buffers.end() && start + size <= found->second.size())
