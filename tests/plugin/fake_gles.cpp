@@ -133,15 +133,17 @@ DRIVER void glGetShaderiv(GLuint shader, GLenum what, GLint* value) {
         *value = gl().info_log.empty() ? 0 : static_cast<GLint>(gl().info_log.size() + 1);
 }
 
-DRIVER void glGetShaderInfoLog(GLuint shader, GLsizei size, GLsizei* length, GLchar* text) {
-    CALL("glGetShaderInfoLog %u", shader);
-    copy_text(gl().info_log, size, length, text);
-}
-
-DRIVER GLboolean glIsShader(GLuint shader) {
-    CALL("glIsShader %u", shader);
-    return gl().shaders.contains(shader);
-}
+#define OBJECTS(is, get_info_log, objects)                                                                   \
+    DRIVER GLboolean is(GLuint name) {                                                                       \
+        CALL(#is " %u", name);                                                                               \
+        return gl().objects.contains(name);                                                                  \
+    }                                                                                                        \
+    DRIVER void get_info_log(GLuint name, GLsizei size, GLsizei* length, GLchar* text) {                     \
+        CALL(#get_info_log " %u", name);                                                                     \
+        copy_text(gl().info_log, size, length, text);                                                        \
+    }
+OBJECTS(glIsShader, glGetShaderInfoLog, shaders)
+OBJECTS(glIsProgram, glGetProgramInfoLog, programs)
 
 DRIVER void glDeleteShader(GLuint shader) {
     CALL("glDeleteShader %u", shader);
@@ -200,16 +202,6 @@ DRIVER void glGetProgramiv(GLuint program, GLenum what, GLint* value) {
         *value = static_cast<GLint>(p.uniforms.size());
     else if (what == GL_ACTIVE_UNIFORM_MAX_LENGTH)
         *value = static_cast<GLint>(longest);
-}
-
-DRIVER void glGetProgramInfoLog(GLuint program, GLsizei size, GLsizei* length, GLchar* text) {
-    CALL("glGetProgramInfoLog %u", program);
-    copy_text(gl().info_log, size, length, text);
-}
-
-DRIVER GLboolean glIsProgram(GLuint program) {
-    CALL("glIsProgram %u", program);
-    return gl().programs.contains(program);
 }
 
 DRIVER void glDeleteProgram(GLuint program) {

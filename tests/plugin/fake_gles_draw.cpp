@@ -45,11 +45,14 @@ gl_draw begin_draw(bool elements, GLint first, GLsizei count) {
 
 } // namespace
 
-DRIVER void glGenBuffers(GLsizei n, GLuint* names) {
-    CALL("glGenBuffers %d", n);
-    for (GLsizei i = 0; i < n; ++i)
-        gl().buffers[names[i] = ++gl().last_buffer];
-}
+#define GENERATE(function, objects, last)                                                                    \
+    DRIVER void function(GLsizei n, GLuint* names) {                                                         \
+        CALL(#function " %d", n);                                                                            \
+        for (GLsizei i = 0; i < n; ++i)                                                                      \
+            gl().objects[names[i] = ++gl().last];                                                            \
+    }
+GENERATE(glGenBuffers, buffers, last_buffer)
+GENERATE(glGenTextures, textures, last_texture)
 
 DRIVER void glDeleteBuffers(GLsizei n, const GLuint* names) {
     CALL("glDeleteBuffers %d", n);
@@ -75,15 +78,13 @@ DRIVER void glBufferData(GLenum target, GLsizeiptr size, const void* data, GLenu
         .assign(bytes, bytes + size);
 }
 
-DRIVER void glEnableVertexAttribArray(GLuint index) {
-    record(channel::lookup, "glEnableVertexAttribArray %u", index);
-    gl().attributes.at(index).enabled = true;
-}
-
-DRIVER void glDisableVertexAttribArray(GLuint index) {
-    record(channel::lookup, "glDisableVertexAttribArray %u", index);
-    gl().attributes.at(index).enabled = false;
-}
+#define ENABLE(function, on)                                                                                 \
+    DRIVER void function(GLuint index) {                                                                     \
+        record(channel::lookup, #function " %u", index);                                                     \
+        gl().attributes.at(index).enabled = on;                                                              \
+    }
+ENABLE(glEnableVertexAttribArray, true)
+ENABLE(glDisableVertexAttribArray, false)
 
 DRIVER void glVertexAttribPointer(GLuint index, GLint size, GLenum type, GLboolean normalized, GLsizei stride,
                                   const void* pointer) {
@@ -117,16 +118,6 @@ DRIVER void glDrawArrays(GLenum mode, GLint first, GLsizei count) {
 }
 
 // ---- Textures -------------------------------------------------------------------------------------
-
-DRIVER void glActiveTexture(GLenum unit) {
-    CALL("glActiveTexture %s", name_of(unit));
-}
-
-DRIVER void glGenTextures(GLsizei n, GLuint* names) {
-    CALL("glGenTextures %d", n);
-    for (GLsizei i = 0; i < n; ++i)
-        gl().textures[names[i] = ++gl().last_texture];
-}
 
 DRIVER void glBindTexture(GLenum target, GLuint name) {
     CALL("glBindTexture %s %u", name_of(target), name);
@@ -195,23 +186,18 @@ DRIVER void glFrontFace(GLenum mode) {
     gl().front_face = mode;
 }
 
-DRIVER void glEnable(GLenum what) {
-    CALL("glEnable %s", name_of(what));
-}
-
-DRIVER void glDisable(GLenum what) {
-    CALL("glDisable %s", name_of(what));
-}
+#define SETTING(function)                                                                                    \
+    DRIVER void function(GLenum value) {                                                                     \
+        CALL(#function " %s", name_of(value));                                                               \
+    }
+SETTING(glActiveTexture)
+SETTING(glEnable)
+SETTING(glDisable)
+SETTING(glDepthFunc)
+SETTING(glClear)
 
 DRIVER void glDepthMask(GLboolean on) {
     CALL("glDepthMask %d", on);
-}
-
-DRIVER void glDepthFunc(GLenum function) {
-    CALL("glDepthFunc %s", name_of(function));
-}
-DRIVER void glClear(GLbitfield what) {
-    CALL("glClear %s", name_of(what));
 }
 
 DRIVER void glBlendFuncSeparate(GLenum source, GLenum target, GLenum source_alpha, GLenum target_alpha) {
