@@ -127,6 +127,19 @@ TEST_F(lifecycle, a_lost_context_is_seen) {
     }
 }
 
+// Records that the pool gave up are not touched when the caches are cleared.
+TEST_F(lifecycle, only_living_records_are_mended) {
+    control shown;
+    show(shown);
+    const shader_desc custom = {"custom", SHADER_TYPE_SOURCE, "void main() {}", "void main() {}", nullptr};
+    kora_reference* held = host_get_shader(custom.name, &custom);
+    host_purge_shaders();
+    PLUGIN(lum_gl_clearprogramcaches)();
+    shown.render();
+    EXPECT_EQ(gl().draws.size(), 6u);
+    host_release(held);
+}
+
 // The host may empty the caches at any time; a pool that goes on handing out its records gets them mended.
 TEST_F(lifecycle, cleared_caches_are_filled_again) {
     control shown;
