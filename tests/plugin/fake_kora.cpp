@@ -42,6 +42,8 @@ void fill_slots(record_memory& table) {
 void check_service(const void* self, const record_memory& expected, const char* operation) {
     if (self != &expected) fault("%s: the first argument is not the service", operation);
 }
+// A line for a service's function, after a look at its first argument.
+#define HOST_CALL(service, ...) (check_service(self, service, __func__), record(channel::host, __VA_ARGS__))
 
 const char* app_name(const app_record* given) {
     if (given && static_cast<const void*>(given) != &app) fault("a log call with an unknown app record");
@@ -49,31 +51,27 @@ const char* app_name(const app_record* given) {
 }
 
 const void* data_get(data_manager* self, const char* key, int zero) {
-    check_service(self, data, "data get");
     const auto found = host().values.find(key);
-    record(channel::host, "data_get \"%s\" %d", key, zero);
+    HOST_CALL(data, "data_get \"%s\" %d", key, zero);
     return found == host().values.end() ? nullptr : &found->second;
 }
 
 int register_extension(renderext_manager* self, const renderext_descriptor* descriptor) {
-    check_service(self, renderext, "register");
-    record(channel::host, "register_extension \"%s\"", descriptor->name);
+    HOST_CALL(renderext, "register_extension \"%s\"", descriptor->name);
     host().extension = descriptor;
     return 77;
 }
 
 int add_listener(event_manager* self, const char* event, kora_event_callback callback, void* user) {
-    check_service(self, events, "add listener");
-    record(channel::host, "add_listener \"%s\"", event);
+    HOST_CALL(events, "add_listener \"%s\"", event);
     host().listeners.push_back({event, callback, user});
     return 77;
 }
 
 int create_pool(resource_manager* self, const char* type, void* parameter, kora_pool_alloc alloc,
                 kora_pool_release release, int zero) {
-    check_service(self, resources, "create pool");
-    record(channel::host, "create_pool \"%s\" %d %d", type,
-           static_cast<int>(reinterpret_cast<intptr_t>(parameter)), zero);
+    HOST_CALL(resources, "create_pool \"%s\" %d %d", type,
+              static_cast<int>(reinterpret_cast<intptr_t>(parameter)), zero);
     pool.alloc = alloc;
     pool.release = release;
     return 77;
@@ -104,7 +102,7 @@ kora_reference* image_reference(const char* name) {
 }
 
 kora_reference* get_reference(resource_manager* self, const char* type, const char* name, ...) {
-    check_service(self, resources, "get reference");
+    check_service(self, resources, __func__);
     va_list args;
     va_start(args, name);
     kora_reference* reference = nullptr;
@@ -142,7 +140,7 @@ void discard_shader(std::map<std::string, pooled_shader>::iterator shader) {
 }
 
 int release_reference(resource_manager* self, kora_reference* reference) {
-    check_service(self, resources, "release");
+    check_service(self, resources, __func__);
     const std::string name = reference_name(reference, "release");
     if (name.empty()) return 0;
     record(channel::host, "release \"%s\"", name.substr(name.find(' ') + 1).c_str());
@@ -155,9 +153,8 @@ int release_reference(resource_manager* self, kora_reference* reference) {
 }
 
 void* get_data(resource_manager* self, kora_reference* reference) {
-    check_service(self, resources, "get data");
     const std::string name = reference_name(reference, "get data");
-    record(channel::host, "get_data \"%s\"", name.substr(name.find(' ') + 1).c_str());
+    HOST_CALL(resources, "get_data \"%s\"", name.substr(name.find(' ') + 1).c_str());
     if (name.starts_with("image ")) {
         host_image& image = host().images.at(name.substr(6));
         return image.data ? &image : nullptr;
@@ -170,16 +167,14 @@ void* get_data(resource_manager* self, kora_reference* reference) {
 }
 
 char* resolve_path(resource_manager* self, const char* name) {
-    check_service(self, resources, "resolve path");
-    record(channel::host, "resolve_path \"%s\"", name);
+    HOST_CALL(resources, "resolve_path \"%s\"", name);
     if (host().unresolved.contains(name)) return nullptr;
     return host().copy((name[0] == '/' ? std::string(name) : host().root + "/" + name).c_str());
 }
 
 int describe_image(graphics_manager* self, void* object, int one, image_info* info, size_t size) {
-    check_service(self, graphics, "describe image");
     const auto* image = static_cast<const host_image*>(object);
-    record(channel::host, "describe_image %d %d", one, static_cast<int>(size));
+    HOST_CALL(graphics, "describe_image %d %d", one, static_cast<int>(size));
     if (size != HOST_OFFSET(image_info, pixels, 32) + sizeof(void*)) fault("wrong size of an image_info");
     if (host().silent.contains("describe_image")) return 0;
     std::memset(static_cast<void*>(info), 0xA5, size);
@@ -194,15 +189,13 @@ int describe_image(graphics_manager* self, void* object, int one, image_info* in
 }
 
 void get_origin(render_canvas* self, int32_t* x, int32_t* y) {
-    check_service(self, canvas, "get origin");
-    record(channel::host, "get_origin");
+    HOST_CALL(canvas, "get_origin");
     *x = host().origin_x;
     *y = host().origin_y;
 }
 
 void display_info(render_canvas* self, float* sx, float* sy, float* tx, float* ty, int32_t* rotation) {
-    check_service(self, canvas, "gles_display_info");
-    record(channel::host, "gles_display_info");
+    HOST_CALL(canvas, "gles_display_info");
     *sx = host().sx;
     *sy = host().sy;
     *tx = host().tx;
@@ -211,14 +204,12 @@ void display_info(render_canvas* self, float* sx, float* sy, float* tx, float* t
 }
 
 kora_slot find_service(render_canvas* self, const char* name) {
-    check_service(self, canvas, "find service");
-    record(channel::host, "find_service \"%s\"", name);
+    HOST_CALL(canvas, "find_service \"%s\"", name);
     return host().display_info ? reinterpret_cast<kora_slot>(&display_info) : nullptr;
 }
 
 void is_surface(render_canvas* self, int32_t* flag) {
-    check_service(self, canvas, "is surface");
-    record(channel::host, "is_surface");
+    HOST_CALL(canvas, "is_surface");
     *flag = host().surface;
 }
 
