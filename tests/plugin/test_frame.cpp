@@ -247,13 +247,16 @@ lines choose(const char* text, const std::string& tags, const std::map<std::stri
     return chosen;
 }
 
+// By number: the attribute's values, and what the names of the programs begin with.
+constexpr const char* shadings[] = {"gouraud", "blinn-phong", "flat"};
+constexpr const char* families[] = {"gouraud", "phong", "flat"};
+
 struct setting {
     int shading;
     bool model_lights, back, surface, display, timed;
 };
 
 void PrintTo(const setting& s, std::ostream* out) {
-    constexpr const char* shadings[] = {"gouraud", "phong", "flat"};
     *out << shadings[s.shading] << (s.model_lights ? ", model lights" : "") << (s.back ? ", culled" : "")
          << (s.surface ? ", surface" : "") << (s.display ? ", display info" : "")
          << (s.timed ? ", timed" : "");
@@ -268,7 +271,6 @@ class frame : public plugin_test, public testing::WithParamInterface<setting> {
         host().surface = s.surface;
         host().display_info = s.display;
         host().timing = s.timed;
-        constexpr const char* shadings[] = {"gouraud", "blinn-phong", "flat"};
         shown.set(id_shading, shadings[s.shading]);
         if (s.model_lights) shown.set(id_lighting, "model");
         if (s.back) shown.set(id_culling, "back");
@@ -278,8 +280,11 @@ class frame : public plugin_test, public testing::WithParamInterface<setting> {
         constexpr struct {
             int id;
             float value;
-        } values[] = {{id_camera_x, 1},           {id_camera_y, 2},   {id_camera_z, 9},
-                      {id_light_intensity, 0.8f}, {id_ambient, 0.3f}, {id_lightness, 0.5f}};
+        } values[] = {
+            {id_camera_x, 1},   {id_camera_y, 2},     {id_camera_z, 9},     {id_light_intensity, 0.8f},
+            {id_ambient, 0.3f}, {id_lightness, 0.5f}, {id_azimuth, 10},     {id_elevation, 20},
+            {id_model_x, 0.5f}, {id_model_y, 0.25f},  {id_model_z, 0.125f}, {id_phi, 60},
+            {id_theta, 90},     {id_psi, 180}};
         for (const auto& v : values)
             shown.set(v.id, v.value);
     }
@@ -293,8 +298,7 @@ class frame : public plugin_test, public testing::WithParamInterface<setting> {
 };
 
 TEST_P(frame, makes_these_calls) {
-    constexpr const char* names[] = {"gouraud", "phong", "flat"};
-    const std::string name = names[GetParam().shading];
+    const std::string name = families[GetParam().shading];
     const std::map<std::string, lines> programs{
         {"$each",
          {"gouraud_color", "gouraud_texture", "phong_color", "phong_texture", "flat_color", "flat_texture"}},
@@ -328,21 +332,13 @@ TEST_P(frame, makes_these_calls) {
 }
 
 TEST_P(frame, writes_these_diagnostic_lines) {
-    constexpr const char* names[] = {"gouraud", "blinn-phong", "flat"};
-    const std::map<std::string, lines> words{{"$s", {names[GetParam().shading]}},
+    const std::map<std::string, lines> words{{"$s", {shadings[GetParam().shading]}},
                                              {"$n", {std::to_string(GetParam().shading)}},
                                              {"$vertices", trace_vertices()}};
     for (const int threshold : {-1, 0, 4, 5, 6, 7, 8, 9}) {
         init(print("diag=%d", threshold).c_str());
         control shown;
         prepare(shown);
-        constexpr struct {
-            int id;
-            float value;
-        } values[] = {{id_azimuth, 10},     {id_elevation, 20}, {id_model_x, 0.5f}, {id_model_y, 0.25f},
-                      {id_model_z, 0.125f}, {id_phi, 60},       {id_theta, 90},     {id_psi, 180}};
-        for (const auto& v : values)
-            shown.set(v.id, v.value);
         gl().last_buffer = 0;
         for (const bool first : {true, false}) {
             if (first)
@@ -370,14 +366,12 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(plugin_test, a_mesh_without_material_is_drawn_in_default_grey) {
     write("plain.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nv 1 1 0\nf 1 2 3\nf 2 4 3\n");
     init("diag=9");
-    constexpr const char* shadings[] = {"gouraud", "blinn-phong", "flat"};
-    constexpr const char* programs[] = {"gouraud_color", "phong_color", "flat_color"};
     for (int i = 0; i < 3; ++i) {
         control shown;
         shown.set(id_shading, shadings[i]);
         shown.set(id_alpha, 51);
         show(shown, "plain.obj");
-        const gl_program& p = gl().named(programs[i]);
+        const gl_program& p = gl().named(families[i] + std::string("_color"));
         const auto value = [&p](const char* name) {
             return p.find(name) ? p.find(name)->value : std::vector<float>{};
         };
