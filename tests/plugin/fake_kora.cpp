@@ -10,15 +10,10 @@ struct kor_string_map {
 
 namespace {
 
-struct pooled_shader {
-    kora_reference* reference;
-    int count;
-};
-
 struct {
     kora_pool_alloc alloc;
     kora_pool_release release;
-    std::map<std::string, pooled_shader> shaders;
+    std::map<std::string, kora_reference*> shaders;
     std::map<std::string, int> image_handles; // the address of a value is the reference
     uint64_t clock;
 } pool;
@@ -81,10 +76,7 @@ kora_reference* build_shader(const char* name, va_list args) {
     auto& state = host();
     if (state.refused.contains(name)) return nullptr;
     const auto found = pool.shaders.find(name);
-    if (found != pool.shaders.end()) {
-        ++found->second.count;
-        return found->second.reference;
-    }
+    if (found != pool.shaders.end()) return found->second;
     state.building = name;
     ++recorded().depth;
     kora_reference* made = pool.alloc(host_app(), nullptr, nullptr, name, args);
@@ -92,8 +84,7 @@ kora_reference* build_shader(const char* name, va_list args) {
     state.building.clear();
     if (!made) return nullptr;
     made->host_block = std::malloc(3); // the pool's own block, freed by the release callback
-    pool.shaders[name] = {made, 1};
-    return made;
+    return pool.shaders[name] = made;
 }
 
 kora_reference* image_reference(const char* name) {
@@ -124,16 +115,15 @@ kora_reference* get_reference(resource_manager* self, const char* type, const ch
 // "TYPE NAME" of a reference, or "" after a fault.
 std::string reference_name(const kora_reference* reference, const char* operation) {
     for (const auto& [name, shader] : pool.shaders)
-        if (shader.reference == reference) return "shader " + name;
+        if (shader == reference) return "shader " + name;
     for (const auto& [name, handle] : pool.image_handles)
         if (static_cast<const void*>(&handle) == reference) return "image " + name;
     fault("%s: not a reference of this host: %p", operation, static_cast<const void*>(reference));
     return "";
 }
 
-void discard_shader(std::map<std::string, pooled_shader>::iterator shader) {
-    kora_reference* reference = shader->second.reference;
-    pool.shaders.erase(shader);
+void discard_shader(const std::string& name) {
+    kora_reference* reference = pool.shaders.extract(name).mapped();
     ++recorded().depth;
     pool.release(nullptr, nullptr, nullptr, reference);
     --recorded().depth;
@@ -146,9 +136,8 @@ int release_reference(resource_manager* self, kora_reference* reference) {
     record(channel::host, "release \"%s\"", name.substr(name.find(' ') + 1).c_str());
     if (host().held[name] <= 0) fault("%s released too often", name.c_str());
     if (--host().held[name] == 0) host().held.erase(name);
-    const auto shader = pool.shaders.find(name.substr(name.find(' ') + 1));
-    if (name.starts_with("shader ") && --shader->second.count == 0 && !host().keep_shaders)
-        discard_shader(shader);
+    if (name.starts_with("shader ") && !host().held.contains(name) && !host().keep_shaders)
+        discard_shader(name.substr(7));
     return 77;
 }
 
@@ -287,10 +276,8 @@ void host_release(kora_reference* reference) {
 }
 
 void host_purge_shaders() {
-    for (auto next = pool.shaders.begin(); next != pool.shaders.end();) {
-        const auto shader = next++;
-        if (shader->second.count == 0) discard_shader(shader);
-    }
+    for (const auto& [name, reference] : std::map(pool.shaders))
+        if (!host().held.contains("shader " + name)) discard_shader(name);
 }
 
 void host_fire(const char* event) {
