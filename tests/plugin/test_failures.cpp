@@ -164,7 +164,7 @@ TEST_F(failures, the_extension_chooses_the_loader) {
         {"abc", {}, 0},
         {"obj", {}, 0},
         {"x.stl", {"0 app model3d: unsupported format: .stl"}, 0},
-        {"x.STL", {"0 app model3d: unsupported format: .stl"}, 0},
+        {"x.DAZ", {"0 app model3d: unsupported format: .daz"}, 0},
         {"model.obj2", {"0 app model3d: unsupported format: obj2"}, 0},
     };
     for (const auto& c : cases) {

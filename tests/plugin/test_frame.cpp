@@ -329,6 +329,12 @@ TEST_P(frame, makes_these_calls) {
     expect_lines(recorded().text({channel::host, channel::gl, channel::map}),
                  choose(frame_calls, tags(false) + "[config]", programs), "calls, new configuration,");
     EXPECT_EQ(shown.state().flags, described::defaults_set);
+    // The segments of a moved mesh tell both programs, each once.
+    shown.set(id_model_x, 2.0f);
+    recorded().clear();
+    shown.render();
+    for (const char* kind : {"_color", "_texture"})
+        EXPECT_EQ(recorded().count("glUniformMatrix4fv " + name + kind + ".model_local"), 1);
 }
 
 TEST_P(frame, writes_these_diagnostic_lines) {

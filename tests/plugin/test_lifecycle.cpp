@@ -74,11 +74,13 @@ TEST_F(lifecycle, presleep_drops_the_scene_until_the_next_frame) {
 TEST_F(lifecycle, a_lost_context_is_seen) {
     struct {
         const char* what;
-        bool purged, told; // the host threw its programs away; sends presleep
+        bool purged, told;    // the host threw its programs away; sends presleep
+        bool cleared = false; // empties the caches
     } const cases[] = {{"programs kept", false, false},
                        {"programs thrown away", true, false},
                        {"told late, programs kept", false, true},
-                       {"told late, programs thrown away", true, true}};
+                       {"told late, programs thrown away", true, true},
+                       {"caches cleared", false, false, true}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         control shown, other, freed, renamed;
@@ -100,6 +102,7 @@ TEST_F(lifecycle, a_lost_context_is_seen) {
         if (c.purged) host_purge_shaders();
         recorded().clear();
         if (c.told) host_fire("kora.presleep");
+        if (c.cleared) PLUGIN(lum_gl_clearprogramcaches)();
         freed.release();
         renamed.set(id_filename, "other.obj");
         EXPECT_EQ(gl().live_objects(), 2u + 3 * 7) << "nothing of the host's was deleted";
