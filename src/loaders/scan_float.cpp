@@ -7,7 +7,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <fast_float/fast_float.h>
 
 namespace {
 

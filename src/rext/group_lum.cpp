@@ -8,6 +8,7 @@
 #include "rext/state.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 
@@ -98,12 +99,17 @@ const float* find_value(control_record* control, data_manager* data, const char*
     return value;
 }
 
+// No number is as good as another, or a control would be drawn again for ever.
+bool is_news(float value, float current) {
+    return value != current && !(std::isnan(value) && std::isnan(current));
+}
+
 // 1 when the float was changed.
 int update_float_key_value(control_record* control, data_manager* data, const char* name, const char* key,
                            float* target) {
     kora_app_log(control->app, 8, "retrieving data for key: %s using data manager key: %s", name, key);
     const float* const value = find_value(control, data, key);
-    if (!value || *value == *target) return 0;
+    if (!value || !is_news(*value, *target)) return 0;
     model3d_diag_log(control->app, 6, "found updated data for key: %s, value: %.4f", name, double{*value});
     *target = *value;
     return 1;
@@ -119,7 +125,7 @@ int update_float_key_radian_value(control_record* control, data_manager* data, c
     const float* const value = find_value(control, data, key);
     if (!value) return 0;
     const float angle = radians_from_degrees(*value);
-    if (angle == *target) return 0;
+    if (!is_news(angle, *target)) return 0;
     model3d_diag_log(control->app, 6, "found updated angle data for key: %s, value: %.4f radians", name,
                      double{angle});
     *target = angle;

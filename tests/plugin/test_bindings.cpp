@@ -5,6 +5,7 @@
 #include "qelf/qelf.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <utility>
 
@@ -45,6 +46,20 @@ TEST_F(bindings, a_dirty_check_without_a_model_only_says_so) {
     c.dirty();
     expect_lines(log(), {"9 null model3d: control initiated dirty check"});
     EXPECT_EQ(recorded().count("data_get"), 0);
+}
+
+// A value that is no number must not have the control drawn again for ever.
+TEST_F(bindings, no_number_is_news_once) {
+    control shown;
+    show(shown, "t.obj");
+    name_root(shown);
+    const int32_t before = shown.dirty_count();
+    host().values = {{"ctl.door_RX", NAN}, {"ctl.door_TY", NAN}};
+    for (int i = 0; i < 3; ++i) {
+        shown.dirty();
+        EXPECT_EQ(shown.dirty_count(), before + 1);
+        shown.render();
+    }
 }
 
 TEST_F(bindings, every_key_moves_its_own_value) {
