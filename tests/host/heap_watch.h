@@ -16,4 +16,7 @@ struct heap_watch {
     heap_watch& operator=(const heap_watch&) = delete;
 };
 
+// False where the heap is another's, as under valgrind: what needs to watch it must be skipped.
+bool heap_is_watched();
+
 #endif
