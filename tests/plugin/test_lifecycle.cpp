@@ -89,12 +89,16 @@ TEST_F(lifecycle, a_lost_context_is_seen) {
             show(*each);
         const std::vector<gl_draw> before = gl().draws;
         gl().draws.clear();
+        // As many uniforms as ours, by other names.
+        std::vector<gl_uniform> uniforms = gl().programs.at(1).uniforms;
+        for (gl_uniform& u : uniforms)
+            u.name = "u";
         gl().lose_context();
         gl().shaders[99] = {GL_VERTEX_SHADER, "void main() {}", true, false};
         gl().shaders[100] = {GL_FRAGMENT_SHADER, "void main() {}", true, false};
         gl().last_shader = 100;
         for (GLuint name = 1; name <= 7; ++name) {
-            gl().programs[name] = {"host's", {99, 100}, {}, {}, true};
+            gl().programs[name] = {"host's", {99, 100}, {}, uniforms, true};
             gl().textures[name] = {};
             gl().buffers[name] = {};
         }
