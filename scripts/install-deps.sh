@@ -19,7 +19,7 @@ targets='g++-i686-linux-gnu g++-arm-linux-gnueabihf qemu-user googletest
 bench='libtinyobjloader-dev'
 assimp='libassimp-dev'
 f3d='f3d xvfb'
-fuzz='clang'
+fuzz='clang libclang-rt-dev'
 
 wanted=$native
 foreign=
