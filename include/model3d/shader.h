@@ -90,7 +90,8 @@ MODEL3D_API int lum_gl_program_valid(uint32_t program);
 /* Does nothing: programs live until the caches are cleared. */
 MODEL3D_API void lum_gl_free_program(uint32_t program);
 
-/* Empties both caches and deletes their GL objects. For the host: before a context goes away. */
+/* Empties both caches and deletes their GL objects. For the host: before a context goes away. While models
+ * are loaded one program stays in GL, by which the next frame tells whether its context is still the same. */
 MODEL3D_API void lum_gl_clearprogramcaches(void);
 
 /* ---- Uniforms -------------------------------------------------------------------------------- */
