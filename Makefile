@@ -22,7 +22,7 @@ help:
 	@echo 'make install       install into PREFIX, /usr/local unless given'
 	@echo 'make clean         remove build/ and demo/'
 	@echo
-	@echo 'What is missing gets installed first, with apt (scripts/install-deps.sh).'
+	@echo 'Only demo, test, bench and fuzz install what is missing, with apt; the others name it (scripts/install-deps.sh installs it).'
 
 .PHONY: deps deps-targets deps-bench deps-fuzz
 deps:
@@ -41,8 +41,7 @@ build-%:
 test-%: build-%
 	ctest --preset $* -j $(JOBS)
 
-build: deps
-	@$(MAKE) --no-print-directory build-release
+build: build-release
 
 demo: deps
 	cmake --preset release
