@@ -28,7 +28,6 @@ class gl_context {
 
     // The renderer whose pictures are kept as golden files.
     bool is_llvmpipe() const { return renderer_.find("llvmpipe") != std::string::npos; }
-    const std::string& renderer() const { return renderer_; }
 
   private:
     gl_context() = default;

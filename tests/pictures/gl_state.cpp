@@ -2,8 +2,6 @@
 
 #include <GLES2/gl2.h>
 
-#include <algorithm>
-
 namespace pictures {
 namespace {
 
@@ -141,22 +139,6 @@ gl_state gl_state_read(const std::vector<unsigned>& textures) {
         state[point.text] = {static_cast<double>(type), static_cast<double>(name)};
     }
     return state;
-}
-
-std::array<int, 4> gl_count_objects() {
-    GLuint names[4] = {}; // drivers hand out names in order, some without using one again
-    glGenBuffers(1, &names[0]);
-    glGenTextures(1, &names[1]);
-    names[2] = names[3] = glCreateShader(GL_VERTEX_SHADER);
-    glDeleteShader(names[2]);
-    glDeleteTextures(1, &names[1]);
-    glDeleteBuffers(1, &names[0]);
-    constexpr GLboolean (*probes[])(GLuint) = {glIsBuffer, glIsTexture, glIsShader, glIsProgram};
-    std::array<int, 4> counts{};
-    for (size_t i = 0; i < counts.size(); ++i)
-        for (GLuint name = 1; name <= std::max(names[i], 4096u); ++name)
-            counts[i] += probes[i](name) ? 1 : 0;
-    return counts;
 }
 
 } // namespace pictures

@@ -1,7 +1,6 @@
 // What an OpenGL ES 2.0 context can be asked about itself.
 #pragma once
 
-#include <array>
 #include <map>
 #include <string>
 #include <vector>
@@ -14,8 +13,5 @@ using gl_state = std::map<std::string, std::vector<double>>;
 
 // Everything but contents. The parameters are those of the given textures (GL_TEXTURE_2D). Changes nothing.
 gl_state gl_state_read(const std::vector<unsigned>& textures);
-
-// How many buffers, textures, shaders and programs there are.
-std::array<int, 4> gl_count_objects();
 
 } // namespace pictures

@@ -130,6 +130,8 @@ TEST_F(frames, leave_nothing_behind_in_a_thousand_lives) {
     const auto before = counts();
     for (int i = 0; i < 1000; ++i) {
         host_fire("kora.presleep");
+        host_purge_shaders();
+        PLUGIN(lum_gl_clearprogramcaches)();
         shown.render();
         control copy;
         shown.copy_to(copy);
