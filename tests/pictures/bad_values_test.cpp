@@ -146,6 +146,7 @@ TEST_F(bad_values, of_models) {
 TEST_F(bad_values, of_empty_files) {
     model faceless = boxes();
     faceless.faces.clear();
+    faceless.lamps.clear();
     write(faceless, "faceless", "model.qel");
     for (const char* name : {"zero.obj", "zero.qel"})
         std::ofstream(folder_ + "/" + name).flush();

@@ -46,7 +46,7 @@ std::string colour_line(const char* keyword, vec3 c, vec3 usual) {
 
 void add_material(model& m, vec3 ambient, vec3 diffuse, vec3 specular, double exponent, double alpha,
                   const std::string& map) {
-    m.materials.push_back({ambient, diffuse, specular, exponent, alpha, map});
+    m.materials.push_back({ambient, diffuse, specular, {}, exponent, alpha, map});
 }
 
 void add_sphere(model& m, vec3 centre, double radius, int slices, int stacks, bool normals) {

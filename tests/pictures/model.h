@@ -1,9 +1,10 @@
-// Models for the picture tests, kept as lists so that the same data becomes an OBJ file for the plug-in
-// and triangles for the reference renderer, without a parser in between.
+// Models for the picture tests, kept as lists so that the same data becomes a file for the plug-in and
+// triangles for the reference renderer, without a parser in between.
 #pragma once
 
 #include "image.h"
 
+#include <array>
 #include <map>
 #include <string>
 #include <vector>
@@ -16,6 +17,10 @@ struct vec2 {
 struct vec3 {
     double x = 0, y = 0, z = 0;
 };
+
+// Rows, as written on paper; vectors are columns on the right.
+using mat4 = std::array<std::array<double, 4>, 4>;
+constexpr mat4 identity{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}}};
 
 // Indices as in the file: from 1, 0 for not given.
 struct corner {
@@ -30,9 +35,16 @@ struct face {
 
 // The values are what a material has when its library does not say.
 struct material {
-    vec3 ambient{0.2, 0.2, 0.2}, diffuse{0.8, 0.8, 0.8}, specular{1, 1, 1};
+    vec3 ambient{0.2, 0.2, 0.2}, diffuse{0.8, 0.8, 0.8}, specular{1, 1, 1}, emissive;
     double exponent = 0, alpha = 1;
     std::string map; // file name of the diffuse texture, or empty
+};
+
+// Directional lights shine down their group's y axis, point lights from its origin.
+struct lamp {
+    enum kind { directional = 1, point = 2 } type;
+    vec3 colour{1, 1, 1};
+    double percent = 100;
 };
 
 struct model {
@@ -41,6 +53,13 @@ struct model {
     std::vector<material> materials;
     std::vector<face> faces;
     std::map<std::string, image> textures; // by file name; a map that is missing here has no file
+
+    // Scene files alone hold the rest, and the materials' emissive colours. The model is a group there: its
+    // mesh has a matrix of its own, and all of it is placed by matrix * T * Rx * Ry * Rz * S, in degrees.
+    mat4 mesh_matrix = identity, matrix = identity;
+    vec3 translation, rotation, scaling{1, 1, 1};
+    std::vector<lamp> lamps;
+    std::vector<model> groups; // below this one; their textures are the outermost model's
 };
 
 // The builders add faces with the material added last (none yet: -1), wound counter-clockwise seen from
@@ -60,8 +79,8 @@ void add_quad(model& m, vec3 centre, double half_width, double half_height, vec2
 // out of the library. False when a file cannot be written.
 bool model_write(const model& m, const std::string& folder);
 
-// Writes a scene file: one group named "part" with a mesh and a directional light, "lamp". Textures are
-// expected beside it. Every face has a material and every corner a normal; without faces the group is empty.
+// Writes a scene file whose outermost group is named "part". Textures are expected beside it. Every face has
+// a material and every corner a normal; groups without faces have no mesh.
 bool model_write_qel(const model& m, const std::string& file);
 
 } // namespace pictures

@@ -1,10 +1,47 @@
-// Camera, model placement, clip planes and culling against the formulas.
+// Camera, placement of the model and of what a scene file holds, clip planes and culling against the
+// formulas.
 #include "stage.h"
 
 namespace pictures {
 namespace {
 
 class placement : public stage {};
+
+// A plate with an arm, a ball on the arm, a lantern on the ball, and a sky of two lamps. No matrix commutes
+// with another, and every group has a matrix and a movement.
+scene tree() {
+    const auto group = [](vec3 translation, vec3 rotation, vec3 scaling = {1, 1, 1}) {
+        model m;
+        m.mesh_matrix = {{{0.8, -0.3, 0, 0.2}, {0.6, 0.4, 0, -0.1}, {0, 0, 1.2, 0.1}, {0, 0, 0, 1}}};
+        m.matrix = {{{0.96, 0, 0.28, 0.1}, {0, 1, 0, 0.2}, {-0.28, 0, 0.96, 0.3}, {0, 0, 0, 1}}};
+        m.translation = translation;
+        m.rotation = rotation;
+        m.scaling = scaling;
+        return m;
+    };
+    model plate = group({-0.1, -0.2, -0.2}, {-20, 15, 10}, {1.1, 0.9, 0.8});
+    add_material(plate, {0.2, 0.2, 0.2}, {0.8, 0.8, 0.8}, {0.2, 0.2, 0.2}, 10);
+    add_box(plate, {}, {1.2, 1, 0.1}, true);
+    model arm = group({-0.4, 0.3, 0.5}, {30, 20, -40}, {0.6, 1, 0.8});
+    add_material(arm, {0.2, 0, 0}, {0.8, 0.5, 0.4}, {0.3, 0.3, 0.3}, 20);
+    arm.materials.back().emissive = {0.1, 0, 0.2};
+    add_prism(arm, {}, 0.4, 0.6, 5, true);
+    model ball = group({0.7, -0.4, 0.3}, {10, 50, 25}, {0.7, 0.9, 1.3});
+    add_material(ball, {0, 0.2, 0}, {0.5, 0.9, 0.6}, {0.5, 0.5, 0.5}, 30);
+    add_sphere(ball, {}, 0.5, 16, 8, true);
+    model lantern = group({0.5, 0.7, 0.8}, {0, 40, 0});
+    lantern.lamps = {{lamp::point, {1, 0.8, 0.2}, 60}};
+    model sky = group({-0.9, 0.4, 1.2}, {60, -20, 70});
+    sky.lamps = {{lamp::directional, {0.3, 0.5, 1}, 70}, {lamp::point, {1, 0.2, 0.4}, 50}};
+    ball.groups = {lantern};
+    arm.groups = {ball};
+    plate.groups = {arm, sky};
+    plate.lamps = {{lamp::directional, {1, 1, 1}, 25}};
+    scene s = small_scene(plate);
+    s.file = "model.qel";
+    attributes_set(s, "camera_clip_near=1 camera_clip_far=9");
+    return s;
+}
 
 TEST_F(placement, follows_every_attribute_of_camera_and_model) {
     // clang-format off
@@ -47,6 +84,13 @@ TEST_F(placement, follows_every_attribute_of_camera_and_model) {
     }
 }
 
+TEST_F(placement, of_groups_and_lamps) {
+    for (const char* shown : {"", "zero_deformers=1", "zero_deformers=1 ignore_bind_transforms=0",
+                              "ignore_bind_transforms=0 lighting_mode=model",
+                              "lighting_mode=model model_orientation_theta=30 model_position_x=0.3"})
+        check_models(tree(), shown, shown, {"gouraud", "blinn-phong"});
+}
+
 TEST_F(placement, replaces_a_field_of_view_that_is_none) {
     for (const char* value : {"", "0", "-20", "181"}) {
         scene s = lit_scene(landmark());
@@ -61,19 +105,20 @@ TEST_F(placement, survives_new_values_between_frames) {
     struct player {
         scene shown;
         kora_control* control;
-    } players[2] = {{lit_scene(landmark()), nullptr}, {lit_scene({}), nullptr}};
+    } players[2] = {{tree(), nullptr}, {lit_scene({}), nullptr}};
     add_material(players[1].shown.content, {0.2, 0.2, 0.5}, {0.3, 0.8, 0.9}, {0.7, 0.3, 0.3}, 40, 0.6);
     add_sphere(players[1].shown.content, {0.2, 0, 0}, 1, 12, 6, false);
     for (player& p : players) {
         const std::string name = "model" + std::to_string(&p - players);
-        p.control = open(p.shown, write(p.shown.content, name), name.c_str());
+        p.control = open(p.shown, write(p.shown.content, name, p.shown.file), name.c_str());
     }
     static const char* const steps[][2] = {
         {"", "shading_model=flat"},
-        {"camera_mode=orbit azimuth=50", "shading_model=gouraud alpha=100"},
-        {"shading_model=flat model_orientation_psi=30", "shading_model=blinn-phong"},
+        {"camera_mode=orbit azimuth=50 ignore_bind_transforms=0", "shading_model=gouraud alpha=100"},
+        {"shading_model=flat model_orientation_psi=30 zero_deformers=1", "shading_model=blinn-phong"},
         {"shading_model=blinn-phong light_internal_azimuth=10 alpha=200", "control_lightness=0.5"},
-        {"camera_mode=legacy azimuth=5 culling_mode=back", "camera_position_z=5"},
+        {"camera_mode=legacy azimuth=5 culling_mode=back lighting_mode=model zero_deformers=0",
+         "camera_position_z=5"},
     };
     int number = 0;
     for (const auto& step : steps) {

@@ -48,9 +48,6 @@ struct vec4 {
     double x = 0, y = 0, z = 0, w = 0;
 };
 
-// Rows, as written on paper; vectors are columns on the right.
-using mat4 = std::array<std::array<double, 4>, 4>;
-
 mat4 operator*(const mat4& a, const mat4& b) {
     mat4 out{};
     for (size_t r = 0; r < 4; ++r)
@@ -97,30 +94,35 @@ struct vertex {
 
 struct triangle {
     std::array<size_t, 3> vertices;
-    int material;
+    const material* surface; // null: not drawn
 };
 
 struct geometry {
+    mat4 to_world;
     std::vector<vertex> vertices;
     std::vector<triangle> triangles;
-    double radius = 0;
 };
 
 // Every triangle has vertices of its own, but for the fan's first, whose normal is the last triangle's.
 // Without given normals, vertices at the same place then share the mean of theirs.
-geometry triangulate(const model& m) {
-    geometry g;
+geometry triangulate(const model& m, const mat4& to_world) {
+    geometry g{to_world, {}, {}};
     bool given = false;
-    for (const vec3& p : m.positions)
-        g.radius = std::max(g.radius, length(p));
+    // A mesh without materials has a default of its own; faces before the first material are lost.
+    static const material plain{{0.2, 0.2, 0.2}, {1, 1, 1}, {}, {}, 1, 1, ""};
+    const bool segments =
+        !m.materials.empty() && std::ranges::any_of(m.faces, [](const face& f) { return f.material >= 0; });
     for (const face& f : m.faces) {
+        const material* surface = !segments        ? &plain
+                                  : f.material < 0 ? nullptr
+                                                   : &m.materials[static_cast<size_t>(f.material)];
         const auto add = [&](const corner& c) {
             g.vertices.push_back({m.positions[static_cast<size_t>(c.position - 1)], {}, {}});
             return g.vertices.size() - 1;
         };
         const size_t first = add(f.corners[0]);
         for (size_t k = 1; k + 1 < f.corners.size(); ++k) {
-            const triangle t{{first, add(f.corners[k]), add(f.corners[k + 1])}, f.material};
+            const triangle t{{first, add(f.corners[k]), add(f.corners[k + 1])}, surface};
             const corner* corners[3] = {&f.corners[0], &f.corners[k], &f.corners[k + 1]};
             const vec3 a = g.vertices[t.vertices[0]].position, b = g.vertices[t.vertices[1]].position;
             const vec3 normal = normalized(cross(b - a, g.vertices[t.vertices[2]].position - a));
@@ -150,27 +152,34 @@ geometry triangulate(const model& m) {
 
 class frame {
   public:
-    explicit frame(const scene& s) : s_(s), geometry_(triangulate(s.content)) {
+    explicit frame(const scene& s) : s_(s) {
         place_camera();
         place_viewport();
+        const double az = angle("light_internal_azimuth"), el = angle("light_internal_elevation", 90);
+        if (!is("lighting_mode", "model"))
+            lights_.push_back({{-std::sin(az) * std::cos(el), std::cos(az) * std::cos(el), std::sin(el), 0},
+                               {1, 1, 1},
+                               number("light_internal_intensity", 1)});
+        place_group(s.content, identity);
         picture_ = image(s.width, s.height, s.background);
         depth_.assign(picture_.pixels.size(), 1.0);
     }
 
     image draw() {
-        const bool segments =
-            !s_.content.materials.empty() && std::any_of(s_.content.faces.begin(), s_.content.faces.end(),
-                                                         [](const face& f) { return f.material >= 0; });
-        // A mesh without materials has a default of its own; faces before the first material are lost.
-        const material plain{{0.2, 0.2, 0.2}, {1, 1, 1}, {0, 0, 0}, 1, 1, ""};
-        for (const triangle& t : geometry_.triangles) {
-            if (segments && t.material < 0) continue;
-            draw_triangle(t, segments ? s_.content.materials[static_cast<size_t>(t.material)] : plain);
-        }
+        for (const geometry& g : meshes_)
+            for (const triangle& t : g.triangles)
+                if (t.surface) draw_triangle(g, t);
         return picture_;
     }
 
   private:
+    // In the world; w 0: the direction towards the light.
+    struct light {
+        vec4 place;
+        vec3 colour;
+        double intensity;
+    };
+
     struct projected {
         vec4 clip;
         vec3 world, normal, diffuse, specular;
@@ -185,7 +194,26 @@ class frame {
         const auto found = s_.attributes.find(name);
         return found != s_.attributes.end() && found->second == keyword;
     }
-    double angle(const char* name, double usual = 0) const { return number(name, usual) / 180 * 3.14159; }
+    static double radians(double degrees) { return degrees / 180 * 3.14159; }
+    double angle(const char* name, double usual = 0) const { return radians(number(name, usual)); }
+
+    // The lights of a scene shine in its own world, its meshes stand in that of the control's model.
+    void place_group(const model& m, const mat4& parent) {
+        mat4 world = parent;
+        if (is("ignore_bind_transforms", "0")) world = world * m.matrix;
+        if (!is("zero_deformers", "1"))
+            world = world * translate(m.translation) * rotate_x(radians(m.rotation.x)) *
+                    rotate_y(radians(m.rotation.y)) * rotate_z(radians(m.rotation.z)) *
+                    scale(m.scaling.x, m.scaling.y, m.scaling.z);
+        meshes_.push_back(triangulate(m, model_ * world * m.mesh_matrix));
+        for (const lamp& l : m.lamps)
+            if (is("lighting_mode", "model"))
+                lights_.push_back(
+                    {l.type == lamp::point ? transformed(world, {}, 1) : transformed(world, {0, 1, 0}, 0),
+                     l.colour, l.percent / 100});
+        for (const model& below : m.groups)
+            place_group(below, world);
+    }
 
     void place_camera() {
         camera_ = {number("camera_position_x"), number("camera_position_y"), number("camera_position_z")};
@@ -197,16 +225,14 @@ class frame {
         const mat4 view = is("camera_mode", "fly")     ? rotate_x(-el) * rotate_y(az) * away
                           : is("camera_mode", "orbit") ? away * rotate_x(el) * rotate_y(az)
                                                        : rotate_x(el) * rotate_y(az) * away;
-        const double light_az = angle("light_internal_azimuth");
-        const double light_el = angle("light_internal_elevation", 90);
-        light_ = {-std::sin(light_az) * std::cos(light_el), std::cos(light_az) * std::cos(light_el),
-                  std::sin(light_el)};
 
         double near = number("camera_clip_near"), far = number("camera_clip_far");
         if (near == 0 && far == 0) {
-            const double distance = std::abs(at.z - camera_.z);
-            near = distance - 1.5 * geometry_.radius;
-            far = distance + 1.5 * geometry_.radius;
+            double radius = 0, distance = std::abs(at.z - camera_.z);
+            for (const vec3& p : s_.content.positions)
+                radius = std::max(radius, length(p));
+            near = distance - 1.5 * radius;
+            far = distance + 1.5 * radius;
         }
         if (!(near > 0)) near = 0.1;
         if (far < near) far = 2 * near;
@@ -256,13 +282,16 @@ class frame {
         }
     }
 
-    // Adds what the internal light gives at a point to a diffuse and a specular sum.
-    void light(const material& s, vec3 point, vec3 normal, vec3& diffuse, vec3& specular) const {
-        const vec3 n = normalized(normal), towards = normalized(light_);
-        const vec3 half = normalized(towards + normalized(camera_ - point));
-        const double intensity = number("light_internal_intensity", 1);
-        diffuse = s.diffuse * (std::max(0.0, dot(n, towards)) * intensity);
-        specular = s.specular * (std::pow(std::max(0.0, dot(n, half)), s.exponent) * intensity);
+    // Adds what the lights give at a point to a diffuse and a specular sum.
+    void illuminate(const material& s, vec3 point, vec3 normal, vec3& diffuse, vec3& specular) const {
+        const vec3 n = normalized(normal);
+        for (const light& l : lights_) {
+            const vec3 towards = normalized(xyz(l.place) - point * l.place.w);
+            const vec3 half = normalized(towards + normalized(camera_ - point));
+            diffuse = diffuse + s.diffuse * l.colour * (std::max(0.0, dot(n, towards)) * l.intensity);
+            specular =
+                specular + s.specular * (std::pow(std::max(0.0, dot(n, half)), s.exponent) * l.intensity);
+        }
     }
 
     vec4 texel(const image& picture, double u, double v) const {
@@ -281,13 +310,13 @@ class frame {
         return sum;
     }
 
-    projected project(const vertex& v, const material& s) const {
+    projected project(const vertex& v, const mat4& to_world, const material& s) const {
         projected p;
-        p.world = xyz(transformed(model_, v.position, 1));
+        p.world = xyz(transformed(to_world, v.position, 1));
         p.clip = transformed(proj_view_, p.world, 1);
-        p.normal = normalized(xyz(transformed(model_, v.normal, 0)));
+        p.normal = normalized(xyz(transformed(to_world, v.normal, 0)));
         p.texcoord = v.texcoord;
-        light(s, p.world, p.normal, p.diffuse, p.specular);
+        illuminate(s, p.world, p.normal, p.diffuse, p.specular);
         return p;
     }
 
@@ -296,12 +325,12 @@ class frame {
         vec4 texture{1, 1, 1, 1};
         if (!s.map.empty()) texture = texel(s_.content.textures.at(s.map), p.texcoord.x, p.texcoord.y);
         const vec3 t = xyz(texture);
-        vec3 colour = s.ambient * t * number("control_ambient");
+        vec3 colour = s.ambient * t * number("control_ambient") + s.emissive;
         if (is("shading_model", "flat")) {
             colour = colour + s.diffuse * t;
         } else if (is("shading_model", "blinn-phong")) {
             vec3 diffuse, specular;
-            light(s, p.world, p.normal, diffuse, specular);
+            illuminate(s, p.world, p.normal, diffuse, specular);
             colour = colour + diffuse * t + specular;
         } else {
             colour = colour + p.diffuse * t + p.specular;
@@ -322,10 +351,10 @@ class frame {
         return {over(c.x, below.r), over(c.y, below.g), over(c.z, below.b), stored(a + below.a / 255.0)};
     }
 
-    void draw_triangle(const triangle& t, const material& s) {
+    void draw_triangle(const geometry& g, const triangle& t) {
         std::array<projected, 3> v;
         for (size_t i = 0; i < 3; ++i)
-            v[i] = project(geometry_.vertices[t.vertices[i]], s);
+            v[i] = project(g.vertices[t.vertices[i]], g.to_world, *t.surface);
 
         // Edge i is a linear function of the position that is zero on the line through the other two
         // vertices. Its exact antisymmetry lets neighbours agree on a pixel that lies on their edge.
@@ -358,7 +387,7 @@ class frame {
              ++y)
             for (int x = clamped(std::ceil(pixel(low_x, viewport_.x, viewport_.width)), s_.width); x < x_end;
                  ++x)
-                draw_pixel(x, y, v, edge, area, s);
+                draw_pixel(x, y, v, edge, area, *t.surface);
     }
 
     void draw_pixel(int x, int y, const std::array<projected, 3>& v, const std::array<vec3, 3>& edge,
@@ -397,10 +426,11 @@ class frame {
     };
 
     const scene& s_;
-    geometry geometry_;
+    std::vector<geometry> meshes_;
+    std::vector<light> lights_;
     image picture_;
     std::vector<double> depth_;
-    vec3 camera_, light_; // light_: towards the light, in the world
+    vec3 camera_;
     mat4 model_{}, proj_view_{};
     rectangle viewport_{};
 };

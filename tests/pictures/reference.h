@@ -13,6 +13,7 @@ namespace pictures {
 // One frame of one control.
 struct scene {
     model content;
+    const char* file = "model.obj";                // the kind of file to write the model as
     std::map<std::string, std::string> attributes; // of the control, without its file name
     int width = 128, height = 96;                  // of the framebuffer
     kor_rect control{0, 0, 128, 96};               // the control's rectangle in its own coordinates

@@ -81,6 +81,7 @@ TEST_F(shading, follows_the_attributes_of_light_and_control) {
         {"light-dim", "light_internal_intensity=0.3"},
         {"light-too-bright", "light_internal_intensity=2.5"},
         {"light-off", "light_internal_intensity=0"},
+        {"lights-of-a-model-without", "lighting_mode=model"},
         {"ambient-full", "control_ambient=1"},
         {"ambient-beyond", "control_ambient=2"},
         {"lightness-half", "control_lightness=0.5"},

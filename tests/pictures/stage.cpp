@@ -82,7 +82,7 @@ image stage::frame(const scene& s, kora_control* control) {
 }
 
 image stage::draw(const scene& s, const std::string& label) {
-    return draw_file(s, write(s.content, label));
+    return draw_file(s, write(s.content, label, s.file));
 }
 
 image stage::draw_file(const scene& s, const std::string& file) {
@@ -150,6 +150,7 @@ model boxes() {
     add_box(m, {-0.5, 0.1, 0.3}, {0.5, 0.6, 0.4}, true);
     add_material(m, {0.1, 0.3, 0.1}, {0.3, 0.8, 0.4}, {0.5, 0.5, 0.5}, 20, 0.8);
     add_box(m, {0.6, -0.2, -0.3}, {0.5, 0.5, 0.5}, true);
+    m.lamps = {{lamp::directional}};
     return m;
 }
 
