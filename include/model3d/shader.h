@@ -28,6 +28,8 @@ typedef struct shader_desc {
     const char* fragment;       /* FILE: path; SOURCE: text; BINARY: name of the .shd or .frag file */
     const char* const* attribs; /* null-terminated, may be null; name i gets attribute location i */
 } shader_desc;
+KORA_OFFSET(shader_desc, type, 4);
+KORA_OFFSET(shader_desc, attribs, 16);
 
 /* A linked program, owned by the reference that holds it. */
 typedef struct shader_program {
@@ -35,13 +37,16 @@ typedef struct shader_program {
     kor_string_map* uniforms; /* name to shader_uniform; null without active uniforms */
     char* name;               /* heap text */
 } shader_program;
+KORA_OFFSET(shader_program, uniforms, 4);
+KORA_OFFSET(shader_program, name, 8);
 
 typedef struct shader_uniform {
     uint32_t type; /* as glGetActiveUniform reports it */
     int32_t location;
-    void* value;         /* heap copy of the last value sent, or null */
-    uint32_t value_size; /* its bytes; 0 without */
+    void* value; /* heap copy of the last value sent, or null */
 } shader_uniform;
+KORA_OFFSET(shader_uniform, value, 8);
+KORA_STATIC_ASSERT(sizeof(shader_uniform) == 8 + sizeof(void*), "shader_uniform");
 
 typedef kora_reference shader_ref;
 
@@ -107,7 +112,8 @@ MODEL3D_API int lum_gl_shader_get_uniform(const shader_program* program, const c
 
 /* Sends a value to the current program unless it equals the last one sent through this record, byte
  * for byte. The program must be current. 1 when sent or equal; 0, after a log line, for an unknown
- * uniform or type. */
+ * uniform or type. A record that was not made here (another library's) is taken to hold a value of the
+ * size of its type: one of another size is sent, and the record left as it is. */
 MODEL3D_API int lum_gl_shader_set_uniform_value(shader_program* program, const char* name, int type,
                                                 int count, const void* value);
 

@@ -40,8 +40,6 @@ const shading_programs* programs_of(const model3d_state* state) {
 struct shader_refs {
     resource_manager* resources;
     kora_reference* refs[builtin_shader_count];
-    // The uniforms of programs that the pool did not make.
-    shader_uniform* found[builtin_shader_count][builtin_uniform_count];
 
     void release() {
         for (kora_reference*& ref : refs) {
@@ -88,12 +86,10 @@ bool acquire_shaders(app_record* app, model3d_state* state, shader_refs* shaders
         state->programs[i] = program;
         if (!program || !program_renew(app, program, &model3d_shaders[i])) {
             complete = false;
-        } else if (const program_record* own = program_record_find(program)) {
-            state->uniforms[i] = {program, own->builtin};
-        } else {
-            find_builtin_uniforms(program, shaders->found[i]);
-            state->uniforms[i] = {program, shaders->found[i]};
+            continue;
         }
+        const program_record* const own = program_record_find(program);
+        state->uniforms[i] = {program, own ? own->builtin : no_uniforms};
     }
     if (!complete) {
         shaders->release();

@@ -38,7 +38,7 @@ enum class record_state {
 struct program_record : shader_program {
     record_state state;
     program_record* next;
-    shader_uniform* builtin[builtin_uniform_count]; // of the map
+    own_uniform* builtin[builtin_uniform_count]; // of the map
 };
 extern program_record* program_records;
 

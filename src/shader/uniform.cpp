@@ -16,6 +16,64 @@ bool is_known(int type) {
     return type == UNIFORM_VALUE_FLOAT || type == UNIFORM_VALUE_INT || type == UNIFORM_VALUE_MATRIX;
 }
 
+// Bytes of a value; 0 for types that ES 2.0 does not have.
+size_t size_of(GLenum type) {
+    switch (type) {
+    case GL_FLOAT:
+    case GL_INT:
+    case GL_BOOL:
+    case GL_SAMPLER_2D:
+    case GL_SAMPLER_CUBE:
+        return 4;
+    case GL_FLOAT_VEC2:
+    case GL_INT_VEC2:
+    case GL_BOOL_VEC2:
+        return 8;
+    case GL_FLOAT_VEC3:
+    case GL_INT_VEC3:
+    case GL_BOOL_VEC3:
+        return 12;
+    case GL_FLOAT_VEC4:
+    case GL_INT_VEC4:
+    case GL_BOOL_VEC4:
+    case GL_FLOAT_MAT2:
+        return 16;
+    case GL_FLOAT_MAT3:
+        return 36;
+    case GL_FLOAT_MAT4:
+        return 64;
+    default:
+        return 0;
+    }
+}
+
+// Whether the record's uniforms were made here: it is the pool's own, or a copy of one.
+bool are_own(const shader_program* record) {
+    const program_record* own = program_records;
+    while (own && own->uniforms != record->uniforms) {
+        own = own->next;
+    }
+    return own;
+}
+
+// A value of the size of its type is compared and kept as in a record of our own. What is kept is not known
+// to have any other size.
+int set_foreign(shader_uniform* uniform, shader_program* program, const char* name, int type, int count,
+                const void* value) {
+    const size_t size = uniform_value_size(type, count);
+    const bool fits = size != 0 && size == size_of(uniform->type);
+    own_uniform stand_in = {*uniform, static_cast<uint32_t>(size)};
+    if (!fits) stand_in.value = nullptr;
+    if (!stand_in.value) stand_in.value_size = 0;
+    const int result = uniform_set_any(&stand_in, program, name, type, count, value);
+    if (fits) {
+        uniform->value = stand_in.value;
+    } else {
+        free(stand_in.value);
+    }
+    return result;
+}
+
 } // namespace
 
 bool enumerate_uniforms(app_record* app, shader_program* record, const char* name) {
@@ -34,7 +92,7 @@ bool enumerate_uniforms(app_record* app, shader_program* record, const char* nam
 
     bool complete = true;
     for (GLint i = 0; i < count; i++) {
-        heap_ptr<shader_uniform> uniform{heap_zeroed<shader_uniform>()};
+        heap_ptr<own_uniform> uniform{heap_zeroed<own_uniform>()};
         if (!uniform) {
             complete = false;
             continue;
@@ -63,30 +121,31 @@ int lum_gl_shader_get_uniform(const shader_program* program, const char* name) {
 int lum_gl_shader_set_uniform_value(shader_program* program, const char* name, int type, int count,
                                     const void* value) {
     shader_uniform* const uniform = find(program, name);
-    if (uniform && !is_known(type)) {
+    if (!uniform) {
+        kora_app_log(nullptr, 1, "could not find uniform %s in shader %s", name, program->name);
+        return 0;
+    }
+    if (!is_known(type)) {
         kora_app_log(nullptr, 1, "unknown uniform value type %d sent for uniform %s in shader %s", type, name,
                      program->name);
         return 0;
     }
-    return uniform_set_any(uniform, program, name, type, count, value);
+    if (!are_own(program)) return set_foreign(uniform, program, name, type, count, value);
+    return uniform_set_any(static_cast<own_uniform*>(uniform), program, name, type, count, value);
 }
 
-void find_builtin_uniforms(const shader_program* record, shader_uniform* found[builtin_uniform_count]) {
+void find_builtin_uniforms(const shader_program* record, own_uniform* found[builtin_uniform_count]) {
     for (int i = 0; i < builtin_uniform_count; i++) {
-        found[i] = find(record, builtin_uniforms[i].name);
+        found[i] = static_cast<own_uniform*>(find(record, builtin_uniforms[i].name));
     }
 }
 
-int uniform_set_any(shader_uniform* uniform, const shader_program* program, const char* name, int type,
-                    int count, const void* value) {
+int uniform_set_any(own_uniform* uniform, shader_program* program, const char* name, int type, int count,
+                    const void* value) {
     return uniform_set_inline(uniform, program, name, type, count, value);
 }
 
-void uniform_missing(const shader_program* program, const char* name) {
-    kora_app_log(nullptr, 1, "could not find uniform %s in shader %s", name, program->name);
-}
-
-void uniform_store_anew(shader_uniform* uniform, const void* value, size_t size) {
+void uniform_store_anew(own_uniform* uniform, const void* value, size_t size) {
     free(uniform->value);
     uniform->value = malloc(size ? size : 1);
     uniform->value_size = uniform->value ? static_cast<uint32_t>(size) : 0;

@@ -35,6 +35,11 @@ enum builtin_uniform {
     builtin_uniform_count = uniform_light_params + max_lights * light_members
 };
 
+// A uniform record that was made here.
+struct own_uniform : shader_uniform {
+    uint32_t value_size; // bytes of the value; 0 without
+};
+
 struct builtin_uniform_row {
     const char* name;
     int type; // UNIFORM_VALUE_*
@@ -74,23 +79,24 @@ inline constexpr builtin_uniform_row builtin_uniforms[builtin_uniform_count] = {
 };
 #undef LIGHT_ROWS
 
-// A program with its built-in uniforms, by builtin_uniform; null where it has none of that name.
+// A program with its built-in uniforms, by builtin_uniform; null where it has none of that name, or a record
+// that was not made here: those are set by name.
 struct uniform_table {
     shader_program* program;
-    shader_uniform* const* uniforms;
+    own_uniform* const* uniforms;
 };
+inline constexpr own_uniform* no_uniforms[builtin_uniform_count] = {};
 
 // Asks GL for every active uniform and fills the record's map, which is null before. `name` is the
 // resource's, for the log. False when memory ran out: what found none is missing.
 bool enumerate_uniforms(app_record* app, shader_program* record, const char* name);
 
-// Looks the built-in uniforms up in the record's map.
-void find_builtin_uniforms(const shader_program* record, shader_uniform* found[builtin_uniform_count]);
+// Looks the built-in uniforms up in the map of a record of our own.
+void find_builtin_uniforms(const shader_program* record, own_uniform* found[builtin_uniform_count]);
 
-// Sets a value of any known type; as lum_gl_shader_set_uniform_value. `uniform` is null when the program has
-// none of that name.
-int uniform_set_any(shader_uniform* uniform, const shader_program* program, const char* name, int type,
-                    int count, const void* value);
+// Sets a value of any known type; as lum_gl_shader_set_uniform_value, which does it when `uniform` is null.
+int uniform_set_any(own_uniform* uniform, shader_program* program, const char* name, int type, int count,
+                    const void* value);
 
 // Sets a value that has the type of the built-in uniform.
 inline int uniform_set(const uniform_table& table, int which, const void* value) {

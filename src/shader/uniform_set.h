@@ -8,10 +8,13 @@
 
 #include <cstring>
 
-// What setting a value seldom comes to.
-void uniform_missing(const shader_program* program, const char* name);
 // The first value, or one of another size. Without memory for it the next set is sent again.
-void uniform_store_anew(shader_uniform* uniform, const void* value, size_t size);
+void uniform_store_anew(own_uniform* uniform, const void* value, size_t size);
+
+inline size_t uniform_value_size(int type, int count) {
+    const auto elements = static_cast<size_t>(count < 0 ? 0 : count);
+    return 4 * (type == UNIFORM_VALUE_MATRIX ? elements * elements : elements);
+}
 
 #define IN_LINE [[gnu::always_inline]] inline
 
@@ -94,14 +97,10 @@ IN_LINE bool same_words(const void* a, const void* b, size_t size) {
 
 // uniform_set_any, for where a few instructions count. A caller that knows that it set the same value last
 // says so.
-IN_LINE int uniform_set_inline(shader_uniform* uniform, const shader_program* program, const char* name,
-                               int type, int count, const void* value, bool is_same = false) {
-    if (!uniform) {
-        uniform_missing(program, name);
-        return 0;
-    }
-    const auto elements = static_cast<size_t>(count < 0 ? 0 : count);
-    const size_t size = 4 * (type == UNIFORM_VALUE_MATRIX ? elements * elements : elements);
+IN_LINE int uniform_set_inline(own_uniform* uniform, shader_program* program, const char* name, int type,
+                               int count, const void* value, bool is_same = false) {
+    if (!uniform) return lum_gl_shader_set_uniform_value(program, name, type, count, value);
+    const size_t size = uniform_value_size(type, count);
     const bool fits = uniform->value_size == size && (size != 0 || uniform->value);
     if (fits && (is_same || same_words(uniform->value, value, size))) {
         kora_app_log(nullptr, 9, "uniform value equal for uniform %s in shader %s, ignoring", name,

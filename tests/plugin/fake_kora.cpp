@@ -1,6 +1,5 @@
 #include "plugin/fake_kora.h"
 
-#include <array>
 #include <cstdarg>
 #include <cstdlib>
 
@@ -150,9 +149,7 @@ void* get_data(resource_manager* self, kora_reference* reference) {
     }
     if (name.empty() || host().without_data.contains(name.substr(7))) return nullptr;
     void* const program = get<void*>(reference, sizeof(void*));
-    if (!program || !host().copies_programs) return program;
-    static std::map<void*, std::array<void*, 3>> copies; // GL name, uniforms, name
-    return std::memcpy(copies[program].data(), program, sizeof copies[program]);
+    return program && host().other_record ? host().other_record(program) : program;
 }
 
 char* resolve_path(resource_manager* self, const char* name) {
@@ -306,7 +303,7 @@ void kora_app_log(app_record* given, int level, const char* format, ...) {
 
 void kor_renderext_common_parse(int32_t id, const void* value, renderext_instance* rext) {
     record(channel::host, "common_parse %d", id);
-    if (id == 9) put(rext, HOST_OFFSET(renderext_instance, alpha, 8), get<uint32_t>(value, 0));
+    if (id == 9 && value) put(rext, HOST_OFFSET(renderext_instance, alpha, 8), get<uint32_t>(value, 0));
 }
 
 void kor_rect_to_size(const kor_rect* rect, kor_size* size) {
@@ -335,7 +332,8 @@ kor_string_map* kor_string_map_create(int32_t initial_size) {
 
 void kor_string_map_set(kor_string_map* map, const char* key, void* value) {
     record(channel::map, "map_set \"%s\"", key);
-    if (map && !host().silent.contains("string_map_set")) map->entries[key] = value;
+    // Nothing is kept under an empty key.
+    if (map && *key && !host().silent.contains("string_map_set")) map->entries[key] = value;
 }
 
 void* kor_string_map_get(kor_string_map* map, const char* key) {

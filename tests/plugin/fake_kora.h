@@ -46,14 +46,14 @@ struct host_state {
     std::string root;                 // folder that names are resolved in
     std::set<std::string> unresolved; // names without a path
     std::map<std::string, host_image> images;
-    std::map<std::string, float> values; // data manager, under control keys "ctl.NAME"
-    std::set<std::string> refused;       // shader names that get_reference refuses
-    std::set<std::string> without_data;  // shader names that get_data has nothing for
-    std::set<std::string> absent;        // services the host does not have: "data", "event", ...
-    std::set<std::string> silent;        // functions that give null, or write nothing
-    char* (*copy)(const char*) = strdup; // of a path, for the plug-in to free
-    bool copies_programs = false;        // get_data gives copies of the program records
-    bool keep_shaders = true;            // unreferenced programs stay in the pool
+    std::map<std::string, float> values;    // data manager, under control keys "ctl.NAME"
+    std::set<std::string> refused;          // shader names that get_reference refuses
+    std::set<std::string> without_data;     // shader names that get_data has nothing for
+    std::set<std::string> absent;           // services the host does not have: "data", "event", ...
+    std::set<std::string> silent;           // functions that give null, or write nothing
+    char* (*copy)(const char*) = strdup;    // of a path, for the plug-in to free
+    void* (*other_record)(void*) = nullptr; // what get_data gives for a program record
+    bool keep_shaders = true;               // unreferenced programs stay in the pool
     bool timing = false;
     bool display_info = false;
     float sx = 1, sy = 1, tx = 0, ty = 0;

@@ -3,7 +3,10 @@
 #include "plugin/fixture.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <map>
 #include <set>
+#include <utility>
 
 namespace {
 
@@ -74,20 +77,69 @@ TEST_F(hosts, may_lack_anything_for_a_while) {
     }
 }
 
-// Uniforms of records that the pool did not make are found by name: the frame is the same.
+// Records that the pool did not make, by the one that it made.
+std::map<void*, shader_program> others;
+
+void* copied(void* record) {
+    return &(others[record] = *static_cast<shader_program*>(record));
+}
+
+// Another library's: nothing of its uniform records is known but the three public fields.
+struct foreign_uniform {
+    shader_uniform uniform;
+    uint32_t next = 64;
+};
+
+void* foreign(void* record) {
+    shader_program& other = others[record];
+    if (other.program) return &other;
+    copied(record);
+    other.uniforms = kor_string_map_create(64);
+    const auto add = [](const char* key, void* uniform, void* map) {
+        const auto* own = static_cast<shader_uniform*>(uniform);
+        kor_string_map_set(static_cast<kor_string_map*>(map), key,
+                           new foreign_uniform{{own->type, own->location, nullptr}});
+        return 0;
+    };
+    kor_string_map_traverse(static_cast<shader_program*>(record)->uniforms, add, other.uniforms, 0);
+    return &other;
+}
+
+// Uniforms of records that the pool did not make are found by name: the frames are the same.
 TEST_F(hosts, may_keep_program_records_of_their_own) {
     write_three_triangles();
-    lines sent[2];
-    for (const bool copies : {false, true}) {
+    lines sent[3];
+    void* (*const records[])(void*) = {nullptr, copied, foreign};
+    for (int i = 0; i < 3; ++i) {
         fresh_gl();
-        host().copies_programs = copies;
+        others.clear();
+        host().other_record = records[i];
         control shown;
         shown.set(id_shading, "blinn-phong");
         show(shown);
-        sent[copies] = recorded().text({channel::gl, channel::log});
+        shown.render();
+        sent[i] = recorded().text({channel::gl, channel::log});
     }
     EXPECT_FALSE(sent[0].empty());
     expect_lines(sent[1], sent[0]);
+    expect_lines(sent[2], sent[0]);
+    for (auto& [record, other] : std::exchange(others, {})) {
+        auto* lightness = static_cast<shader_uniform*>(kor_string_map_get(other.uniforms, "lightness"));
+        const void* const value = lightness->value;
+        constexpr int32_t many[5] = {1, 2, 3, 4, 5};
+        EXPECT_EQ(PLUGIN(lum_gl_shader_set_uniform_value)(&other, "lightness", UNIFORM_VALUE_INT, 5, many),
+                  1);
+        EXPECT_EQ(lightness->value, value);
+        EXPECT_TRUE(!value || get<float>(value, 0) == 0.75f);
+        const auto release = [](const char* key, void* uniform, void*) {
+            auto* own = static_cast<foreign_uniform*>(uniform);
+            EXPECT_EQ(own->next, 64u) << key;
+            std::free(own->uniform.value);
+            delete own;
+            return 0;
+        };
+        kor_string_map_destroy(other.uniforms, release, nullptr);
+    }
 }
 
 } // namespace
