@@ -274,12 +274,12 @@ int renderext_model3d_render(render_canvas* canvas, control_record* control, ren
     if (!state->filename) return 0;
 
     gl_context_check();
-    if (state->loaded && state->context != gl_context) renderext_model3d_cleanup(rext);
     app_record* const app = control->app;
     shader_refs shaders;
     shaders.resources = app->services->resource;
     memset(shaders.refs, 0, sizeof(shaders.refs));
     if (!acquire_shaders(app, state, &shaders)) return 0;
+    if (state->loaded && state->context != gl_context) renderext_model3d_cleanup(rext);
     render_context context = {state, control};
     if (state->incomplete) unload_model(state);
     if (state->loaded || load_model(app, &context)) draw(app, canvas, &context, rext->alpha, &shaders);

@@ -9,26 +9,25 @@ int32_t gl_models = 0;
 
 namespace {
 
-// What outlived the caches, or a program of 0.
+// What outlived the caches, or a program of 0. Made before all that is in the cache.
 program_cache_entry witness;
 
-// Whether GL has a program of the entry's name.
-bool exists(const program_cache_entry& entry) {
-    return glIsProgram(entry.program);
-}
+// What GL has by the name of a program.
+enum class finding { nothing, same, other };
 
-// Whether that is the entry's, and not one that was given the name again.
-bool is_same(const program_cache_entry& entry) {
-    if (entry.uniforms < 0) return true; // nobody looked at it
+finding look_for(const program_cache_entry& entry) {
+    if (!glIsProgram(entry.program)) return finding::nothing;
+    if (entry.uniforms < 0) return finding::same; // nobody looked at it
     GLint uniforms = 0;
     GLint longest_name = 0;
     glGetProgramiv(entry.program, GL_ACTIVE_UNIFORMS, &uniforms);
     glGetProgramiv(entry.program, GL_ACTIVE_UNIFORM_MAX_LENGTH, &longest_name);
-    return uniforms == entry.uniforms && longest_name == entry.longest_name;
+    const bool same = uniforms == entry.uniforms && longest_name == entry.longest_name;
+    return same ? finding::same : finding::other;
 }
 
 void delete_witness() {
-    if (witness.program && exists(witness) && is_same(witness)) glDeleteProgram(witness.program);
+    if (witness.program && look_for(witness) == finding::same) glDeleteProgram(witness.program);
     witness = {};
 }
 
@@ -38,21 +37,59 @@ void lose_context() {
     caches_clear(false);
 }
 
+// Whether GL has nothing of what the caches and the witness name, or has something else by one of these
+// names. Looks no further than to the first program that is there, unless at `all`.
+bool is_lost(bool all) {
+    if (witness.program && look_for(witness) != finding::same) return true;
+    bool found = witness.program != 0 || (!program_cache && !shader_cache);
+    for (const program_cache_entry* entry = program_cache; entry && (all || !found); entry = entry->next) {
+        const finding what = look_for(*entry);
+        if (what == finding::other) return true;
+        if (what == finding::same) found = true;
+    }
+    for (const shader_cache_entry* entry = shader_cache; entry && !found; entry = entry->next) {
+        found = glIsShader(entry->shader);
+    }
+    return !found;
+}
+
 } // namespace
 
 void gl_context_check() {
-    const program_cache_entry* const first = program_cache ? program_cache : &witness;
-    if (!first->program) return;
-    if (!exists(*first) || !is_same(*first)) {
+    const program_cache_entry* const oldest = witness.program ? &witness : program_cache;
+    if (!oldest) return;
+    if (look_for(*oldest) != finding::same) {
         lose_context();
-    } else if (first != &witness && witness.program) {
+    } else if (oldest == &witness && program_cache) {
         delete_witness();
     }
 }
 
+void gl_context_check_before_making() {
+    if (is_lost(false)) lose_context();
+}
+
+void gl_context_check_new_shader(uint32_t shader) {
+    bool taken = false;
+    for (const auto* entry = program_cache; entry && !taken; entry = entry->next) {
+        taken = entry->vertex == shader || entry->fragment == shader;
+    }
+    for (const auto* entry = shader_cache; entry && !taken; entry = entry->next) {
+        taken = entry->shader == shader;
+    }
+    if (taken) lose_context();
+}
+
+void gl_context_check_new_program(uint32_t program) {
+    bool taken = program == witness.program;
+    for (const auto* entry = program_cache; entry && !taken; entry = entry->next) {
+        taken = entry->program == program;
+    }
+    if (taken) lose_context();
+}
+
 void lum_gl_clearprogramcaches(void) {
-    for (const program_cache_entry* entry = program_cache; entry; entry = entry->next) {
-        if (!exists(*entry) || is_same(*entry)) continue;
+    if (is_lost(true)) {
         lose_context();
         return;
     }

@@ -17,6 +17,16 @@ extern int32_t gl_models;
 // Three queries; none while no program has been made.
 void gl_context_check();
 
+// The same before anything is made for the caches: what is new there must not stand beside what is lost. More
+// lenient, for a lookup says what became of a single object: while any of the caches is still there, the
+// context is.
+void gl_context_check_before_making();
+
+// The same for an object just made: GL gives no name again that one of ours still has. A cached program holds
+// its shaders.
+void gl_context_check_new_shader(uint32_t shader);
+void gl_context_check_new_program(uint32_t program);
+
 // Makes a record of the "shader" pool whole again: one whose program went with the caches or with its
 // context, or whose uniforms did not all find memory. False, after log lines, when that cannot be done now.
 // A record that was not made here is taken as it is.

@@ -58,6 +58,47 @@ heap_ptr<void> read_binary(app_record* app, const char* fragment) {
     return binary;
 }
 
+// As lum_gl_program_link, in a context that was looked at.
+uint32_t link_program(app_record* app, uint32_t vertex, uint32_t fragment, const char* const* attribs) {
+    if (!vertex || !fragment) return 0;
+    if (const program_cache_entry* entry = program_cache_find(vertex, fragment)) {
+        if (glIsProgram(entry->program)) return entry->program;
+        lum_gl_clearprogramcaches(); // the context that made it is gone
+    }
+    if (!glIsShader(vertex) || !glIsShader(fragment)) {
+        kora_app_log(app, 0, "shader: attempt to link program with invalid shaders");
+        return 0;
+    }
+    const GLuint program = glCreateProgram();
+    if (!program) {
+        kora_app_log(app, 0, "error: could not create program");
+        return 0;
+    }
+    gl_context_check_new_program(program);
+    glAttachShader(program, vertex);
+    glAttachShader(program, fragment);
+    for (GLuint i = 0; attribs && attribs[i]; i++) {
+        glBindAttribLocation(program, i, attribs[i]);
+    }
+    glLinkProgram(program);
+    GLint good = 0;
+    glGetProgramiv(program, GL_LINK_STATUS, &good);
+    if (!good) {
+        kora_app_log(app, 0, "error: could not link program");
+    } else {
+        glValidateProgram(program);
+        glGetProgramiv(program, GL_VALIDATE_STATUS, &good);
+        if (!good) kora_app_log(app, 0, "error: program failed validation");
+    }
+    if (!good) log_program_info(app, program);
+    // A program that is not in the cache would never be deleted.
+    if (!good || !program_cache_add(app, vertex, fragment, program)) {
+        glDeleteProgram(program);
+        return 0;
+    }
+    return program;
+}
+
 // Makes the program of a description into a record; false, after log lines, when there is none.
 bool build_program(app_record* app, const shader_desc* desc, shader_program* record) {
     uint32_t vertex = 0;
@@ -82,7 +123,7 @@ bool build_program(app_record* app, const shader_desc* desc, shader_program* rec
                      shown(desc->vertex), shown(desc->fragment));
         return false;
     }
-    record->program = lum_gl_program_link(app, vertex, fragment, desc->attribs);
+    record->program = link_program(app, vertex, fragment, desc->attribs);
     lum_gl_free_shader(vertex);
     lum_gl_free_shader(fragment);
     if (!lum_gl_program_valid(record->program)) {
@@ -131,6 +172,7 @@ void free_record(shader_program* record) {
 uint32_t program_loadshader(const char* source, uint32_t gl_type) {
     const GLuint shader = source ? glCreateShader(gl_type) : 0;
     if (!shader) return 0;
+    gl_context_check_new_shader(shader);
     glShaderSource(shader, 1, &source, nullptr);
     glCompileShader(shader);
     // Compilers on the device print to both; unbuffered, their lines stand where they belong.
@@ -164,42 +206,8 @@ uint32_t lum_gl_loadfragmentshader(const char* source) {
 
 uint32_t lum_gl_program_link(app_record* app, uint32_t vertex, uint32_t fragment,
                              const char* const* attribs) {
-    if (!vertex || !fragment) return 0;
-    if (const program_cache_entry* entry = program_cache_find(vertex, fragment)) {
-        if (glIsProgram(entry->program)) return entry->program;
-        lum_gl_clearprogramcaches(); // the context that made it is gone
-    }
-    if (!glIsShader(vertex) || !glIsShader(fragment)) {
-        kora_app_log(app, 0, "shader: attempt to link program with invalid shaders");
-        return 0;
-    }
-    const GLuint program = glCreateProgram();
-    if (!program) {
-        kora_app_log(app, 0, "error: could not create program");
-        return 0;
-    }
-    glAttachShader(program, vertex);
-    glAttachShader(program, fragment);
-    for (GLuint i = 0; attribs && attribs[i]; i++) {
-        glBindAttribLocation(program, i, attribs[i]);
-    }
-    glLinkProgram(program);
-    GLint good = 0;
-    glGetProgramiv(program, GL_LINK_STATUS, &good);
-    if (!good) {
-        kora_app_log(app, 0, "error: could not link program");
-    } else {
-        glValidateProgram(program);
-        glGetProgramiv(program, GL_VALIDATE_STATUS, &good);
-        if (!good) kora_app_log(app, 0, "error: program failed validation");
-    }
-    if (!good) log_program_info(app, program);
-    // A program that is not in the cache would never be deleted.
-    if (!good || !program_cache_add(app, vertex, fragment, program)) {
-        glDeleteProgram(program);
-        return 0;
-    }
-    return program;
+    if (vertex && fragment) gl_context_check_before_making();
+    return link_program(app, vertex, fragment, attribs);
 }
 
 bool program_renew(app_record* app, shader_program* record, const shader_desc* desc) {
@@ -228,6 +236,7 @@ shader_ref* shader_alloc_ref(app_record* app, void*, void*, const char* name, va
     const auto* desc = va_arg(args, const shader_desc*);
     if (!desc) return nullptr;
 
+    gl_context_check_before_making();
     const uint64_t start = app->timing_hook ? kor_snapshot_time() : 0;
     reference->data = make_record(app, desc, name);
     if (app->timing_hook) {

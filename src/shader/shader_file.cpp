@@ -3,6 +3,7 @@
 #include "base/heap.h"
 #include "model3d/shader.h"
 #include "shader/cache.h"
+#include "shader/context.h"
 
 #include <GLES2/gl2.h>
 
@@ -66,6 +67,7 @@ long file_size(file_ptr& file, const char* path) {
 int program_loadshader_file(const char* path, uint32_t gl_type, uint32_t* shader) {
     *shader = 0;
     if (!path) return 0;
+    gl_context_check_before_making();
     if (const shader_cache_entry* entry = shader_cache_find(path)) {
         if (glIsShader(entry->shader)) {
             cache_log("shader: loaded shader from cache: %s", path);

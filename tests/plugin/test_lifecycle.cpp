@@ -69,69 +69,123 @@ TEST_F(lifecycle, presleep_drops_the_scene_until_the_next_frame) {
     EXPECT_EQ(gl().draws.size(), 6u);
 }
 
-// GL goes without a word, or with one that comes too late, and the next context has objects of the host under
-// the names that were ours.
-TEST_F(lifecycle, a_lost_context_is_seen) {
-    struct {
-        const char* what;
-        bool purged, told;    // the host threw its programs away; sends presleep
-        bool cleared = false; // empties the caches
-    } const cases[] = {{"programs kept", false, false},
-                       {"programs thrown away", true, false},
-                       {"told late, programs kept", false, true},
-                       {"told late, programs thrown away", true, true},
-                       {"caches cleared", false, false, true}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        control shown, other, freed, renamed;
-        shown.realize();
-        for (control* each : {&other, &freed, &renamed, &shown})
-            show(*each);
-        const std::vector<gl_draw> before = gl().draws;
-        gl().draws.clear();
-        // As many uniforms as ours, by other names.
-        std::vector<gl_uniform> uniforms = gl().programs.at(1).uniforms;
-        for (gl_uniform& u : uniforms)
-            u.name = "u";
-        gl().lose_context();
-        gl().shaders[99] = {GL_VERTEX_SHADER, "void main() {}", true, false};
-        gl().shaders[100] = {GL_FRAGMENT_SHADER, "void main() {}", true, false};
-        gl().last_shader = 100;
-        for (GLuint name = 1; name <= 7; ++name) {
-            gl().programs[name] = {"host's", {99, 100}, {}, uniforms, true};
-            gl().textures[name] = {};
-            gl().buffers[name] = {};
-        }
-        gl().last_program = gl().last_texture = gl().last_buffer = 7;
-        if (c.purged) host_purge_shaders();
-        recorded().clear();
-        if (c.told) host_fire("kora.presleep");
-        if (c.cleared) PLUGIN(lum_gl_clearprogramcaches)();
-        freed.release();
-        renamed.set(id_filename, "other.obj");
-        EXPECT_EQ(gl().live_objects(), 2u + 3 * 7) << "nothing of the host's was deleted";
-        shown.render();
-        EXPECT_EQ(gl().draws.size(), 3u);
-        other.render();
-        ASSERT_EQ(gl().draws.size(), 6u);
-        for (size_t i = 0; i < 6; ++i) {
-            EXPECT_EQ(gl().draws[i].corners, before[i % 3].corners);
-            EXPECT_GT(gl().draws[i].program, 7u);
-        }
-        EXPECT_EQ(recorded().count("5 app shader library: clearing caches"), 1);
-        EXPECT_EQ(recorded().count("2 null model3d: context disappeared, reloading."), 2);
-        expect_lines(recorded().log(0, 1), {});
-        EXPECT_EQ(gl().programs.size(), 7u + 6);
-        recorded().clear();
-        shown.render();
-        EXPECT_EQ(recorded().count("glUniform"), 0);
-        EXPECT_EQ(recorded().count("glCompileShader"), 0);
-        for (control* each : {&other, &renamed, &shown})
-            each->release();
-        EXPECT_EQ(scene_objects(), 2u * 7);
-        host().listeners.clear();
-        fresh_gl();
+// GL goes without a word, or with one that comes too late, and the next context hands out the old names
+// again: to objects of the host's, and to programs that are made before the plug-in looks.
+struct order {
+    // What the host has in the new context before all else: programs by names that were ours, with other
+    // uniforms, with the same, or the first one only; and with shaders, so that ours get other names.
+    enum { nothing, different, identical_first, identical, identical_with_shaders } first;
+    bool live; // models
+    std::string cleared, acquired, then;
+    // Whether anything tells the contexts apart, if only a name that is handed out again.
+    bool differs() const {
+        if (first == identical_first) return cleared == "after";
+        if (first < identical) return true;
+        const bool makes = acquired == "purged" ? then == "frame" : acquired != "none" && acquired != "kept";
+        return makes && cleared == "never";
     }
+};
+
+class lost_context : public lifecycle {
+  protected:
+    void follow(const order& o);
+    // Acquires what the order says; the program that was made, or 0.
+    GLuint acquire(const std::string& how, const char* vertex, const char* fragment) {
+        const char* const name = how == "new" ? "twin" : "gouraud_color";
+        const shader_desc description = {name, SHADER_TYPE_SOURCE, vertex, fragment, nullptr};
+        if (how == "purged" || how == "rebuilt") host_purge_shaders();
+        if (how == "none" || how == "purged") return 0;
+        if (how == "linked") {
+            const GLuint shaders[] = {PLUGIN(lum_gl_loadvertexshader)(vertex),
+                                      PLUGIN(lum_gl_loadfragmentshader)(fragment)};
+            const GLuint made = PLUGIN(lum_gl_program_link)(host_app(), shaders[0], shaders[1], nullptr);
+            for (const GLuint shader : shaders)
+                PLUGIN(lum_gl_free_shader)(shader);
+            return made;
+        }
+        kora_reference* held = host_get_shader(name, &description);
+        const GLuint made = static_cast<shader_program*>(host_get_data(held))->program;
+        host_release(held);
+        return how == "kept" ? 0 : made;
+    }
+};
+
+void lost_context::follow(const order& o) {
+    const auto clear_caches = PLUGIN(lum_gl_clearprogramcaches);
+    control shown, other;
+    for (control* each : {&other, &shown}) {
+        each->realize();
+        show(*each);
+    }
+    const std::vector<gl_draw> before = gl().draws;
+    const gl_program ours = gl().programs.at(1);
+    const std::string vertex = gl().shaders.at(ours.shaders[0]).source;
+    const std::string fragment = gl().shaders.at(ours.shaders[1]).source;
+    if (!o.live) host_fire("kora.presleep");
+    if (o.cleared == "before") clear_caches();
+
+    gl().lose_context();
+    for (GLuint name = 1; name <= 7; ++name)
+        gl().textures[name] = gl().buffers[name] = {};
+    gl().last_texture = gl().last_buffer = 7;
+    const GLuint programs = o.first == order::nothing ? 0 : o.first < order::identical ? 7 : 3;
+    for (GLuint name = 1; name <= programs; ++name) {
+        gl().programs[name] = {"host's", {}, {}, ours.uniforms, true};
+        if (o.first == order::different || (o.first == order::identical_first && name > 1))
+            for (gl_uniform& u : gl().programs[name].uniforms)
+                u.name = "u";
+    }
+    gl().last_program = programs;
+    if (o.first == order::identical_with_shaders) gl().last_shader = 200;
+    const size_t objects = gl().live_objects();
+    if (o.cleared == "after") clear_caches();
+    const GLuint made = acquire(o.acquired, vertex.c_str(), fragment.c_str());
+
+    if (o.then == "presleep") host_fire("kora.presleep");
+    if (o.then == "clear") clear_caches();
+    if (o.then == "free") other.release();
+    if (o.then == "rename") other.set(id_filename, "other.obj");
+    gl().draws.clear();
+    shown.render();
+    ASSERT_EQ(gl().draws.size(), 3u);
+    for (size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(gl().draws[i].corners, before[i].corners);
+        EXPECT_GT(gl().draws[i].program, programs);
+    }
+    EXPECT_TRUE(!made || o.then == "clear" || gl().programs.contains(made));
+    if (o.then != "free") other.render();
+    EXPECT_EQ(gl().draws.size(), o.then == "free" ? 3u : o.then == "rename" ? 4u : 6u);
+    shown.render();
+    recorded().clear();
+    shown.render();
+    EXPECT_EQ(recorded().count("glUniform") + recorded().count("glCompileShader"), 0);
+
+    shown.release();
+    other.release();
+    host_purge_shaders();
+    clear_caches();
+    EXPECT_EQ(gl().live_objects(), objects) << "what is the host's, and no more";
+    for (GLuint name = 1; name <= 7; ++name)
+        EXPECT_TRUE(gl().textures[name].empty() && gl().buffers[name].empty());
+    expect_lines(recorded().faults, {}, "faults");
+    host().listeners.clear();
+    gl() = {};
+}
+
+TEST_F(lost_context, is_seen_in_any_order) {
+    for (const auto first : {order::nothing, order::different, order::identical_first, order::identical,
+                             order::identical_with_shaders})
+        for (const bool live : {true, false})
+            for (const char* cleared : {"never", "before", "after"})
+                for (const char* acquired : {"none", "kept", "purged", "rebuilt", "new", "linked"})
+                    for (const char* then : {"frame", "presleep", "clear", "free", "rename"}) {
+                        const order o = {first, live, cleared, acquired, then};
+                        if (!o.differs()) continue;
+                        SCOPED_TRACE(print("%d, models %d, cleared %s, acquired %s, %s", first, live, cleared,
+                                           acquired, then));
+                        follow(o);
+                        if (HasFailure()) return;
+                    }
 }
 
 // Records that the pool gave up are not touched when the caches are cleared.

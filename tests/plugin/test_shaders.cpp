@@ -196,6 +196,11 @@ TEST_F(shaders, links_are_cached_by_their_pair) {
     EXPECT_TRUE(gl().shaders.contains(f));
     expect_lines(log(), {"5 app shader library: clearing caches"});
     EXPECT_EQ(recorded().count("glDelete"), 0);
+    gl().lose_context();
+    gl().last_shader = 200;
+    PLUGIN(lum_gl_loadfragmentshader_file)(third.c_str(), &again);
+    PLUGIN(lum_gl_loadfragmentshader_file)(path.c_str(), &f);
+    EXPECT_TRUE(gl().shaders.contains(again)) << "made before the lost one was asked for";
 }
 
 TEST_F(shaders, descriptions_of_every_type) {
