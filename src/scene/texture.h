@@ -15,7 +15,7 @@ struct texture {
     float scale_u; // part of the GL texture that the image fills
     float scale_v;
     uint32_t context;       // that `id` belongs to
-    kora_reference* image;  // held for a GL texture of the host's, else null
+    kora_reference* image;  // held for an image of which no copy was made, else null
     resource_manager* host; // that gave it
 };
 

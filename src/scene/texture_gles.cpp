@@ -35,7 +35,7 @@ void set_parameters() {
 } // namespace
 
 int texture_load(texture* t, render_context* context) {
-    if (t->id) return 1; // shared by several materials
+    if (t->id || t->image) return 1; // shared by several materials
     app_record* const app = context->control->app;
     resource_manager* const resources = app->services->resource;
     graphics_manager* const graphics = app->services->graphics;
@@ -50,7 +50,8 @@ int texture_load(texture* t, render_context* context) {
 
     image_info info = {};
     graphics->describe_image(graphics, image, 1, &info, sizeof(info));
-    if (info.buffer_width <= 0 || info.buffer_height <= 0) {
+    const bool has_buffer = info.buffer_width > 0 && info.buffer_height > 0;
+    if (!has_buffer && !info.texture) {
         resources->release(resources, reference);
         return 0;
     }
@@ -58,9 +59,12 @@ int texture_load(texture* t, render_context* context) {
     t->width = info.buffer_width;
     t->height = info.buffer_height;
     t->id = info.texture;
-    t->scale_u = static_cast<float>(info.image_width) / static_cast<float>(info.buffer_width);
-    t->scale_v = static_cast<float>(info.image_height) / static_cast<float>(info.buffer_height);
-    if (info.pixels) {
+    t->scale_u = t->scale_v = 1.0f;
+    if (has_buffer) {
+        t->scale_u = static_cast<float>(info.image_width) / static_cast<float>(info.buffer_width);
+        t->scale_v = static_cast<float>(info.image_height) / static_cast<float>(info.buffer_height);
+    }
+    if (info.pixels && has_buffer) {
         const bool rgba = info.bytes_per_pixel == 4;
         upload(t, rgba ? GL_RGBA : GL_RGB, t->width, t->height,
                rgba ? GL_UNSIGNED_BYTE : GL_UNSIGNED_SHORT_5_6_5, info.pixels);

@@ -28,7 +28,7 @@ std::vector<drawn> take_picture() {
             here.uniforms.push_back(u.value);
         here.corners = d.corners;
         // A colour program leaves alone what is bound.
-        if (here.program.ends_with("texture")) here.texels = gl().textures.at(d.texture);
+        if (here.program.ends_with("texture") && d.texture) here.texels = gl().textures.at(d.texture);
     }
     return picture;
 }
@@ -108,6 +108,8 @@ TEST_F(frames, of_an_obj_model_with_library_and_texture) {
 
 TEST_F(frames, of_a_scene) {
     std::filesystem::copy(SCENES "/everything", folder + "/scene.qel");
+    // Neither pixels nor a texture, in two materials.
+    host().images[".//maps/wood.png"] = {2, 2, 2, 2, 4, 0, {}};
     try_every_shortage("scene.qel");
 }
 

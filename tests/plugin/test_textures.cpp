@@ -36,6 +36,8 @@ TEST_F(textures, follow_the_description_of_the_image) {
         {"16 bits", 4, 3, 4, 3, 2, 24, rgb, 1, 1},
         {"any depth but four bytes", 4, 3, 4, 3, 3, 24, rgb, 1, 1},
         {"no pixels", 300, 200, 512, 256, 4, 0, nullptr, 0.5859375f, 0.78125f},
+        {"no buffer", 300, 200, 0, 256, 4, 0, nullptr, 1, 1},
+        {"pixels in no buffer", 300, 200, 512, -1, 4, 8, nullptr, 1, 1},
     };
     write_quad();
     for (const auto& c : cases) {
@@ -62,7 +64,7 @@ TEST_F(textures, follow_the_description_of_the_image) {
             expected.push_back(call);
         expect_lines(got, expected);
         const GLuint id = c.upload ? 1 : 70;
-        EXPECT_EQ(gl().textures[id], noise);
+        EXPECT_EQ(gl().textures[id], c.upload ? noise : std::vector<uint8_t>());
         EXPECT_EQ(gl().draws.back().texture, id);
         const auto& corners = gl().draws.back().corners;
         ASSERT_EQ(corners.size(), 3u);
