@@ -198,11 +198,11 @@ const renderext_arg renderext_model3d_args[] = {
 void renderext_model3d_parse(int32_t id, const void* value, renderext_instance* rext) {
     model3d_state* const state = state_of(rext);
     set_defaults(state);
-    if (!value) return;
     if (id < attr_filename || id >= attr_end) {
         kor_renderext_common_parse(id, value, rext);
         return;
     }
+    if (!value) return;
     if (const float_attr* row = find(float_attrs, id)) {
         const float number = *static_cast<const float*>(value);
         store(row->field(state), row->in == unit::degrees ? radians_from_degrees(number) : number,

@@ -125,7 +125,8 @@ TEST_F(attributes, common_ids_go_to_the_host) {
     lines expected;
     for (const int id : {-1, 0, 5, 9, 11, 38, 99}) {
         c.set(id, value);
-        expected.push_back(print("common_parse %d", id));
+        c.set(id, static_cast<const void*>(nullptr));
+        expected.insert(expected.end(), 2, print("common_parse %d", id));
     }
     expect_lines(recorded().text({channel::host}), expected);
     EXPECT_EQ(c.dirty_count(), 0);
