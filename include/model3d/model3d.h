@@ -23,7 +23,8 @@ MODEL3D_API int kora_plugin_create(plugin_record* record);
 MODEL3D_API int rext_model3d_init(app_record* app, const char* options);
 MODEL3D_API void rext_model3d_fini(void);
 
-MODEL3D_API extern const renderext_descriptor renderext_model3d_handler;
+/* The host may write to it and to its attribute table. */
+MODEL3D_API extern renderext_descriptor renderext_model3d_handler;
 
 #ifdef __cplusplus
 }

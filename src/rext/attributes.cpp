@@ -153,7 +153,7 @@ void set_filename(const char* name, model3d_state* state, renderext_instance* re
 
 } // namespace
 
-const renderext_arg renderext_model3d_args[] = {
+renderext_arg renderext_model3d_args[] = {
     {0, "x", signed_format},
     {1, "y", signed_format},
     {2, "width", unsigned_format},

@@ -13,7 +13,7 @@
 int32_t MODEL3D_GLOBAL_USE_VBOS = 1;
 int32_t MODEL3D_DIAG_LEVEL = 0;
 
-const renderext_descriptor renderext_model3d_handler = {
+renderext_descriptor renderext_model3d_handler = {
     "model3d",
     sizeof(model3d_state),
     renderext_model3d_args,

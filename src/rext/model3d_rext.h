@@ -4,7 +4,7 @@
 
 #include "kora/kora.h"
 
-extern const renderext_arg renderext_model3d_args[];
+extern renderext_arg renderext_model3d_args[];
 
 void renderext_model3d_parse(int32_t id, const void* value, renderext_instance* rext);
 int renderext_model3d_render(render_canvas* canvas, control_record* control, renderext_instance* rext);

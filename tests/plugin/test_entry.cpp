@@ -45,14 +45,16 @@ TEST_F(entry, registers_the_descriptor) {
     init(nullptr);
     expect_lines(recorded().text({channel::host, channel::log}), {"register_extension \"model3d\""});
 
-    const auto* slots = static_cast<const void* const*>(plugin_symbol("renderext_model3d_handler"));
-    ASSERT_EQ(static_cast<const void*>(host().extension), slots);
+    auto* slots = static_cast<const void* volatile*>(plugin_symbol("renderext_model3d_handler"));
+    ASSERT_EQ(static_cast<const volatile void*>(host().extension), slots);
     EXPECT_STREQ(static_cast<const char*>(slots[0]), "model3d");
     // The described record comes first; only additions of the plug-in's own may follow it.
     EXPECT_GE(reinterpret_cast<size_t>(slots[1]), sizeof(described::state));
     for (int i = 2; i < 10; ++i)
         EXPECT_NE(slots[i], nullptr) << "slot " << i;
     EXPECT_EQ(slots[10], nullptr);
+    slots[10] = nullptr; // the host may write to it, and to its attributes
+    const_cast<volatile renderext_arg*>(host().extension->args)->id = 0;
 }
 
 TEST_F(entry, lists_the_attributes) {
