@@ -203,7 +203,7 @@ void groups_free(model3d_state* state) {
 }
 
 void group_store(const char* key, group* g, render_context* context) {
-    if (!key) return;
+    if (!key || !*key) return;
     if (!context->state->groups) {
         load_incomplete(context);
         return;

@@ -4,7 +4,8 @@
 
 #include "scene/group.h"
 
-// Enters a group into the control's map of groups under its name; a nameless group is left out.
+// Enters a group into the control's map of groups under its name. One without a name, or with an empty one,
+// is left out: it has no keys.
 void group_store(const char* key, group* g, render_context* context);
 
 // Notes that memory ran out for a part of the model that can be left out of the picture. The frame shows

@@ -235,7 +235,7 @@ TEST_F(bindings, keys_follow_the_groups_of_a_scene_file) {
                                        "_SZ using data manager key: ctl." + name + "_SZ"),
                       1);
     };
-    write_groups("a.qel", {"car", "door", "lid"});
+    write_groups("a.qel", {"car", "door", "", "lid"}); // one without a name
     write_groups("b.qel", {"boat", "sail"});
 
     control shown, copy;
@@ -243,6 +243,8 @@ TEST_F(bindings, keys_follow_the_groups_of_a_scene_file) {
         a.enabled = true; // by the host; these meshes have positions only
     show(shown, "a.qel");
     check(shown, {"car", "door", "lid"});
+    shown.render();
+    EXPECT_EQ(recorded().count("resolve_path"), 0) << "loaded again";
     described::group& root = shown.state().scene.root;
     described::group hung = root; // a group more, and another name for one
     std::string names[] = {"hung", "auto"};
