@@ -108,19 +108,6 @@ TEST_F(draw, takes_the_path_that_options_and_driver_allow) {
     }
 }
 
-TEST_F(draw, tells_of_arrays_at_level_8) {
-    write_three_triangles();
-    gl().version = "OPENGL ES 2.0";
-    gl().extensions = "";
-    for (const int level : {7, 8}) {
-        init(print("diag=%d", level).c_str());
-        control shown;
-        show(shown);
-        EXPECT_EQ(recorded().count("null rendering array values"), level == 8 ? 2 : 0);
-        EXPECT_EQ(recorded().count("null rendering last array values 2 to 3"), level == 8 ? 1 : 0);
-    }
-}
-
 // ---- Lights of a scene. The OBJ loader makes none, so a loaded scene is given some. ----------------
 
 class scene_lights : public plugin_test {

@@ -126,13 +126,14 @@ constexpr const char* frame_calls = R"(
 // The level of a line is the threshold from which it is written. $s and $n are the shading model's name
 // and number. Without a stated app record the mesh and segment lines may have either.
 constexpr const char* frame_trace = R"(
-    [first][9] ... model3d: gl version: OpenGL ES 2.0 recorder
-    [first][9] ... copying vertex and index data into VBO
-    [first][9] $vertices
-    [first][9] ... dumping indices
-    [first][9] ... face[0] = [0,1,2]
-    [first][9] ... face[1] = [3,4,5]
-    [first][9] ... face[2] = [6,7,8]
+    [first][9] ... model3d: gl version: OPENGL ES 2.0
+    [first][9] ... model3d: gl extensions: $extensions
+    [first][buffers][9] ... copying vertex and index data into VBO
+    [first][buffers][9] $vertices
+    [first][buffers][9] ... dumping indices
+    [first][buffers][9] ... face[0] = [0,1,2]
+    [first][buffers][9] ... face[1] = [3,4,5]
+    [first][buffers][9] ... face[2] = [6,7,8]
     [6] app shading model: $n
     [internal][6] app using scene lighting?: 0
     [model][6] app using scene lighting?: 1
@@ -160,7 +161,9 @@ constexpr const char* frame_trace = R"(
     [lit][internal][6] null rendering with internal lighting
     [lit][model][6] null rendering with model-specified lighting
     [6] ... rendering mesh: tri.obj
-    [9] ... rendering using vbos: 1, 2
+    [buffers][9] ... rendering using vbos: 1, 2
+    [elements][9] ... rendering with direct elements
+    [arrays][9] ... rendering with direct arrays, stride = 32
     [9] ... rendering with 3 material segments
     [9] ... rendering with material segment 0
     [6] ... material alpha: 1.000000
@@ -168,19 +171,19 @@ constexpr const char* frame_trace = R"(
     [6] ... combined alpha: 0.501961
     [6] ... material is textured, $s shading
     [9] ... setting diffuse map to active texture
-    [8] ... rendering elements 0 to 1
+    [8] ... rendering $ranges 0 to 1
     [9] ... rendering with material segment 1
     [6] ... material alpha: 0.500000
     [6] ... global alpha: 0.501961
     [6] ... combined alpha: 0.250980
     [6] ... material is colored, $s shading
-    [8] ... rendering elements 1 to 2
+    [8] ... rendering $ranges 1 to 2
     [9] ... rendering with material segment 2
     [6] ... material alpha: 1.000000
     [6] ... global alpha: 0.501961
     [6] ... combined alpha: 0.501961
     [6] ... material is textured, $s shading
-    [8] ... rendering last elements 2 to 3
+    [8] ... rendering last $ranges 2 to 3
 )";
 
 // What stands for several lines: the image of the textured material becoming texture `name`.
@@ -338,28 +341,38 @@ TEST_P(frame, makes_these_calls) {
 }
 
 TEST_P(frame, writes_these_diagnostic_lines) {
-    const std::map<std::string, lines> words{{"$s", {shadings[GetParam().shading]}},
-                                             {"$n", {std::to_string(GetParam().shading)}},
-                                             {"$vertices", trace_vertices()}};
-    for (const int threshold : {-1, 0, 4, 5, 6, 7, 8, 9}) {
-        init(print("diag=%d", threshold).c_str());
-        control shown;
-        prepare(shown);
-        gl().last_buffer = 0;
-        for (const bool first : {true, false}) {
-            if (first)
-                show(shown);
-            else
-                shown.render();
-            std::string wanted = tags(first);
-            for (int level = 5; level <= threshold; ++level)
-                wanted += print("[%d]", level);
-            expect_lines(
-                recorded().text({channel::diag}), choose(frame_trace, wanted, words),
-                print("diagnostic lines up to %d, %s frame,", threshold, first ? "first" : "later").c_str());
-            recorded().clear();
+    constexpr struct {
+        const char *options, *extensions, *tag, *ranges;
+    } paths[] = {{"", "GL_OES_element_index_uint", "[buffers]", "elements"},
+                 {",novbo", "GL_OES_element_index_uint", "[elements]", "elements"},
+                 {",novbo", "GL_A", "[arrays]", "array values"}};
+    for (const auto& path : paths)
+        for (const int threshold : {-1, 0, 4, 5, 6, 7, 8, 9}) {
+            const std::map<std::string, lines> words{{"$s", {shadings[GetParam().shading]}},
+                                                     {"$n", {std::to_string(GetParam().shading)}},
+                                                     {"$vertices", trace_vertices()},
+                                                     {"$extensions", {path.extensions}},
+                                                     {"$ranges", {path.ranges}}};
+            init(print("diag=%d%s", threshold, path.options).c_str());
+            control shown;
+            prepare(shown);
+            gl().last_buffer = 0;
+            gl().version = "OPENGL ES 2.0";
+            gl().extensions = path.extensions;
+            for (const bool first : {true, false}) {
+                if (first)
+                    show(shown);
+                else
+                    shown.render();
+                std::string wanted = tags(first) + path.tag;
+                for (int level = 5; level <= threshold; ++level)
+                    wanted += print("[%d]", level);
+                expect_lines(
+                    recorded().text({channel::diag}), choose(frame_trace, wanted, words),
+                    print("%s up to %d, %s frame,", path.tag, threshold, first ? "first" : "later").c_str());
+                recorded().clear();
+            }
         }
-    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
