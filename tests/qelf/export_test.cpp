@@ -217,6 +217,16 @@ TEST(qel_export, gives_the_file_that_was_loaded) {
         EXPECT_EQ(bytes_of(path), written ? file.bytes : "old");
         return written;
     });
+    // Nor is a node exported in part: a light, a mesh and a group without nodes.
+    const auto& arm = node<group>(model.root.root, 0);
+    for (int i = 0; i < arm.nnodes; i++) {
+        expect_told([&] {
+            QELF_Node* const exported = arm.nodes[i].export_node(arm.nodes[i].node);
+            const bool whole = exported != nullptr;
+            QELF_freeNode(exported);
+            return whole;
+        });
+    }
 }
 
 TEST(qel_export, gives_degrees_that_are_read_as_the_same_radians) {
