@@ -20,7 +20,10 @@
  *
  * Conventions of this header
  * - Results are 1 or a record for success, 0 or null for failure. Outputs stay untouched on failure.
- * - Failures are reported once, as text through IFF_errorCallback; printing goes to standard output.
+ * - Operations with read, write or check in their names report a failure where it happens, and reading and
+ *   writing once more for each group around it, as text through IFF_errorCallback. No other operation reports
+ *   anything: what creates, allocates, adds, sets, updates, looks up, searches, merges, compares, prints or
+ *   frees tells a failure, a failed allocation too, by its result alone. Printing goes to standard output.
  * - An identifier argument is a pointer to four bytes; a text of four characters will do. Form type
  *   arguments may be null: "not inside a FORM or PROP".
  * - `formExtensions` and `formExtensionsLength` end the arguments of whatever may meet a format's own chunks:
@@ -116,8 +119,13 @@ MODEL3D_API IFF_Chunk* IFF_read(const char* filename, const IFF_FormExtension* f
 MODEL3D_API IFF_Chunk* IFF_readFd(FILE* file, const IFF_FormExtension* formExtensions,
                                   unsigned int formExtensionsLength);
 
-/* Writes the stored sizes: call IFF_updateChunkSizes after changes. Data that cannot be flushed when the file
- * is closed fails IFF_write, which then leaves no file; IFF_writeFd leaves flushing to the caller. */
+/* Write the stored sizes: call IFF_updateChunkSizes after changes. A tree that cannot be written, as for a
+ * group more than 256 levels deep or a handler that fails, is refused before the file is opened or anything
+ * written; so handlers write twice, the first time to a stream that only counts.
+ * IFF_write follows links, and writes over a file that is there, which keeps its owner and permissions. When
+ * the disk is full that file stays as it was, where the file system can reserve room; otherwise, and for a
+ * new file, no part of one is left. Data that cannot be flushed when the file is closed fails IFF_write;
+ * IFF_writeFd leaves flushing to the caller. */
 MODEL3D_API int IFF_write(const char* filename, const IFF_Chunk* chunk,
                           const IFF_FormExtension* formExtensions, unsigned int formExtensionsLength);
 MODEL3D_API int IFF_writeFd(FILE* file, const IFF_Chunk* chunk, const IFF_FormExtension* formExtensions,

@@ -13,10 +13,11 @@
  * Conventions of this header
  * - Every record starts with the IFF_Chunk fields. Its chunkSize is the computed size: the fixed fields of
  *   its kind plus, for everything embedded, that thing's own size plus 8, and 1 more when it is odd - as if
- *   it stood in the file as a chunk, which it does not. Set operations keep it right, in this record only.
- *   So build from the inside out: a node must be complete before it is added to its group.
+ *   it stood in the file as a chunk, which it does not. Set operations keep it right, in this record only;
+ *   QELF_write makes it right everywhere. A text that was never set counts nothing until then.
  * - Results are 1 or a record for success, 0 or null for failure, after one report through
- *   IFF_errorCallback. Failed set operations leave the record as it was.
+ *   IFF_errorCallback, a failed allocation included, unless they say otherwise. Failed set operations leave
+ *   the record as it was.
  * - Texts given are copied; stored ones have no terminator. Records given are taken over. Every record of a
  *   tree is malloc()ed memory of the tree's.
  * - An operation on bits of a float never changes them: NaNs and both zeros are kept and told apart.
@@ -193,8 +194,14 @@ MODEL3D_API extern const IFF_FormExtension QELF_formExtensions[1];
 
 MODEL3D_API IFF_Chunk* QELF_read(const char* filename);
 MODEL3D_API IFF_Chunk* QELF_readFd(FILE* file);
-MODEL3D_API int QELF_write(const char* filename, const IFF_Chunk* chunk);
-MODEL3D_API int QELF_writeFd(FILE* file, const IFF_Chunk* chunk);
+
+/* Complete the tree and write it, so that it reads back equal: texts that were never set, and mesh arrays of
+ * no elements, become empty ones, and all sizes are counted anew, those of groups around the chunk too. What
+ * lacks a node, a node's content, a material or the elements of an array is refused, with nothing written;
+ * IFF_write says what becomes of files. */
+MODEL3D_API int QELF_write(const char* filename, IFF_Chunk* chunk);
+MODEL3D_API int QELF_writeFd(FILE* file, IFF_Chunk* chunk);
+
 MODEL3D_API int QELF_check(const IFF_Chunk* chunk);
 MODEL3D_API void QELF_free(IFF_Chunk* chunk);
 MODEL3D_API void QELF_print(const IFF_Chunk* chunk);
@@ -203,6 +210,8 @@ MODEL3D_API int QELF_compare(const IFF_Chunk* chunk1, const IFF_Chunk* chunk2);
 /* ---- Scenes ---------------------------------------------------------------------------------- */
 
 MODEL3D_API QELF_Scene* QELF_createScene(const IFF_ID formType);
+
+/* Append; null is refused without a report. */
 MODEL3D_API int QELF_addSceneGroupToScene(QELF_Scene* scene, QELF_SceneGroup* group);
 MODEL3D_API int QELF_addTextureToScene(QELF_Scene* scene, QELF_Texture* texture);
 MODEL3D_API int QELF_addAnimationToScene(QELF_Scene* scene, QELF_Animation* animation);
@@ -246,8 +255,8 @@ MODEL3D_API void QELF_freeSceneGroup(QELF_SceneGroup* group);
 MODEL3D_API void QELF_printSceneGroup(const QELF_SceneGroup* group, int indentLevel);
 MODEL3D_API int QELF_compareSceneGroup(const QELF_SceneGroup* a, const QELF_SceneGroup* b);
 
-/* Takes the content over; its kind goes with nodeType. Nodes of other types cannot be read and written, and
- * say nothing about it. */
+/* Takes the content over; its kind goes with nodeType. Nodes of other types cannot be read and written;
+ * reading says nothing about it. */
 MODEL3D_API QELF_Node* QELF_createNode(uint8_t nodeType, void* content);
 MODEL3D_API QELF_Node* QELF_readNode(FILE* file);
 MODEL3D_API int QELF_writeNode(FILE* file, const QELF_Node* node);
@@ -273,7 +282,8 @@ MODEL3D_API QELF_TriangleMesh* QELF_createTriangleMesh(int32_t nvertices, int32_
                                                        uint8_t use_normals, uint8_t use_tangents,
                                                        uint8_t use_binormals, uint8_t use_textures);
 
-/* Makes the empty data records that the flags ask for. 1, or 0 after releasing the mesh and its record. */
+/* Makes the data records that the flags ask for and that are not there, empty. 1, or 0 after releasing the
+ * mesh and its record. */
 MODEL3D_API int QELF_allocateTrimeshBuffers(QELF_TriangleMesh* mesh);
 
 /* Copy `size` bytes into a data record made before. A size that does not match the counts is refused. */

@@ -8,6 +8,26 @@
 // Levels of groups in groups, so that no file exhausts the stack of whoever walks its tree.
 constexpr int levels_max = 256;
 
+static bool level_allowed(int level) {
+    if (level < levels_max) return true;
+    IFF_error("Groups are nested more than %d levels deep!\n", levels_max);
+    return false;
+}
+
+bool iff_check_depth(const IFF_Chunk* chunk, int level) {
+    const chunk_kind kind = iff_kind(chunk);
+    if (kind == chunk_kind::data) return true;
+    if (!level_allowed(level)) return false;
+    const IFF_Group* group = as_group(chunk);
+    for (uint32_t i = 0; i < group->subChunkCount; i++) {
+        if (!iff_check_depth(group->subChunks[i], level + 1)) return false;
+    }
+    for (uint32_t i = 0; kind == chunk_kind::list && i < as_list(chunk)->propCount; i++) {
+        if (!iff_check_depth(&as_list(chunk)->props[i]->chunk, level + 1)) return false;
+    }
+    return true;
+}
+
 IFF_Group* IFF_createGroup(const IFF_ID chunkId, const IFF_ID groupType) {
     const size_t size = IFF_compareId(chunkId, "LIST") == 0 ? sizeof(IFF_List) : sizeof(IFF_Group);
     IFF_Chunk* chunk = IFF_allocateChunk(chunkId, size);
@@ -28,10 +48,7 @@ int IFF_addToGroup(IFF_Group* group, IFF_Chunk* chunk) {
 
 IFF_Group* iff_read_group(const iff_source& source, const IFF_ID chunkId, int32_t chunkSize,
                           const char* groupTypeName, bool groupTypeIsFormType) {
-    if (source.level >= levels_max) {
-        IFF_error("Groups are nested more than %d levels deep!\n", levels_max);
-        return nullptr;
-    }
+    if (!level_allowed(source.level)) return nullptr;
     IFF_ID groupType;
     if (!IFF_readId(source.file, groupType, chunkId, groupTypeName)) return nullptr;
 

@@ -58,6 +58,10 @@ bool iff_adopt(IFF_Group* group, T**& array, uint32_t& count, T* entry, IFF_Chun
     return true;
 }
 
+// Whether the groups in the chunk are nested no deeper than readers go, at a level of groups around it. False
+// after a report.
+bool iff_check_depth(const IFF_Chunk* chunk, int level);
+
 // `size` plus the extents of the group's chunks, or -1 when that leaves the 32 bits.
 int32_t iff_add_extents(int32_t size, const IFF_Group* group);
 

@@ -1,6 +1,10 @@
 #include "iff/group.h"
 
+#include <cerrno>
+#include <climits>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 IFF_Chunk* IFF_read(const char* filename, const IFF_FormExtension* formExtensions,
                     unsigned int formExtensionsLength) {
@@ -26,27 +30,74 @@ IFF_Chunk* IFF_readFd(FILE* file, const IFF_FormExtension* formExtensions,
     return chunk;
 }
 
+// How many bytes a tree takes in a file; -1 after a report, for one that cannot be written.
+static off_t measure(const IFF_Chunk* chunk, const IFF_FormExtension* formExtensions,
+                     unsigned int formExtensionsLength) {
+    if (!iff_check_depth(chunk, 0)) return -1;
+    off_t size = 0;
+    cookie_io_functions_t counting = {};
+    counting.write = [](void* sum, const char*, size_t count) {
+        auto* const bytes = static_cast<off_t*>(sum);
+        return __builtin_add_overflow(*bytes, count, bytes) ? ssize_t{0} : static_cast<ssize_t>(count);
+    };
+    FILE* file = fopencookie(&size, "wb", counting);
+    if (!file) {
+        IFF_error("ERROR: out of memory for writing!\n");
+        return -1;
+    }
+    const bool written = IFF_writeChunk(file, chunk, nullptr, formExtensions, formExtensionsLength) != 0;
+    return fclose(file) == 0 && written ? size : -1;
+}
+
+// Reserves room for a whole file, so that a full disk is found before the old bytes are written over. Where
+// the file system cannot reserve, writing finds it.
+static bool reserve(int descriptor, off_t size) {
+    const int error = posix_fallocate(descriptor, 0, size);
+    return error != ENOSPC && error != EFBIG && error != EDQUOT;
+}
+
+// Part of a tree is no file: removes it where it is, at the end of the links to it.
+static void discard(const char* filename) {
+    char target[PATH_MAX];
+    if (truncate(filename, 0) == 0 && realpath(filename, target)) unlink(target);
+}
+
 int IFF_write(const char* filename, const IFF_Chunk* chunk, const IFF_FormExtension* formExtensions,
               unsigned int formExtensionsLength) {
-    FILE* file = fopen(filename, "wb");
-    if (!file) {
+    const off_t size = measure(chunk, formExtensions, formExtensionsLength);
+    if (size < 0) return 0;
+    struct stat status = {};
+    const bool existed = stat(filename, &status) == 0;
+    const off_t old_size = status.st_size;
+    // A file that is there is written over, not cut off, and keeps what it had until there is room.
+    const int descriptor = open(filename, O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+    if (descriptor < 0) {
         IFF_error("ERROR: cannot open file: %s\n", filename);
         return 0;
     }
-    const int written = IFF_writeFd(file, chunk, formExtensions, formExtensionsLength);
-    // A full disk may show only now.
-    const bool closed = fclose(file) == 0;
+    const bool regular = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    FILE* file = regular && !reserve(descriptor, size) ? nullptr : fdopen(descriptor, "wb");
+    if (!file) {
+        IFF_error("ERROR: cannot write file: %s\n", filename);
+        const bool restored = regular && existed && ftruncate(descriptor, old_size) == 0;
+        close(descriptor);
+        if (regular && !restored) discard(filename);
+        return 0;
+    }
+    const bool written = IFF_writeChunk(file, chunk, nullptr, formExtensions, formExtensionsLength) != 0;
+    const bool cut = fflush(file) == 0 && (!regular || ftruncate(descriptor, ftello(file)) == 0);
+    // A device may say only now that it is full.
+    const bool closed = fclose(file) == 0 && cut;
     if (written && closed) return 1;
     if (written) IFF_error("ERROR: cannot write file: %s\n", filename);
-    // Part of a tree is no file; a device stays.
-    struct stat status;
-    if (stat(filename, &status) == 0 && S_ISREG(status.st_mode)) remove(filename);
+    if (regular) discard(filename);
     return 0;
 }
 
 int IFF_writeFd(FILE* file, const IFF_Chunk* chunk, const IFF_FormExtension* formExtensions,
                 unsigned int formExtensionsLength) {
-    return IFF_writeChunk(file, chunk, nullptr, formExtensions, formExtensionsLength);
+    return measure(chunk, formExtensions, formExtensionsLength) >= 0 &&
+           IFF_writeChunk(file, chunk, nullptr, formExtensions, formExtensionsLength);
 }
 
 int IFF_check(const IFF_Chunk* chunk, const IFF_FormExtension* formExtensions,

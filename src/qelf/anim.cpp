@@ -178,6 +178,20 @@ QELF_Animation* QELF_readAnimation(FILE* file, int32_t) {
     return nullptr;
 }
 
+int complete_animation(QELF_Animation* animation) {
+    IFF_Chunk* const chunk = &animation->chunk;
+    chunk->chunkSize = fixed_size;
+    if (!complete_text(chunk, &animation->name, &animation->nameLength, "NAME")) return 0;
+    for (int32_t i = 0; i < animation->nchannels; i++) {
+        QELF_AnimationChannel& c = animation->channels[i];
+        if (!add_to_size(chunk, channel_size + int64_t{key_size} * c.numKeys) ||
+            !complete_text(chunk, &c.nodeName, &c.nodeNameLength, "NDNM")) {
+            return 0;
+        }
+    }
+    return 1;
+}
+
 int QELF_writeAnimation(FILE* file, const QELF_Animation* animation) {
     if (!iff_write_floats(file, &animation->frameRate, 1, id, "frameRate") ||
         !IFF_writeLong(file, animation->nchannels, id, "nchannels") ||

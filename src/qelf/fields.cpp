@@ -66,6 +66,23 @@ int set_text(IFF_Chunk* around, IFF_RawChunk** text, int32_t* length, const char
     return 1;
 }
 
+int complete_text(IFF_Chunk* around, IFF_RawChunk** text, int32_t* length, const char* text_id) {
+    if (!*text) *text = IFF_createRawChunk(text_id);
+    if (!*text) {
+        out_of_memory(text_id);
+        return 0;
+    }
+    *length = (*text)->chunk.chunkSize;
+    return embed(around, &(*text)->chunk);
+}
+
+bool depth_allowed(int depth) {
+    constexpr int deepest = 256;
+    if (depth < deepest) return true;
+    IFF_error("Groups are nested more than %d levels deep!\n", deepest);
+    return false;
+}
+
 int write_text(FILE* file, const IFF_RawChunk* text) {
     return text ? IFF_writeRawChunk(file, text) : 1;
 }

@@ -41,14 +41,26 @@ bool embed(IFF_Chunk* around, const IFF_Chunk* embedded);
 // Replaces an embedded text and keeps length and size right. 1, or 0 after a report.
 int set_text(IFF_Chunk* around, IFF_RawChunk** text, int32_t* length, const char* text_id, const char* value);
 
+// Before a record is written: texts that were never set become empty ones, and so do arrays of no elements,
+// and sizes are counted anew. What is missing for good is left to the write operations to refuse. 1, or 0
+// after a report.
+int complete_text(IFF_Chunk* around, IFF_RawChunk** text, int32_t* length, const char* text_id);
+int complete_group(QELF_SceneGroup* group, int depth);
+int complete_node(QELF_Node* node, int depth);
+int complete_mesh(QELF_TriangleMesh* mesh);
+int complete_light(QELF_Light* light);
+int complete_texture(QELF_Texture* texture);
+int complete_animation(QELF_Animation* animation);
+
 // A text that may never have been set.
 int write_text(FILE* file, const IFF_RawChunk* text);
 void free_text(IFF_RawChunk** text);
 void print_text(const IFF_RawChunk* text, int indentLevel);
 bool same_text(const IFF_RawChunk* a, const IFF_RawChunk* b);
 
-// The fixed part of a group's depth: deeper groups fail the read, so that no file exhausts the stack.
-constexpr int deepest_group = 256;
+// Deeper groups are neither read nor written, so that no file exhausts the stack. Returns false after a
+// report.
+bool depth_allowed(int depth);
 
 // Readers that know how many groups are around them.
 QELF_SceneGroup* read_group(FILE* file, int depth);

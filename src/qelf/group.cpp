@@ -93,10 +93,7 @@ int QELF_addNodeToGroup(QELF_SceneGroup* group, uint32_t index, QELF_Node* node)
 }
 
 QELF_SceneGroup* read_group(FILE* file, int depth) {
-    if (depth >= deepest_group) {
-        IFF_error("Groups are nested more than %d levels deep!\n", deepest_group);
-        return nullptr;
-    }
+    if (!depth_allowed(depth)) return nullptr;
     QELF_SceneGroup* const group = QELF_createSceneGroup(0);
     if (!group || read_fields(file, group, depth + 1)) return group;
     QELF_freeSceneGroup(group);
@@ -106,6 +103,17 @@ QELF_SceneGroup* read_group(FILE* file, int depth) {
 
 QELF_SceneGroup* QELF_readSceneGroup(FILE* file, int32_t) {
     return read_group(file, 0);
+}
+
+int complete_group(QELF_SceneGroup* group, int depth) {
+    if (!depth_allowed(depth)) return 0;
+    group->chunk.chunkSize = fixed_size;
+    if (!complete_text(&group->chunk, &group->name, &group->nameLength, "NAME")) return 0;
+    for (uint32_t i = 0; i < group->nnodes; i++) {
+        QELF_Node* const node = group->nodes[i];
+        if (node && (!complete_node(node, depth + 1) || !embed(&group->chunk, &node->chunk))) return 0;
+    }
+    return 1;
 }
 
 int QELF_writeSceneGroup(FILE* file, const QELF_SceneGroup* group) {

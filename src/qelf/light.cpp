@@ -5,6 +5,7 @@
 namespace {
 
 constexpr char id[] = "LGHT";
+constexpr int32_t fixed_size = 24;
 constexpr const char* type_names[] = {"None", "Directional", "Point", "Spot", "Area", "Volume"};
 
 int read_fields(FILE* file, QELF_Light* light) {
@@ -19,7 +20,7 @@ int read_fields(FILE* file, QELF_Light* light) {
 } // namespace
 
 QELF_Light* QELF_createLight(void) {
-    auto* const light = create_record<QELF_Light>(id, 24);
+    auto* const light = create_record<QELF_Light>(id, fixed_size);
     if (!light) return nullptr;
     light->color = {1.0f, 1.0f, 1.0f};
     light->intensity = 1.0f;
@@ -36,6 +37,11 @@ QELF_Light* QELF_readLight(FILE* file) {
     QELF_freeLight(light);
     free(light);
     return nullptr;
+}
+
+int complete_light(QELF_Light* light) {
+    light->chunk.chunkSize = fixed_size;
+    return complete_text(&light->chunk, &light->name, &light->nameLength, "NAME");
 }
 
 int QELF_writeLight(FILE* file, const QELF_Light* light) {

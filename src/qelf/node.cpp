@@ -86,10 +86,31 @@ QELF_Node* QELF_readNode(FILE* file) {
     return read_node(file, 0);
 }
 
+int complete_node(QELF_Node* node, int depth) {
+    int completed = 1;
+    node->chunk.chunkSize = 0;
+    if (!node->content) return 1;
+    switch (node->nodeType) {
+    case QELF_NODE_GROUP:
+        completed = complete_group(static_cast<QELF_SceneGroup*>(node->content), depth);
+        break;
+    case QELF_NODE_TRIMESH:
+        completed = complete_mesh(static_cast<QELF_TriangleMesh*>(node->content));
+        break;
+    case QELF_NODE_LIGHT:
+        completed = complete_light(static_cast<QELF_Light*>(node->content));
+        break;
+    default:
+        return 1;
+    }
+    return completed && embed(&node->chunk, static_cast<IFF_Chunk*>(node->content));
+}
+
 int QELF_writeNode(FILE* file, const QELF_Node* node) {
     const node_kind* const kind = find_kind(node->nodeType);
-    if (!IFF_writeUByte(file, node->nodeType, id, "nodeType") || !kind) return 0;
-    return node->content ? kind->write(file, node->content) : refuse(id, "the content is missing");
+    if (!kind) return refuse(id, "unknown type");
+    if (!node->content) return refuse(id, "the content is missing");
+    return IFF_writeUByte(file, node->nodeType, id, "nodeType") && kind->write(file, node->content);
 }
 
 void QELF_freeNode(QELF_Node* node) {

@@ -1,5 +1,6 @@
 // Whole files, and the chunk types that scene files add to the container.
 
+#include "iff/group.h"
 #include "qelf/fields.h"
 
 namespace {
@@ -18,6 +19,44 @@ constexpr IFF_Extension extension(const char* chunk_id) {
             [](const IFF_Chunk* a, const IFF_Chunk* b) {
                 return compare(reinterpret_cast<const Record*>(a), reinterpret_cast<const Record*>(b));
             }};
+}
+
+int complete_record(IFF_Chunk* chunk) {
+    if (IFF_compareId(chunk->chunkId, "SGRP") == 0) {
+        return complete_group(reinterpret_cast<QELF_SceneGroup*>(chunk), 0);
+    }
+    if (IFF_compareId(chunk->chunkId, "TXTR") == 0) {
+        return complete_texture(reinterpret_cast<QELF_Texture*>(chunk));
+    }
+    if (IFF_compareId(chunk->chunkId, "ANIM") == 0) {
+        return complete_animation(reinterpret_cast<QELF_Animation*>(chunk));
+    }
+    return 1;
+}
+
+// Completes the records of a tree, and counts the sizes of its groups anew, from the inside out.
+int complete_chunks(IFF_Chunk* chunk, const char* form_type) {
+    const chunk_kind kind = iff_kind(chunk);
+    if (kind == chunk_kind::data) {
+        return form_type && QELF_SceneIsQELF(form_type) ? complete_record(chunk) : 1;
+    }
+    IFF_Group* const group = as_group(chunk);
+    const bool typed = kind == chunk_kind::form || kind == chunk_kind::prop;
+    for (uint32_t i = 0; i < group->subChunkCount; i++) {
+        if (!complete_chunks(group->subChunks[i], typed ? group->groupType : nullptr)) return 0;
+    }
+    const bool is_list = kind == chunk_kind::list;
+    for (uint32_t i = 0; is_list && i < as_list(chunk)->propCount; i++) {
+        if (!complete_chunks(&as_list(chunk)->props[i]->chunk, nullptr)) return 0;
+    }
+    const int updated = is_list ? IFF_updateListChunkSizes(as_list(chunk)) : IFF_updateGroupChunkSizes(group);
+    return updated ? 1 : refuse(chunk->chunkId, "its chunks exceed 32 bits");
+}
+
+// The same, with the sizes of the groups around the tree.
+int complete_tree(IFF_Chunk* tree) {
+    if (!complete_chunks(tree, nullptr)) return 0;
+    return IFF_updateChunkSizes(tree) ? 1 : refuse(tree->chunkId, "the groups around it exceed 32 bits");
 }
 
 } // namespace
@@ -44,12 +83,12 @@ IFF_Chunk* QELF_readFd(FILE* file) {
     return IFF_readFd(file, QELF_formExtensions, 1);
 }
 
-int QELF_write(const char* filename, const IFF_Chunk* chunk) {
-    return IFF_write(filename, chunk, QELF_formExtensions, 1);
+int QELF_write(const char* filename, IFF_Chunk* chunk) {
+    return complete_tree(chunk) && IFF_write(filename, chunk, QELF_formExtensions, 1);
 }
 
-int QELF_writeFd(FILE* file, const IFF_Chunk* chunk) {
-    return IFF_writeFd(file, chunk, QELF_formExtensions, 1);
+int QELF_writeFd(FILE* file, IFF_Chunk* chunk) {
+    return complete_tree(chunk) && IFF_writeFd(file, chunk, QELF_formExtensions, 1);
 }
 
 int QELF_check(const IFF_Chunk* chunk) {

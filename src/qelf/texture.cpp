@@ -5,6 +5,7 @@
 namespace {
 
 constexpr char id[] = "TXTR";
+constexpr int32_t fixed_size = 12;
 
 int read_fields(FILE* file, QELF_Texture* texture) {
     if (!IFF_readULong(file, &texture->index, id, "index") ||
@@ -21,7 +22,7 @@ int read_fields(FILE* file, QELF_Texture* texture) {
 } // namespace
 
 QELF_Texture* QELF_createTexture(void) {
-    return create_record<QELF_Texture>(id, 12);
+    return create_record<QELF_Texture>(id, fixed_size);
 }
 
 int QELF_setTextureName(QELF_Texture* texture, const char* name) {
@@ -38,6 +39,12 @@ QELF_Texture* QELF_readTexture(FILE* file, int32_t) {
     QELF_freeTexture(texture);
     free(texture);
     return nullptr;
+}
+
+int complete_texture(QELF_Texture* texture) {
+    texture->chunk.chunkSize = fixed_size;
+    return complete_text(&texture->chunk, &texture->name, &texture->nameLength, "NAME") &&
+           complete_text(&texture->chunk, &texture->path, &texture->pathLength, "PATH");
 }
 
 int QELF_writeTexture(FILE* file, const QELF_Texture* texture) {

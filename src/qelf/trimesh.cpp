@@ -143,6 +143,27 @@ int set_data(QELF_TriangleMesh* mesh, IFF_RawChunk* record, const void* data, in
     return 1;
 }
 
+bool make_buffer(IFF_RawChunk*& data, const char* chunk_id) {
+    if (!data) data = IFF_createRawChunk(chunk_id);
+    return data != nullptr;
+}
+
+// Makes the data records that are not there. False after a report.
+bool make_buffers(QELF_TriangleMesh* mesh) {
+    bool good = make_buffer(mesh->indexData, "INDX");
+    for (const auto& a : arrays) {
+        if (is_there(mesh, a)) good = good && make_buffer(mesh->*a.member, a.chunk_id);
+    }
+    if (mesh->use_textures && !mesh->texcoordData) {
+        mesh->texcoordData = static_cast<IFF_RawChunk**>(calloc(mesh->use_textures, sizeof(IFF_RawChunk*)));
+    }
+    for (int set = 0; set < mesh->use_textures; set++) {
+        good = good && mesh->texcoordData && make_buffer(mesh->texcoordData[set], "TXUV");
+    }
+    if (!good) out_of_memory(id);
+    return good;
+}
+
 bool same_array(const IFF_RawChunk* a, const IFF_RawChunk* b) {
     return (a == nullptr) == (b == nullptr) && same_text(a, b);
 }
@@ -177,23 +198,7 @@ QELF_TriangleMesh* QELF_createTriangleMesh(int32_t nvertices, int32_t nfaces, ui
 }
 
 int QELF_allocateTrimeshBuffers(QELF_TriangleMesh* mesh) {
-    bool good = true;
-    for (const auto& a : arrays) {
-        if (!is_there(mesh, a)) continue;
-        mesh->*a.member = IFF_createRawChunk(a.chunk_id);
-        good = good && mesh->*a.member;
-    }
-    if (mesh->use_textures) {
-        mesh->texcoordData = static_cast<IFF_RawChunk**>(calloc(mesh->use_textures, sizeof(IFF_RawChunk*)));
-        good = good && mesh->texcoordData;
-    }
-    for (int set = 0; mesh->texcoordData && set < mesh->use_textures; set++) {
-        mesh->texcoordData[set] = IFF_createRawChunk("TXUV");
-        good = good && mesh->texcoordData[set];
-    }
-    mesh->indexData = IFF_createRawChunk("INDX");
-    if (good && mesh->indexData) return 1;
-    out_of_memory(id);
+    if (make_buffers(mesh)) return 1;
     QELF_freeTriangleMesh(mesh);
     free(mesh);
     return 0;
@@ -247,6 +252,23 @@ QELF_TriangleMesh* QELF_readTriangleMesh(FILE* file) {
     QELF_freeTriangleMesh(mesh);
     free(mesh);
     return nullptr;
+}
+
+int complete_mesh(QELF_TriangleMesh* mesh) {
+    IFF_Chunk* const chunk = &mesh->chunk;
+    chunk->chunkSize = fixed_size;
+    if (!make_buffers(mesh) || !add_to_size(chunk, int64_t{4} * mesh->nmaterials)) return 0;
+    for (uint32_t i = 0; i < mesh->nmaterials; i++) {
+        const QELF_Material* const material = mesh->materials[i].material;
+        if (material && !embed(chunk, &material->chunk)) return 0;
+    }
+    for (const auto& a : arrays) {
+        if (is_there(mesh, a) && !embed(chunk, &(mesh->*a.member)->chunk)) return 0;
+    }
+    for (int set = 0; set < mesh->use_textures; set++) {
+        if (!embed(chunk, &mesh->texcoordData[set]->chunk)) return 0;
+    }
+    return embed(chunk, &mesh->indexData->chunk);
 }
 
 int QELF_writeTriangleMesh(FILE* file, const QELF_TriangleMesh* mesh) {

@@ -34,11 +34,6 @@ template <class Holder> QELF_Node* wrap(uint8_t type, Holder&& content) {
     return node;
 }
 
-// A record whose name was never set would not read back as it is.
-const char* named(const char* name) {
-    return name ? name : "";
-}
-
 uint16_t map_number(const texture* map) {
     return map ? static_cast<uint16_t>(map->index + 1) : uint16_t{0};
 }
@@ -66,7 +61,6 @@ bool set_materials(QELF_TriangleMesh* out, const trimesh* mesh) {
         const auto index = static_cast<uint32_t>(i);
         QELF_setMaterialStartIndex(out, index, static_cast<uint32_t>(mesh->materials[i].startIndex));
         QELF_Material* const m = material_export(mesh->materials[i].material);
-        if (!m) return false;
         if (!QELF_setMaterial(out, index, m)) {
             QELF_freeMaterial(m);
             return false;
@@ -118,7 +112,7 @@ QELF_Node* group_export(void* node) {
     const auto* g = static_cast<group*>(node);
     std::unique_ptr<QELF_SceneGroup, group_release> out{
         QELF_createSceneGroup(static_cast<uint32_t>(g->nnodes))};
-    if (!out || !QELF_setGroupName(out.get(), named(g->name))) return nullptr;
+    if (!out || !QELF_setGroupName(out.get(), g->name)) return nullptr;
     out->radius = g->radius;
     QELF_setMatrixValues(&out->local_transform, g->transform);
     QELF_setVector3Values(&out->translation, g->translation);
@@ -155,7 +149,7 @@ QELF_Node* trimesh_export(void* node) {
 QELF_Node* light_export(void* node) {
     const auto* l = static_cast<light*>(node);
     std::unique_ptr<QELF_Light, light_release> out{QELF_createLight()};
-    if (!out || !QELF_setLightName(out.get(), named(l->name))) return nullptr;
+    if (!out || !QELF_setLightName(out.get(), l->name)) return nullptr;
     out->type = l->type;
     out->color = {l->color[0], l->color[1], l->color[2]};
     out->intensity = l->intensity;

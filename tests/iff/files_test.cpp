@@ -4,10 +4,16 @@
 #include "scarce_heap.h"
 
 #include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
-#include <unistd.h>
+#include <map>
+#include <sstream>
+#include <sys/resource.h>
 
 using namespace std::string_literals;
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -41,6 +47,17 @@ std::string album() {
                     group_of("PROP", "ILBM", palette()) + group_of("PROP", "8SVX", chunk("NAME", "any")) +
                         picture("") + group_of("CAT ", "ILBM", picture(palette()) + picture("")) + sound() +
                         group_of("LIST", "ILBM", ""));
+}
+
+// One level deeper than readers go.
+tree_ptr deep_cat() {
+    IFF_CAT* deep = nullptr;
+    for (int level = 0; level <= 256; level++) {
+        IFF_CAT* const around = IFF_createCAT("JJJJ");
+        if (deep) IFF_addToCAT(around, &deep->chunk);
+        deep = around;
+    }
+    return tree_ptr{&deep->chunk};
 }
 
 } // namespace
@@ -142,75 +159,54 @@ TEST(iff_files, report_what_is_wrong_when_read_and_when_checked) {
     }
 }
 
-TEST(iff_files, cut_short_anywhere_are_refused_with_the_field_that_is_missing) {
+TEST(iff_files, cut_short_anywhere_say_which_field_is_missing_or_did_not_fit) {
     const std::string form = group_of("FORM", "GOOD", chunk("DATA", "abc"));
-    const std::string file = group_of("LIST", "GOOD", form);
-    const std::string in_list = "Error reading chunk in list!\n", in_form = "Error while reading chunk!\n";
+    const std::string file = group_of("LIST", "GOOD", group_of("PROP", "GOOD", "") + form);
+    const tree_ptr tree = read(file);
+    const std::string in_list = "Error reading chunk in list!\n",
+                      in_form = "Error while reading chunk!\n" + in_list;
+    const std::string of_group = "Error writing chunk!\n", of_prop = "Error writing PROP!\n";
+    const auto unread = [](const std::string& field) { return "Error reading " + field + "\n"; };
+    const auto unwritten = [](const std::string& field) { return "Error writing " + field + "\n"; };
     const struct {
         size_t end;
-        std::string reported;
+        std::string reading, writing;
     } cases[] = {
-        {4, "Error reading ''.chunkId\n"},
-        {8, "Error reading 'LIST'.chunkSize\n"},
-        {12, "Error reading 'LIST'.contentsType\n"},
-        {16, "Error reading ''.chunkId\n" + in_list},
-        {20, "Error reading 'FORM'.chunkSize\n" + in_list},
-        {24, "Error reading 'FORM'.formType\n" + in_list},
-        {28, "Error reading ''.chunkId\n" + in_form + in_list},
-        {32, "Error reading 'DATA'.chunkSize\n" + in_form + in_list},
-        {35, "Error reading raw chunk body of chunk: 'DATA'\n" + in_form + in_list},
-        {36, "Unexpected end of file, while reading padding byte of 'DATA'\n" + in_form + in_list},
+        {4, unread("''.chunkId"), unwritten("'LIST'.chunkId")},
+        {8, unread("'LIST'.chunkSize"), unwritten("'LIST'.chunkSize")},
+        {12, unread("'LIST'.contentsType"),
+         unwritten("'LIST'.contentsType") + "Error writing contentsType!\n"},
+        {16, unread("''.chunkId") + in_list, unwritten("'PROP'.chunkId") + of_prop},
+        {20, unread("'PROP'.chunkSize") + in_list, unwritten("'PROP'.chunkSize") + of_prop},
+        {24, unread("'PROP'.formType") + in_list, unwritten("'PROP'.formType") + of_prop},
+        {28, unread("''.chunkId") + in_list, unwritten("'FORM'.chunkId") + of_group},
+        {32, unread("'FORM'.chunkSize") + in_list, unwritten("'FORM'.chunkSize") + of_group},
+        {36, unread("'FORM'.formType") + in_list, unwritten("'FORM'.formType") + of_group},
+        {40, unread("''.chunkId") + in_form, unwritten("'DATA'.chunkId") + of_group + of_group},
+        {44, unread("'DATA'.chunkSize") + in_form, unwritten("'DATA'.chunkSize") + of_group + of_group},
+        {47, unread("raw chunk body of chunk: 'DATA'") + in_form,
+         unwritten("raw chunk body of chunk 'DATA'") + of_group + of_group},
+        {48, "Unexpected end of file, while reading padding byte of 'DATA'\n" + in_form,
+         "Cannot write padding byte of 'DATA'\n" + of_group + of_group},
     };
     size_t length = 0;
     for (const auto& row : cases) {
         for (; length < row.end; length++) {
-            tree_ptr tree;
-            EXPECT_EQ(reports_of([&] { tree = read(file.substr(0, length)); }), row.reported + main_chunk)
-                << length;
-            EXPECT_FALSE(tree);
+            tree_ptr part;
+            EXPECT_EQ(reports_of([&] { part = read(file.substr(0, length)); }), row.reading + main_chunk);
+            EXPECT_FALSE(part);
+            if (length == 0) continue; // no stream is that small
+            EXPECT_EQ(reports_of([&] { EXPECT_EQ(write(tree.get(), {}, length), ""); }), row.writing);
         }
     }
     EXPECT_EQ(length, file.size());
+    EXPECT_EQ(write(tree.get()), file);
 
     const long blocks = heap.blocks;
     const std::string whole = album();
     for (length = 0; length < whole.size(); length++)
         reports_of([&] { EXPECT_FALSE(read(whole.substr(0, length))) << length; });
     EXPECT_EQ(heap.blocks, blocks);
-}
-
-TEST(iff_files, say_which_field_a_full_disk_did_not_take) {
-    const std::string form = group_of("FORM", "GOOD", chunk("DATA", "abc"));
-    const std::string file = group_of("LIST", "GOOD", group_of("PROP", "GOOD", "") + form);
-    const tree_ptr tree = read(file);
-    const std::string in_group = "Error writing chunk!\n", in_prop = "Error writing PROP!\n";
-    const struct {
-        size_t end;
-        std::string reported;
-    } cases[] = {
-        {4, "Error writing 'LIST'.chunkId\n"},
-        {8, "Error writing 'LIST'.chunkSize\n"},
-        {12, "Error writing 'LIST'.contentsType\nError writing contentsType!\n"},
-        {16, "Error writing 'PROP'.chunkId\n" + in_prop},
-        {20, "Error writing 'PROP'.chunkSize\n" + in_prop},
-        {24, "Error writing 'PROP'.formType\n" + in_prop},
-        {28, "Error writing 'FORM'.chunkId\n" + in_group},
-        {32, "Error writing 'FORM'.chunkSize\n" + in_group},
-        {36, "Error writing 'FORM'.formType\n" + in_group},
-        {40, "Error writing 'DATA'.chunkId\n" + in_group + in_group},
-        {44, "Error writing 'DATA'.chunkSize\n" + in_group + in_group},
-        {47, "Error writing raw chunk body of chunk 'DATA'\n" + in_group + in_group},
-        {48, "Cannot write padding byte of 'DATA'\n" + in_group + in_group},
-    };
-    size_t room = 1;
-    for (const auto& row : cases) {
-        for (; room < row.end; room++) {
-            std::string written;
-            EXPECT_EQ(reports_of([&] { written = write(tree.get(), {}, room); }), row.reported) << room;
-            EXPECT_EQ(written, "");
-        }
-    }
-    EXPECT_EQ(write(tree.get()), file);
 }
 
 TEST(iff_files, keep_the_props_of_a_list_first_when_written) {
@@ -220,34 +216,67 @@ TEST(iff_files, keep_the_props_of_a_list_first_when_written) {
               group_of("LIST", "GOOD", prop + prop + form + form));
 }
 
-TEST(iff_files, that_cannot_be_opened_or_finished_are_reported_by_name) {
-    const std::string missing = testing::TempDir() + "no-such-folder/a.iff";
+TEST(iff_files, that_cannot_be_opened_or_finished_leave_what_was_there) {
+    const std::string folder = testing::TempDir() + "iff_files_test/", missing = folder + "none/a.iff";
+    fs::create_directory(folder);
+    std::ofstream(folder + "good") << "old";
+    for (const auto& [link, target] :
+         {std::pair{"link", "far"}, {"far", "good"}, {"dangling", "new"}, {"null", "/dev/null"}})
+        fs::create_symlink(target, folder + link);
+    // What every name in the folder stands for.
+    const auto contents = [&] {
+        std::map<std::string, std::string> all;
+        for (const auto& entry : fs::directory_iterator(folder)) {
+            std::stringstream text;
+            if (entry.is_symlink()) text << fs::read_symlink(entry.path());
+            if (entry.is_regular_file()) text << std::ifstream(entry.path()).rdbuf();
+            all[entry.path().filename()] = text.str();
+        }
+        return all;
+    };
+    const tree_ptr tree = read(sound()), bodiless{&IFF_createRawChunk("DATA")->chunk}, deep = deep_cat();
+    bodiless->chunkSize = 1;
+    const auto fails = [&](const std::string& name, const tree_ptr& from, const std::string& report) {
+        const auto before = contents();
+        EXPECT_EQ(reports_of([&] { EXPECT_EQ(IFF_write(name.c_str(), from.get(), nullptr, 0), 0); }), report);
+        EXPECT_EQ(contents(), before) << name << report;
+    };
     EXPECT_EQ(reports_of([&] { EXPECT_EQ(IFF_read(missing.c_str(), nullptr, 0), nullptr); }),
               "ERROR: cannot open file: " + missing + "\n");
-    const tree_ptr tree = read(sound());
-    EXPECT_EQ(reports_of([&] { EXPECT_EQ(IFF_write(missing.c_str(), tree.get(), nullptr, 0), 0); }),
-              "ERROR: cannot open file: " + missing + "\n");
+    fails(missing, tree, "ERROR: cannot open file: " + missing + "\n");
     // Small enough for the stream's buffer, so that only closing it meets the full disk.
-    EXPECT_EQ(reports_of([&] { EXPECT_EQ(IFF_write("/dev/full", tree.get(), nullptr, 0), 0); }),
-              "ERROR: cannot write file: /dev/full\n");
+    fails("/dev/full", tree, "ERROR: cannot write file: /dev/full\n");
 
-    const std::string name = testing::TempDir() + "iff_files_test.iff";
-    ASSERT_EQ(IFF_write(name.c_str(), tree.get(), nullptr, 0), 1);
-    const tree_ptr again{IFF_read(name.c_str(), nullptr, 0)};
-    ASSERT_TRUE(again);
-    EXPECT_EQ(IFF_compare(tree.get(), again.get(), nullptr, 0), 1);
-
-    // A tree that cannot be written whole leaves no part of itself, and a device where it is.
-    const tree_ptr bodiless{&IFF_createRawChunk("DATA")->chunk};
-    bodiless->chunkSize = 1;
-    const std::string link = name + ".link";
-    ASSERT_EQ(symlink("/dev/null", link.c_str()), 0);
-    for (const std::string& target : {name, link}) {
-        EXPECT_EQ(reports_of([&] { EXPECT_EQ(IFF_write(target.c_str(), bodiless.get(), nullptr, 0), 0); }),
-                  "Error writing raw chunk body of chunk 'DATA'\n");
+    rlimit usual;
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &usual), 0);
+    const rlimit full = {100, usual.rlim_max};
+    signal(SIGXFSZ, SIG_IGN);
+    for (const std::string& name :
+         {folder + "good", folder + "link", folder + "dangling", folder + "fresh"}) {
+        fails(name, bodiless, "Error writing raw chunk body of chunk 'DATA'\n");
+        fails(name, deep, "Groups are nested more than 256 levels deep!\n");
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
+        fails(name, tree, "ERROR: cannot write file: " + name + "\n");
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &usual), 0);
     }
-    EXPECT_NE(access(name.c_str(), F_OK), 0);
-    EXPECT_EQ(remove(link.c_str()), 0);
+    // A disk that fills up later, here in bytes that the file has already, leaves no part of a file.
+    const std::string link = folder + "link";
+    EXPECT_EQ(IFF_write(link.c_str(), read(album()).get(), nullptr, 0), 1);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
+    reports_of([&] { EXPECT_EQ(IFF_write(link.c_str(), tree.get(), nullptr, 0), 0); });
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &usual), 0);
+    EXPECT_EQ(contents().size(), 4u);
+
+    EXPECT_EQ(IFF_write(link.c_str(), read(album()).get(), nullptr, 0), 1); // the longer one
+    for (const std::string& name : {folder + "null", folder + "link", folder + "dangling", folder + "fresh"})
+        EXPECT_EQ(IFF_write(name.c_str(), tree.get(), nullptr, 0), 1);
+    auto left = contents();
+    for (const std::string name : {"good", "new", "fresh"})
+        EXPECT_TRUE(left[name] == sound()) << name;
+    EXPECT_EQ(left.size(), 7u);
+    const tree_ptr again{IFF_read(link.c_str(), nullptr, 0)};
+    EXPECT_TRUE(again && IFF_compare(tree.get(), again.get(), nullptr, 0));
+    fs::remove_all(folder);
 }
 
 TEST(iff_files, print_as_an_indented_tree) {

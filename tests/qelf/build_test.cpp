@@ -21,6 +21,35 @@ lone<QELF_TriangleMesh> full_mesh() {
     return mesh;
 }
 
+// A scene with everything in it made and nothing set.
+struct scene_parts {
+    IFF_List* list = IFF_createList("QELF");
+    tree_ptr tree{&list->group.chunk, {table}};
+    IFF_Form *form = IFF_createForm("QELF"), *other = IFF_createForm("ELSE");
+    IFF_RawChunk* foreign = IFF_createRawChunk("SGRP"); // no scene group there
+    QELF_SceneHeader* header = QELF_createSceneHeader();
+    QELF_Texture* texture = QELF_createTexture();
+    QELF_SceneGroup *outer = QELF_createSceneGroup(4), *inner = QELF_createSceneGroup(1);
+    QELF_TriangleMesh* mesh = QELF_createTriangleMesh(3, 1, 1, 1, 0, 0, 1);
+    QELF_TriangleMesh* empty = QELF_createTriangleMesh(0, 0, 0, 1, 1, 1, 2);
+    QELF_Light* light = QELF_createLight();
+    QELF_Animation* animation = QELF_createAnimation(2, 30);
+
+    scene_parts() {
+        IFF_Prop* const prop = IFF_createProp("QELF");
+        IFF_addToProp(prop, &texture->chunk);
+        IFF_addPropToList(list, prop);
+        IFF_addToList(list, &form->chunk);
+        IFF_addToForm(other, &foreign->chunk);
+        for (IFF_Chunk* chunk : {&header->chunk, &outer->chunk, &other->chunk, &animation->chunk})
+            IFF_addToForm(form, chunk);
+        QELF_allocateTrimeshBuffers(mesh);
+        for (const auto& [index, type, content] :
+             {std::tuple<uint32_t, uint8_t, void*>{0, 1, inner}, {1, 2, mesh}, {2, 2, empty}, {3, 3, light}})
+            QELF_addNodeToGroup(outer, index, QELF_createNode(type, content));
+    }
+};
+
 } // namespace
 
 TEST(qelf_build, replaced_values_leave_the_size_of_the_new_ones) {
@@ -75,6 +104,7 @@ TEST(qelf_build, mesh_data_must_fit_and_is_copied) {
     });
     EXPECT_EQ(reported.size(), 17 * strlen("'TMSH': data does not fit the counts and flags!\n"));
     EXPECT_EQ(mesh->chunk.chunkSize, full);
+    EXPECT_TRUE(QELF_allocateTrimeshBuffers(mesh.get())); // what is there stays
     EXPECT_EQ(mesh->vertexData->data[1], 2);
     EXPECT_TRUE(QELF_setVertexData(mesh.get(), bytes, 24));
     EXPECT_EQ(mesh->chunk.chunkSize, full);
@@ -119,25 +149,82 @@ TEST(qelf_build, places_are_taken_once_and_counts_are_positive) {
               "");
 }
 
-TEST(qelf_build, what_could_not_be_read_back_is_not_written) {
-    const stream_ptr file{tmpfile()};
-    const lone<QELF_TriangleMesh> mesh = full_mesh();
-    const lone<QELF_SceneGroup> group{QELF_createSceneGroup(1)};
-    QELF_Node unknown = {};
-    unknown.nodeType = 9;
-    EXPECT_EQ(output_of([&] { QELF_printNode(&unknown, 1); }), "  nodeType = UNKNOWN\n");
-    EXPECT_FALSE(QELF_compareNode(&unknown, &unknown));
-    EXPECT_EQ(reports_of([&] {
-                  EXPECT_FALSE(QELF_writeNode(file.get(), &unknown));
-                  EXPECT_FALSE(QELF_writeSceneGroup(file.get(), group.get()));
-                  EXPECT_FALSE(QELF_writeTriangleMesh(file.get(), mesh.get()));
-                  EXPECT_TRUE(QELF_setMaterial(mesh.get(), 0, QELF_createMaterial()) &&
-                              QELF_setMaterial(mesh.get(), 1, QELF_createMaterial()));
-                  EXPECT_TRUE(QELF_writeTriangleMesh(file.get(), mesh.get()));
-                  mesh->nfaces = 2;
-                  EXPECT_FALSE(QELF_writeTriangleMesh(file.get(), mesh.get()));
-              }),
-              "'SGRP': a node is missing!\n'TMSH': a material is missing!\n'TMSH': data is missing!\n");
+TEST(qelf_build, what_is_written_is_read_back_whole_and_the_rest_is_refused) {
+    const uint8_t bytes[36] = {1, 2, 3};
+    const std::string no_data = "'TMSH': data is missing!\n";
+    // What may be set, and what is reported where it is not: nothing where the file has it empty.
+    const struct {
+        std::function<void(scene_parts&)> set;
+        std::string missing = "";
+    } steps[] = {
+        {[](auto& s) { QELF_setGroupName(s.outer, "dial"); }},
+        {[](auto& s) { QELF_setGroupName(s.inner, "arm"); }},
+        {[](auto& s) { QELF_setLightName(s.light, "sun"); }},
+        {[](auto& s) { QELF_setTextureName(s.texture, "wood"); }},
+        {[](auto& s) { QELF_setTexturePath(s.texture, "a.png"); }},
+        {[](auto& s) { QELF_setAnimationName(s.animation, "walk"); }},
+        {[](auto& s) { QELF_setAnimationChannelNodeNameAndType(s.animation, 1, "arm", 7); }},
+        {[](auto& s) { QELF_allocateAnimationChannelKeyBuffer(s.animation, 0, 3); }},
+        {[](auto& s) { QELF_allocateTrimeshBuffers(s.empty); }},
+        {[&](auto& s) {
+            if (s.empty->indexData) QELF_setIndexData(s.empty, bytes, 0);
+        }},
+        {[&](auto& s) { QELF_setVertexData(s.mesh, bytes, 36); }, no_data},
+        {[&](auto& s) { QELF_setNormalData(s.mesh, bytes, 36); }, no_data},
+        {[&](auto& s) { QELF_setTexcoordData(s.mesh, 0, bytes, 24); }, no_data},
+        {[&](auto& s) { QELF_setIndexData(s.mesh, bytes, 12); }, no_data},
+        {[](auto& s) { QELF_setMaterial(s.mesh, 0, QELF_createMaterial()); },
+         "'TMSH': a material is missing!\n"},
+        {[](auto& s) { QELF_addNodeToGroup(s.inner, 0, QELF_createNode(3, QELF_createLight())); },
+         "'SGRP': a node is missing!\n"},
+    };
+    const auto build = [&](size_t first_left_out, size_t count) {
+        scene_parts s;
+        s.header->versionMajor = 2;
+        for (size_t i = 0; i < std::size(steps); i++) {
+            if (i < first_left_out || i >= first_left_out + count) steps[i].set(s);
+        }
+        return s;
+    };
+    const auto expect_written = [](const scene_parts& s, const std::string& missing) {
+        const stream_ptr file{tmpfile()};
+        const bool good = missing.empty();
+        EXPECT_EQ(reports_of([&] { EXPECT_EQ(QELF_writeFd(file.get(), s.tree.get()), good); }),
+                  good ? "" : missing + "Error writing chunk!\nError writing chunk!\n");
+        EXPECT_EQ(ftell(file.get()) > 0, good);
+        rewind(file.get());
+        const tree_ptr back{good ? QELF_readFd(file.get()) : nullptr, {table}};
+        EXPECT_TRUE(!good || (QELF_check(back.get()) && QELF_compare(s.tree.get(), back.get()))) << missing;
+    };
+    for (size_t i = 0; i < std::size(steps); i++)
+        expect_written(build(i, 1), steps[i].missing);
+    expect_told([&] {
+        const scene_parts s = [&] {
+            const shortage plenty(LONG_MAX);
+            return build(0, 10);
+        }();
+        const stream_ptr file{tmpfile()};
+        return QELF_writeFd(file.get(), s.tree.get()) != 0;
+    });
+
+    const scene_parts s = build(0, 0);
+    QELF_Node& node = *s.outer->nodes[3];
+    void* const content = std::exchange(node.content, nullptr);
+    expect_written(s, "'NODE': the content is missing!\n");
+    node = {node.chunk, 9, content};
+    expect_written(s, "'NODE': unknown type!\n");
+    EXPECT_EQ(output_of([&] { QELF_printNode(&node, 1); }), "  nodeType = UNKNOWN\n");
+    EXPECT_FALSE(QELF_compareNode(&node, &node));
+    node.nodeType = QELF_NODE_LIGHT;
+    s.mesh->nfaces = 2;
+    expect_written(s, no_data);
+
+    // Sizes around what is written are made right as well, when there are such.
+    const scene_parts part = build(0, 10);
+    EXPECT_TRUE(QELF_writeFd(stream_ptr{tmpfile()}.get(), &part.form->chunk) && QELF_check(part.tree.get()));
+    part.foreign->chunk.chunkSize = INT32_MAX;
+    EXPECT_EQ(reports_of([&] { EXPECT_FALSE(QELF_writeFd(stdout, part.tree.get())); }),
+              "'FORM': its chunks exceed 32 bits!\n");
 }
 
 TEST(qelf_build, a_full_disk_is_reported_with_the_field) {
@@ -171,7 +258,7 @@ TEST(qelf_build, every_failed_allocation_is_told_and_loses_nothing) {
     expect_told([] {
         lone<QELF_TriangleMesh> mesh{QELF_createTriangleMesh(2, 0, 1, 1, 1, 1, 2)};
         if (!mesh) return false;
-        if (!QELF_allocateTrimeshBuffers(mesh.get())) {
+        if (!QELF_allocateTrimeshBuffers(mesh.get()) || !QELF_allocateTrimeshBuffers(mesh.get())) {
             static_cast<void>(mesh.release()); // it is gone
             return false;
         }
