@@ -14,7 +14,7 @@ help:
 	@echo 'make test          build, run all tests, natively and with sanitizers, and fuzz for some seconds'
 	@echo 'make test-targets  the same for i386 and ARMv7'
 	@echo 'make               build into build/release'
-	@echo 'make lint          clang-tidy over all sources'
+	@echo 'make lint          clang-tidy over what is built for users, and the benchmarks; make lint-all over all sources'
 	@echo 'make format        clang-format over all sources'
 	@echo 'make bench         build and run the benchmarks'
 	@echo 'make bench-peers   the same for other loaders and viewers, side by side'
@@ -56,8 +56,11 @@ test: deps
 test-targets: deps-targets
 	@set -e; for preset in $(TARGETS); do $(MAKE) --no-print-directory test-$$preset; done
 
-lint: build
+.PHONY: lint-all
+lint: deps
 	@scripts/lint.sh
+lint-all: deps
+	@scripts/lint.sh --all
 
 format: deps
 	@scripts/format.sh

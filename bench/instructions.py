@@ -3,10 +3,12 @@
 
   instructions.py --program build/release/bin/workload --compiler TEXT [--update] bench/instructions.txt
   instructions.py --program build/release/bin/workload --ratios
+  instructions.py --program build/release/bin/workload --chosen
 
 Counted are the instructions of our own program and plug-in: those of libc, libm and the host differ from
 machine to machine. They depend on the compiler, so another one than the recorded makes the check skip itself.
 --ratios counts everything, and prints what a frame and a dirty check cost beside the least they could.
+--chosen counts everything, too: what files can be made to hold must not cost much more than the same of the ordinary.
 """
 import argparse
 import os
@@ -17,6 +19,7 @@ import sys
 import tempfile
 
 TOLERANCE = 0.05
+MOST_CHOSEN = 1.5
 SKIPPED = 77
 OURS = ("workload", "libmodel3d.so")
 
@@ -102,12 +105,23 @@ def ratios(program):
           f"dirty / lookups {counts['dirty'] / counts['lookups']:.2f}")
 
 
+def chosen(program):
+    failed = 0
+    for made, ordinary, size in (("colliding-materials", "materials", 10), ("colliding-keys", "keys", 10),
+                                 ("same-library", "libraries", 8)):
+        counts = [sum(count(program, f"{name} {size}").values()) for name in (made, ordinary)]
+        failed += counts[0] > MOST_CHOSEN * counts[1]
+        print(f"{made} / {ordinary}: {counts[0]} / {counts[1]} = {counts[0] / counts[1]:.2f}")
+    return 1 if failed else 0
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--program", required=True)
     parser.add_argument("--compiler", default="")
     parser.add_argument("--update", action="store_true")
     parser.add_argument("--ratios", action="store_true")
+    parser.add_argument("--chosen", action="store_true")
     parser.add_argument("recorded", nargs="?")
     arguments = parser.parse_args()
     if not shutil.which("valgrind"):
@@ -115,6 +129,8 @@ def main():
         return SKIPPED
     if arguments.ratios:
         return ratios(arguments.program)
+    if arguments.chosen:
+        return chosen(arguments.program)
     if arguments.update:
         return update(arguments.recorded, arguments.program, arguments.compiler)
     return check(arguments.recorded, arguments.program, arguments.compiler)

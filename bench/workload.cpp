@@ -6,11 +6,21 @@
 //   lines        the same and their lines in the host's log
 //   dirty        check SIZE groups whose nine values each are bound and unchanged
 //   lookups      find those values in the host's data manager
+//   materials, colliding-materials
+//                load a model that defines and uses 2^SIZE materials, whose names are ordinary or have one
+//                hash
+//   keys, colliding-keys
+//                set and find 2^SIZE such keys in a string map and in the data manager of the host
+//   libraries, same-library
+//                load a model that names a library of 2^SIZE materials, and as often one that is not there,
+//                or the same once more
 
+#include "colliding_names.h"
 #include "loaders/group_qel.h"
 #include "models.h"
 #include "shown.h"
 
+#include <fstream>
 #include <functional>
 
 namespace {
@@ -23,6 +33,50 @@ void load(loader load_file, const std::string& path) {
     scene s;
     measured([&] { load_model(load_file, &s, path); });
     scene_free(&s);
+}
+
+void load_texts(const std::string& model, const std::string& library) {
+    const folder files;
+    const std::string path = files.path + "/model.obj";
+    std::ofstream(path) << model;
+    std::ofstream(files.path + "/library.mtl") << library;
+    load(group_loadobj, path);
+}
+
+void use_materials(int size, bool colliding) {
+    std::string model = "mtllib library.mtl\n", library;
+    for (const std::string& name : make_names(size, one_at_a_time_step, 0, colliding)) {
+        library += "newmtl " + name + "\n";
+        model += "usemtl " + name + "\n";
+    }
+    load_texts(model, library);
+}
+
+void use_keys(int size, bool colliding) {
+    const std::vector<std::string> keys = make_names(size, fnv_1a_step, 2166136261u, colliding);
+    kora_app* const app = kora_app_create();
+    measured([&] {
+        kor_string_map* const map = kor_string_map_create(0);
+        for (const std::string& key : keys) {
+            kor_string_map_set(map, key.c_str(), app);
+            kora_app_set_data(app, key.c_str(), 1);
+        }
+        data_manager* const data = kora_app_record(app)->services->data;
+        for (const std::string& key : keys) {
+            if (!kor_string_map_get(map, key.c_str()) || !data->get(data, key.c_str(), 0)) abort();
+        }
+        kor_string_map_destroy(map, nullptr, nullptr);
+    });
+    kora_app_destroy(app);
+}
+
+void name_libraries(int size, const std::string& other) {
+    std::string model = "mtllib library.mtl\n", library;
+    for (int i = 0; i < 1 << size; i++) {
+        library += "newmtl material " + std::to_string(i) + "\n";
+        model += "mtllib " + other + "\n";
+    }
+    load_texts(model, library);
 }
 
 } // namespace
@@ -51,8 +105,14 @@ int main(int argc, char** argv) {
     } else if (name == "lookups") {
         const bound_groups groups(size);
         measured([&] { groups.look_up(); });
+    } else if (name == "materials" || name == "colliding-materials") {
+        use_materials(size, name != "materials");
+    } else if (name == "keys" || name == "colliding-keys") {
+        use_keys(size, name != "keys");
+    } else if (name == "libraries" || name == "same-library") {
+        name_libraries(size, name == "libraries" ? "missing.mtl" : "library.mtl");
     } else {
-        fprintf(stderr, "usage: %s obj|scene|frame|calls|lines|dirty|lookups SIZE\n", argv[0]);
+        fprintf(stderr, "usage: %s WORKLOAD SIZE\n", argv[0]);
         return 2;
     }
     return 0;

@@ -3,14 +3,12 @@
 #include "base/heap.h"
 #include "loaders/digits.h"
 #include "loaders/flarray.h"
-#include "loaders/hashtable.h"
 #include "loaders/line_reader.h"
 #include "loaders/material_library.h"
 #include "loaders/path.h"
 #include "loaders/scan_float.h"
 #include "scene/bindings.h"
 #include "scene/export.h"
-#include "scene/material.h"
 #include "scene/trimesh.h"
 
 #include <cmath>
@@ -34,7 +32,7 @@ struct obj_loader {
     render_context* context;
     const char* directory; // of the file, as it was named
     trimesh* mesh;         // belongs to the scene
-    hashtable materials;
+    material_table materials;
     flarray positions; // x, y, z
     flarray normals;   // x, y, z
     flarray texcoords; // u, 1 - v: the format counts v upwards, images have their first row on top
@@ -61,7 +59,7 @@ bool read_library(obj_loader* loader, const char* name) {
 }
 
 bool use_material(obj_loader* loader, const char* name) {
-    auto* named = static_cast<material*>(hashtable_get(&loader->materials, name));
+    material* const named = material_table_find(&loader->materials, name);
     if (!named) return true;
     auto* copy = heap_array<material>(1);
     if (!copy) return false;
@@ -285,7 +283,6 @@ bool handle_line(obj_loader* loader, const char* line) {
 
 // Reads the whole file into the scene's mesh. False when memory ran out.
 bool read_model(obj_loader* loader, line_reader* reader) {
-    hashtable_create(&loader->materials, 8);
     bool ok = flarray_create(&loader->positions) & flarray_create(&loader->normals) &
               flarray_create(&loader->texcoords);
     while (ok) {
@@ -293,7 +290,7 @@ bool read_model(obj_loader* loader, line_reader* reader) {
         if (!line) break;
         ok = handle_line(loader, line);
     }
-    hashtable_free(&loader->materials, freematerial);
+    material_table_free(&loader->materials);
     flarray_free(&loader->texcoords);
     flarray_free(&loader->normals);
     flarray_free(&loader->positions);

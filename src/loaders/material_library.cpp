@@ -4,7 +4,8 @@
 #include "loaders/line_reader.h"
 #include "loaders/path.h"
 #include "loaders/scan_float.h"
-#include "scene/material.h"
+
+#include <unistd.h>
 
 namespace {
 
@@ -26,22 +27,13 @@ constexpr number_line number_lines[] = {
 };
 
 // Null when memory ran out.
-material* add_material(hashtable* materials, const char* name) {
+material* add_material(material_table* materials, const char* name) {
     auto* m = heap_array<material>(1);
     if (!m) return nullptr;
     material_create(m, name);
-    if (!m->name) {
-        material_free(m);
-        return nullptr;
-    }
-    auto* replaced = static_cast<material*>(hashtable_get(materials, name));
-    hashtable_set(materials, name, m);
-    if (hashtable_get(materials, name) != m) {
-        material_free(m);
-        return nullptr;
-    }
-    if (replaced) material_free(replaced);
-    return m;
+    if (m->name && material_table_define(materials, m)) return m;
+    material_free(m);
+    return nullptr;
 }
 
 enum class map_result { set, none, no_record };
@@ -61,7 +53,12 @@ map_result set_diffuse_map(material* m, const char* directory, const char* name)
 
 } // namespace
 
-bool read_material_library(int fd, const char* directory, hashtable* materials) {
+bool read_material_library(int fd, const char* directory, material_table* materials) {
+    const library_use use = material_table_name_library(materials, fd);
+    if (use != library_use::is_new) {
+        close(fd);
+        return use == library_use::is_known;
+    }
     line_reader reader;
     if (!line_reader_create(&reader, fd, backslash_plain)) return false;
     material* current = nullptr;

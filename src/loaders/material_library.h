@@ -2,12 +2,12 @@
 #ifndef LOADERS_MATERIAL_LIBRARY_H
 #define LOADERS_MATERIAL_LIBRARY_H
 
-#include "loaders/hashtable.h"
+#include "loaders/material_table.h"
 
-// Reads a library into a table of materials by name; a later material replaces an earlier one of its
-// name. Takes the file over. Textures are named relative to `directory`. False when memory ran out: a
-// material or texture record that could not be had ended the reading, a texture name cost its texture.
-bool read_material_library(int fd, const char* directory, hashtable* materials);
+// Reads a library into the table of materials. Takes the file over. Textures are named relative to
+// `directory`. False when memory ran out: a material or texture record that could not be had ended the
+// reading, a texture name cost its texture.
+bool read_material_library(int fd, const char* directory, material_table* materials);
 
 // The text behind a keyword of six letters and one more character; empty on a line that ends before it.
 inline const char* keyword_rest(const char* line) {

@@ -225,19 +225,24 @@ TEST(Loader, ReadsMaterialLibraries) {
 TEST(Loader, AsksTheHostForPaths) {
     const temp_folder folder;
     folder.write("lib.mtl", "newmtl a\n");
-    folder.write("dir lib.mtl", "newmtl b\n");
+    folder.write("dir lib.mtl", "newmtl b\nnewmtl a\nNs 2\n");
     const std::string text =
         "mtllib lib.mtl\nmtllib dir\\lib.mtl\nmtllib\nmtllib none.mtl  \nmtllib_x\nMtllib y\n"
-        "usemtl b\nusemtl nothing\nusemtl a\n";
+        "usemtl b\nusemtl nothing\nusemtl a\nmtllib lib.mtl\nusemtl a\nusemtl b\n";
     const std::string file = folder.write("model.obj", text);
     using names = std::vector<std::string>;
     {
         const loaded_model model(file);
         const std::string d = folder.path + "/";
-        EXPECT_EQ(model.asked, (names{file, d + "lib.mtl", d + "dir lib.mtl", d, d + "none.mtl", d + "x"}));
-        ASSERT_EQ(model.mesh().nmaterials, 2);
-        EXPECT_STREQ(model.mesh().materials[0].material->name, "b");
-        EXPECT_STREQ(model.mesh().materials[1].material->name, "a");
+        EXPECT_EQ(model.asked,
+                  (names{file, d + "lib.mtl", d + "dir lib.mtl", d, d + "none.mtl", d + "x", d + "lib.mtl"}));
+        // The library named last goes before the others, even when it was read before.
+        const std::pair<const char*, float> used[] = {{"b", 0.0f}, {"a", 2.0f}, {"a", 0.0f}, {"b", 0.0f}};
+        ASSERT_EQ(model.mesh().nmaterials, 4);
+        for (int i = 0; i < 4; i++) {
+            EXPECT_STREQ(model.mesh().materials[i].material->name, used[i].first);
+            EXPECT_EQ(model.mesh().materials[i].material->spec_exp, used[i].second);
+        }
         EXPECT_STREQ(model.mesh().name, file.c_str());
         EXPECT_EQ(model.root.root.name, nullptr);
     }
@@ -246,9 +251,9 @@ TEST(Loader, AsksTheHostForPaths) {
     std::filesystem::current_path(folder.path);
     const loaded_model model("model.obj");
     std::filesystem::current_path(before);
-    EXPECT_EQ(model.asked,
-              (names{"model.obj", ".//lib.mtl", ".//dir lib.mtl", ".//", ".//none.mtl", ".//x"}));
-    EXPECT_EQ(model.mesh().nmaterials, 2);
+    EXPECT_EQ(model.asked, (names{"model.obj", ".//lib.mtl", ".//dir lib.mtl", ".//", ".//none.mtl", ".//x",
+                                  ".//lib.mtl"}));
+    EXPECT_EQ(model.mesh().nmaterials, 4);
 }
 
 TEST(Loader, TakesWhatOpensAndFailsOtherwise) {

@@ -101,7 +101,8 @@ class frames : public plugin_test {
 TEST_F(frames, of_an_obj_model_with_library_and_texture) {
     write_three_triangles();
     host().images[".//tex.png"] = {2, 2, 4, 2, 4, 0, std::vector<uint8_t>(32, 9)}; // half of its buffer
-    write("tri.obj", "mtllib tri.mtl\nv 0 0 0\nv 2 0 0\nv 0 1 0\nvt 0 1\nvt 1 1\n"
+    write("more.mtl", "newmtl 1\nnewmtl 2\nnewmtl 3\nnewmtl 4\nnewmtl 5\nnewmtl 6\nnewmtl red\nNs 2\n");
+    write("tri.obj", "mtllib more.mtl\nmtllib tri.mtl\nv 0 0 0\nv 2 0 0\nv 0 1 0\nvt 0 1\nvt 1 1\n"
                      "usemtl picture\nf 1/1 2/2 3/1\nusemtl red\nf 1 3 2\nusemtl picture\nf 2/2 3/1 1/1\n");
     try_every_shortage("tri.obj");
 }
