@@ -20,6 +20,7 @@ int run_print(const std::string& file) {
 namespace {
 
 struct command_line {
+    static constexpr exit_code no_answer = exit_usage; // not that of an invalid or different file
     CLI::App app{"Prints, checks, compares, describes and converts scene files (.qel)."};
     std::string a, b;
     bool as_json = false, weld = false;
@@ -29,8 +30,8 @@ struct command_line {
         app.set_version_flag("--version", "qelf " MODEL3D_VERSION);
         app.require_subcommand(1);
         app.footer("Exit codes: 0 done, valid or equal; 1 unreadable, not valid or different; 2 wrong usage, "
-                   "or a file\n"
-                   "that cannot be opened.\n\nExample:\n  qelf convert gauge.obj gauge.qel");
+                   "or no answer:\na file that cannot be opened, or memory is short.\n\nExample:\n  qelf "
+                   "convert gauge.obj gauge.qel");
         add("print", "Print everything in a scene file, but for the mesh arrays", "qelf print gauge.qel");
         CLI::App* check =
             add("check", "Check the container and the scene; every finding is a line on standard error",
