@@ -68,10 +68,10 @@ TEST_F(tools, do_not_blame_the_file_for_short_memory) {
     std::ofstream("m.obj") << "mtllib m.obj\nnewmtl a\nmap_Kd a.png\nv 0 0 0\nv 1 0 0\nv 0 1 0\nv 0 0 1\n"
                               "usemtl a\nf 1 2 3\nf 1 3 4\n";
     const std::string scene = ASSETS "/robot/robot.qel";
-    const std::function<int()> commands[] = {
-        [&] { return run_check(scene, false); }, [&] { return run_compare(scene, scene); },
-        [&] { return run_convert(scene, "out.qel", true); },
-        [&] { return run_convert("m.obj", "out.qel", true); }};
+    const std::function<int()> commands[] = {[&] { return run_check(scene, false); },
+                                             [&] { return run_compare(scene, scene); },
+                                             [&] { return run_convert(scene, "out.qel", true); },
+                                             [&] { return run_convert("m.obj", "out.qel", true); }};
     for (const auto& command : commands) {
         EXPECT_EQ(cause_of(command), "");
         const std::string whole = file_text("out.qel");
