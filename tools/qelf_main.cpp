@@ -46,7 +46,10 @@ struct command_line {
         info->add_flag("--json", as_json, "Print one JSON object. Numbers that are not finite are null");
         CLI::App* convert = add("convert", "Make a scene file from an .obj model, or write a .qel file anew",
                                 "qelf convert gauge.obj gauge.qel --weld");
-        convert->add_option("OUT", b, "The scene file to write; texture paths become relative to its folder")
+        convert
+            ->add_option(
+                "OUT", b,
+                "The scene file to write, - is standard output; texture paths become relative to its folder")
             ->required()
             ->type_name("OUT.qel");
         convert->add_flag("--weld", weld, "Merge vertices that are the same in everything");
