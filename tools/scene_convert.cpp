@@ -30,7 +30,9 @@ using owned_tree = std::unique_ptr<IFF_Chunk, free_tree>;
 
 // Takes a chunk over into a form.
 template <class Record> void add_chunk(IFF_Form* form, Record* record) {
-    if (!record || !IFF_addToForm(form, &record->chunk)) no_memory();
+    if (record && IFF_addToForm(form, &record->chunk)) return;
+    if (record) IFF_freeChunk(&record->chunk, form->groupType, QELF_formExtensions, 1);
+    no_memory();
 }
 
 // One path for each file; what cannot be looked up, such as too long a name, is taken as it is written.

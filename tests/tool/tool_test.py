@@ -199,10 +199,9 @@ class ToolTest(unittest.TestCase):
             finally:
                 reader.kill()
         with open("/dev/full", "wb") as full:
-            for args in (["render", "-o", "-", *VIEW], ["info", "--json"], ["info"], ["attributes"], ["--help"],
-                         ["--version"]):
-                file = ["quad.obj"] if args[0] in ("render", "info") else []
-                code = subprocess.call([TOOL, *args, *file], cwd=self.folder, stdout=full, stderr=subprocess.DEVNULL)
+            for args in (["render", "quad.obj", "-o", "-", *VIEW], ["info", "quad.obj", "--json"], ["info", "quad.obj"],
+                         ["attributes"], ["--help"], ["--version"]):
+                code = subprocess.call([TOOL, *args], cwd=self.folder, stdout=full, stderr=subprocess.DEVNULL)
                 self.assertEqual(code, 1, args)
         self.assertIn("no triangles", self.run_tool("render", "points.obj", "-o", "out.png", *VIEW)[1])
         self.assertEqual(set(os.listdir(self.folder)), before | {"out.png", "link.png", "pipe"})
