@@ -109,6 +109,7 @@ def scenes():
     yield "everything", everything
     yield "empty", scene()
     yield "mesh", scene((2, BARE_MESH))
+    yield "twins", scene((2, mesh(8, (0, 1, 2, 5, 6, 7))))
     yield "smooth", scene((2, mesh(3, (0, 1, 2, 2, 1, 0), (), (1, 0, 0, 1))))
     yield "light", scene((3, light(b"lamp", 2)))
     yield "deep", scene((1, deep))

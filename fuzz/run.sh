@@ -10,7 +10,8 @@ set -eu
 folder=$1 seconds=$2
 shift 2
 cd "$(dirname "$0")/.."
-[ $# -gt 0 ] || set -- obj iff qelf scene round_trip picture
+# shellcheck disable=SC2046
+[ $# -gt 0 ] || set -- $(cd "$folder/bin" && ls fuzz_* | sed 's/^fuzz_//')
 # Freed memory that is held back is not the target's.
 export ASAN_OPTIONS=allocator_may_return_null=1:quarantine_size_mb=16
 limits="-max_len=8192 -rss_limit_mb=256 -malloc_limit_mb=64 -timeout=10 -max_total_time=$seconds"

@@ -142,6 +142,11 @@ void kora_app_set_missing_callback(kora_app* app, kora_missing_callback callback
     app->resources.paths.missing_user = user;
 }
 
+void kora_app_set_found_callback(kora_app* app, kora_found_callback callback, void* user) {
+    app->resources.paths.found = callback;
+    app->resources.paths.found_user = user;
+}
+
 int kora_app_set_data(kora_app* app, const char* key, float value) {
     return attempt(*app, 0, [&] {
         if (!key) {

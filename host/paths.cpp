@@ -42,7 +42,9 @@ std::string path_finder::resolve(const char* kind, const char* name) const {
     std::vector<const char*> reasons;
     for (const std::string& path : paths) {
         reasons.push_back(unreadable_reason(path.c_str()));
-        if (!reasons.back()) return path;
+        if (reasons.back()) continue;
+        if (found) found(path.c_str(), found_user);
+        return path;
     }
     for (size_t i = 0; i < paths.size(); ++i)
         tell_missing(kind, name, paths[i].c_str(), reasons[i]);

@@ -92,6 +92,7 @@ Example:
   model3d render gauge.obj -o gauge.png --size 800x600 --set shading_model=blinn-phong --set azimuth=30)";
 
 struct command_line {
+    static constexpr exit_code no_answer = exit_failed;
     CLI::App app{"Draws and inspects models for the model3d render extension, without a display."};
     CLI::App* render = nullptr;
     CLI::App* info = nullptr;

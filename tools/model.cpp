@@ -4,10 +4,8 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
+#include "input_file.h"
 #include "loaders/group_obj.h"
 #include "loaders/group_qel.h"
 #include "scene/no_gl.h"
@@ -20,11 +18,8 @@ void push_once(std::vector<std::string>& list, const char* text) {
 
 // The plug-in only says that a model could not be loaded: find the cause beforehand. Returns the format.
 const char* check_file(const std::string& file) {
-    const auto fail = [&](const std::string& cause) { throw failure(exit_failed, file + ": " + cause); };
-    struct stat status {};
-    if (stat(file.c_str(), &status) != 0) fail(strerror(errno));
-    if (S_ISDIR(status.st_mode)) fail("is a directory, not a model");
-    if (!S_ISREG(status.st_mode)) fail("is not a regular file");
+    const open_file stream = open_input(file, "a model", exit_failed);
+    const auto fail = [&](const char* cause) { throw failure(exit_failed, file + ": " + cause); };
 
     // Formats go by the last four characters of the whole name, folder and all.
     std::string ending = file.size() < 4 ? "" : file.substr(file.size() - 4);
@@ -33,10 +28,7 @@ const char* check_file(const std::string& file) {
     }
     if (ending != ".obj" && ending != ".qel") fail("unsupported format; supported: .obj, .qel");
 
-    const int descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) fail(strerror(errno));
-    close(descriptor);
-    if (status.st_size == 0) fail("the file is empty");
+    if (fgetc(stream.get()) == EOF) fail(ferror(stream.get()) ? strerror(errno) : "the file is empty");
     return ending == ".obj" ? "obj" : "qel";
 }
 
@@ -51,11 +43,16 @@ model::model(const host_app& host, const std::string& file) : file_(file), forma
     control.app = kora_app_record(host.get());
     render_context context{nullptr, &control};
     const bool obj = strcmp(format_, "obj") == 0;
+    const int incomplete_before = incomplete_loads;
+    errno = 0;
     if (!(obj ? group_loadobj : group_loadqel)(&scene_, file.c_str(), &context)) {
-        throw failure(exit_failed, file + (obj ? ": could not be loaded (unreadable, or memory is short)"
-                                               : ": could not be loaded (see qelf check)"));
+        throw failure(exit_failed, file + ": could not be loaded (" +
+                                       (errno == ENOMEM ? "memory is short"
+                                        : obj           ? "unreadable, or memory is short"
+                                                        : "see qelf check") +
+                                       ")");
     }
-    if (incomplete_loads > 0) {
+    if (incomplete_loads > incomplete_before) {
         scene_free(&scene_);
         throw failure(exit_failed, file + ": could not be loaded whole (memory is short)");
     }
@@ -104,7 +101,9 @@ void model::for_each_texture(const std::function<void(texture&)>& use) {
 void model::compute_normals() {
     // The tree is this model's own; only its readers see it as constant.
     for (const trimesh* mesh : meshes_) {
-        trimesh_calculatenormals(const_cast<trimesh*>(mesh));
+        if (!trimesh_calculatenormals(const_cast<trimesh*>(mesh))) {
+            throw failure(exit_failed, file_ + ": normals could not be computed (memory is short)");
+        }
     }
 }
 

@@ -47,7 +47,8 @@ class model {
     model_counts counts() const;
 
     // For making a scene file of it: calls `use` for every texture in tree order, as often as it is used;
-    // computes the normals that the file lacks; exports the tree, or gives null without memory.
+    // computes the normals that the file lacks, or throws a failure without memory; exports the tree, or
+    // gives null without memory.
     void for_each_texture(const std::function<void(texture&)>& use);
     void compute_normals();
     QELF_Node* export_root() { return group_export(&scene_.root); }

@@ -5,8 +5,8 @@
 #include "output_file.h"
 #include "report.h"
 
-void write_png(const picture& image, const std::string& file) {
-    write_file(file, [&](FILE* out) {
+void write_png(const picture& image, const std::string& file, const input_files& inputs) {
+    write_file(file, inputs, [&](FILE* out) {
         png_image png{};
         png.version = PNG_IMAGE_VERSION;
         png.width = static_cast<png_uint_32>(image.width);
@@ -19,6 +19,7 @@ void write_png(const picture& image, const std::string& file) {
                                      nullptr)) {
             return true;
         }
+        if (ferror(out)) return false; // errno knows more than the library
         throw failure(exit_failed, file + ": cannot be written: " + png.message);
     });
 }

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "input_file.h"
+
 struct picture {
     int width = 0, height = 0;
     bool bottom_up = false;      // the first row is the lowest
@@ -13,6 +15,6 @@ struct picture {
 };
 
 // Throws a failure when the picture cannot be written; see write_file.
-void write_png(const picture& image, const std::string& file);
+void write_png(const picture& image, const std::string& file, const input_files& inputs);
 
 #endif

@@ -3,14 +3,18 @@
 #define TOOLS_PROGRAM_H
 
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <cstdio>
 #include <new>
+#include <sstream>
 
 #include "report.h"
 
 // Parses the arguments into a Line, whose `app` takes them, and runs the command it says; `run` returns the
-// exit code.
+// exit code. Line::no_answer is the exit code for want of memory.
 template <class Line, class Run> int run_program(int argc, char** argv, Run run) {
+    // A file that grows too large is then an error of its write.
+    signal(SIGXFSZ, SIG_IGN);
     try {
         Line line;
         if (argc < 2) {
@@ -20,7 +24,11 @@ template <class Line, class Run> int run_program(int argc, char** argv, Run run)
         try {
             line.app.parse(argc, argv);
         } catch (const CLI::Success& help) {
-            return line.app.exit(help);
+            std::ostringstream text;
+            line.app.exit(help, text, text);
+            fputs(text.str().c_str(), stdout);
+            finish_output();
+            return exit_done;
         } catch (const CLI::ParseError& error) {
             const auto& chosen = line.app.get_subcommands();
             throw failure(exit_usage, std::string(error.what()) + " (see " + program_name + " " +
@@ -33,6 +41,7 @@ template <class Line, class Run> int run_program(int argc, char** argv, Run run)
         return f.code;
     } catch (const std::bad_alloc&) {
         notice("out of memory");
+        return Line::no_answer;
     } catch (const std::exception& error) {
         notice(error.what());
     }

@@ -20,6 +20,7 @@ int run_print(const std::string& file) {
 namespace {
 
 struct command_line {
+    static constexpr exit_code no_answer = exit_usage; // not that of an invalid or different file
     CLI::App app{"Prints, checks, compares, describes and converts scene files (.qel)."};
     std::string a, b;
     bool as_json = false, weld = false;
@@ -29,8 +30,8 @@ struct command_line {
         app.set_version_flag("--version", "qelf " MODEL3D_VERSION);
         app.require_subcommand(1);
         app.footer("Exit codes: 0 done, valid or equal; 1 unreadable, not valid or different; 2 wrong usage, "
-                   "or a file\n"
-                   "that cannot be opened.\n\nExample:\n  qelf convert gauge.obj gauge.qel");
+                   "or no answer:\na file that cannot be opened, or memory is short.\n\nExample:\n  qelf "
+                   "convert gauge.obj gauge.qel");
         add("print", "Print everything in a scene file, but for the mesh arrays", "qelf print gauge.qel");
         CLI::App* check =
             add("check", "Check the container and the scene; every finding is a line on standard error",
@@ -45,7 +46,10 @@ struct command_line {
         info->add_flag("--json", as_json, "Print one JSON object. Numbers that are not finite are null");
         CLI::App* convert = add("convert", "Make a scene file from an .obj model, or write a .qel file anew",
                                 "qelf convert gauge.obj gauge.qel --weld");
-        convert->add_option("OUT", b, "The scene file to write; texture paths become relative to its folder")
+        convert
+            ->add_option(
+                "OUT", b,
+                "The scene file to write, - is standard output; texture paths become relative to its folder")
             ->required()
             ->type_name("OUT.qel");
         convert->add_flag("--weld", weld, "Merge vertices that are the same in everything");

@@ -204,21 +204,24 @@ void run_render(const render_options& options) {
         check_attribute(name, value);
 
     missing_list missing;
+    input_files inputs;
     model_counts counts;
     float radius = 0;
+    inputs.add(plugin_path());
     {
-        const host_app host = make_host(missing);
+        const host_app host = make_host(missing, &inputs);
         const model loaded(host, options.file);
+        inputs.add(loaded.textures());
         counts = loaded.counts();
         radius = loaded.radius();
     }
     if (counts.faces == 0) notice(options.file + ": no triangles: the picture shows the background only");
-    check_output(options.output, options.file);
+    check_output(options.output, inputs);
 
     const gl_context context;
     check_size(context, options);
     const log_watch log(options.verbosity);
-    const host_app host = make_host(missing); // goes while the context is still there
+    const host_app host = make_host(missing, &inputs); // goes while the context is still there
     load_plugin(host, options);
     set_target(host, options);
     if (options.json) kora_app_set_timing_hook(host.get(), on_timing);
@@ -232,6 +235,6 @@ void run_render(const render_options& options) {
                              allowed_samples(context, options.samples));
     const picture image = draw(context, target, control.get(), log, options);
     missing.report();
-    write_png(image, options.output);
+    write_png(image, options.output, inputs);
     if (options.json) print_json(describe(options, context, target, counts, radius, missing));
 }

@@ -1,7 +1,11 @@
 #include "report.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+
+#include "input_file.h"
 
 std::string printable(std::string_view text) {
     std::string result(text);
@@ -16,13 +20,18 @@ void notice(std::string_view text) {
 }
 
 void finish_output() {
-    if (fflush(stdout) != 0 || ferror(stdout)) throw failure(exit_failed, "cannot write to standard output");
+    errno = 0;
+    if (fflush(stdout) == 0 && !ferror(stdout)) return;
+    throw failure(exit_failed, std::string("cannot write to standard output") +
+                                   (errno ? std::string(": ") + strerror(errno) : ""));
 }
 
-host_app make_host(missing_list& missing) {
+host_app make_host(missing_list& missing, input_files* inputs) {
     host_app app(kora_app_create());
     if (!app) throw failure(exit_failed, "out of memory");
     kora_app_set_missing_callback(app.get(), missing_list::add, &missing);
+    const auto note = [](const char* path, void* list) { static_cast<input_files*>(list)->add(path); };
+    if (inputs) kora_app_set_found_callback(app.get(), note, inputs);
     return app;
 }
 

@@ -63,7 +63,9 @@ struct destroy_app {
 };
 using host_app = std::unique_ptr<kora_app, destroy_app>;
 
-// A host application that notes what is missing. The list must outlive it.
-host_app make_host(missing_list& missing);
+class input_files;
+
+// A host application that notes what is missing, and what it reads. Both must outlive it.
+host_app make_host(missing_list& missing, input_files* inputs = nullptr);
 
 #endif

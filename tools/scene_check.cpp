@@ -1,8 +1,10 @@
 // qelf check: the container's rules, then those of scenes.
 
+#include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
+#include <unistd.h>
 
 #include "json.h"
 #include "qelf_commands.h"
@@ -40,8 +42,7 @@ uint32_t count_textures(const IFF_Group& form) {
 
 class checker : public scene_visitor {
   public:
-    checker(std::vector<finding>& findings, const std::string& file)
-        : findings_(findings), folder_(std::filesystem::path(file).parent_path()) {}
+    checker(std::vector<finding>& findings, const std::string& file) : findings_(findings), file_(file) {}
 
     int scenes = 0;
 
@@ -105,12 +106,14 @@ class checker : public scene_visitor {
     }
 
     void texture(const QELF_Texture& texture, const scene_place& place) override {
-        const std::string path = scene_text(texture.path);
+        const std::filesystem::path path = texture_file(file_, texture);
         std::error_code ignored;
-        if (path.empty()) {
+        if (scene_text(texture.path).empty()) {
             add(place, "the texture names no file");
-        } else if (!std::filesystem::is_regular_file(folder_ / path, ignored)) {
-            add(place, "there is no file " + (folder_ / path).string());
+        } else if (!std::filesystem::is_regular_file(path, ignored)) {
+            add(place, "there is no file " + path.lexically_normal().string());
+        } else if (access(path.c_str(), R_OK) != 0) {
+            add(place, path.lexically_normal().string() + " cannot be read: " + strerror(errno));
         }
     }
 
@@ -174,7 +177,7 @@ class checker : public scene_visitor {
     }
 
     std::vector<finding>& findings_;
-    std::filesystem::path folder_;
+    const std::string& file_;
     uint32_t textures_ = 0;
 };
 

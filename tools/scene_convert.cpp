@@ -1,6 +1,7 @@
 // qelf convert: OBJ models into scene files, and scene files written anew.
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <map>
@@ -29,19 +30,31 @@ using owned_tree = std::unique_ptr<IFF_Chunk, free_tree>;
 
 // Takes a chunk over into a form.
 template <class Record> void add_chunk(IFF_Form* form, Record* record) {
-    if (!record || !IFF_addToForm(form, &record->chunk)) no_memory();
+    if (record && IFF_addToForm(form, &record->chunk)) return;
+    if (record) IFF_freeChunk(&record->chunk, form->groupType, QELF_formExtensions, 1);
+    no_memory();
+}
+
+// One path for each file; what cannot be looked up, such as too long a name, is taken as it is written.
+fs::path real_path(const fs::path& file) {
+    std::error_code error;
+    const fs::path real = fs::weakly_canonical(fs::absolute(file), error);
+    return error ? fs::absolute(file).lexically_normal() : real;
+}
+
+fs::path real_folder(const std::string& file) {
+    return real_path(fs::absolute(file).parent_path());
 }
 
 // Numbers the model's image files in the order of first use. Returns the paths as the scene file names them.
-std::vector<std::string> number_textures(model& m, const std::string& out) {
-    const fs::path folder = fs::absolute(out).parent_path();
+std::vector<std::string> number_textures(model& m, const fs::path& folder) {
     std::map<fs::path, int32_t> numbers;
     std::vector<std::string> paths;
     m.for_each_texture([&](texture& t) {
-        const fs::path file = fs::weakly_canonical(fs::absolute(t.filename));
+        const fs::path file = real_path(t.filename);
         const auto [known, fresh] = numbers.emplace(file, static_cast<int32_t>(paths.size()));
         t.index = known->second;
-        if (fresh) paths.push_back(file.lexically_relative(fs::weakly_canonical(folder)).generic_string());
+        if (fresh) paths.push_back(file.lexically_relative(folder).generic_string());
     });
     return paths;
 }
@@ -55,13 +68,14 @@ QELF_SceneGroup* unwrap(QELF_Node* node) {
     return group;
 }
 
-owned_tree from_obj(const std::string& in, const std::string& out) {
+owned_tree from_obj(const std::string& in, const std::string& out, input_files& inputs) {
     missing_list missing;
-    const host_app host = make_host(missing);
+    const host_app host = make_host(missing, &inputs);
     model source(host, in);
     missing.report();
+    inputs.add(source.textures());
     source.compute_normals();
-    const std::vector<std::string> textures = number_textures(source, out);
+    const std::vector<std::string> textures = number_textures(source, real_folder(out));
 
     owned_tree tree(reinterpret_cast<IFF_Chunk*>(IFF_createForm("QELF")));
     if (!tree) no_memory();
@@ -69,7 +83,10 @@ owned_tree from_obj(const std::string& in, const std::string& out) {
     QELF_SceneHeader* header = QELF_createSceneHeader();
     if (header) header->versionMajor = 2;
     add_chunk(form, header);
-    add_chunk(form, unwrap(source.export_root()));
+    QELF_SceneGroup* root = unwrap(source.export_root());
+    add_chunk(form, root);
+    // A node that could not be exported leaves its place empty.
+    if (std::count(root->nodes, root->nodes + root->nnodes, nullptr) > 0) no_memory();
     for (size_t i = 0; i < textures.size(); ++i) {
         QELF_Texture* texture = QELF_createTexture();
         if (!texture) no_memory();
@@ -156,19 +173,63 @@ int64_t weld(QELF_SceneGroup& group) {
     return saved;
 }
 
-// All scene groups of the tree, and then the sizes of what is around them.
-int64_t weld(IFF_Chunk* tree) {
-    unsigned int count = 0;
-    QELF_Scene** scenes = QELF_extractScenes(tree, &count);
-    int64_t saved = 0;
-    for (unsigned int i = 0; i < count; ++i) {
-        for (uint32_t k = 0; k < scenes[i]->nsceneGroups; ++k) {
-            saved += weld(*scenes[i]->sceneGroups[k]);
-            IFF_updateChunkSizes(&scenes[i]->sceneGroups[k]->chunk);
+// The scenes of a tree, which must outlive them.
+class scene_list {
+  public:
+    // Throws a failure when there is nothing in the file that could be drawn.
+    scene_list(IFF_Chunk* tree, const std::string& file) {
+        const report_lines reports; // says less than the failure
+        errno = 0;
+        scenes_ = QELF_extractScenes(tree, &count_);
+        if (!scenes_ && errno == ENOMEM) no_memory();
+        if (std::none_of(begin(), end(), [](const QELF_Scene* s) { return s->nsceneGroups > 0; })) {
+            if (scenes_) QELF_freeScenes(scenes_, count_);
+            throw failure(exit_failed,
+                          file + ": is no scene: it has no form of type 'QELF' with a scene group");
         }
     }
-    if (scenes) QELF_freeScenes(scenes, count);
+    ~scene_list() { QELF_freeScenes(scenes_, count_); }
+    scene_list(const scene_list&) = delete;
+    scene_list& operator=(const scene_list&) = delete;
+
+    QELF_Scene** begin() const { return scenes_; }
+    QELF_Scene** end() const { return scenes_ + count_; }
+
+  private:
+    QELF_Scene** scenes_ = nullptr;
+    unsigned int count_ = 0;
+};
+
+// All scene groups, and then the sizes of what is around them.
+int64_t weld(const scene_list& scenes) {
+    int64_t saved = 0;
+    for (const QELF_Scene* scene : scenes) {
+        for (uint32_t k = 0; k < scene->nsceneGroups; ++k) {
+            saved += weld(*scene->sceneGroups[k]);
+            IFF_updateChunkSizes(&scene->sceneGroups[k]->chunk);
+        }
+    }
     return saved;
+}
+
+// Texture paths are relative to the folder of their file: makes those of `in` lead to the same files from
+// `out`.
+void move_textures(const scene_list& scenes, const std::string& in, const std::string& out,
+                   input_files& inputs) {
+    const fs::path folder = real_folder(out);
+    const bool moved = folder != real_folder(in);
+    for (const QELF_Scene* scene : scenes) {
+        for (uint32_t k = 0; k < scene->ntextures; ++k) {
+            QELF_Texture& texture = *scene->textures[k];
+            const std::string file = texture_file(in, texture);
+            inputs.add(file);
+            if (!moved || scene_text(texture.path).empty()) continue;
+            const std::string path = real_path(file).lexically_relative(folder).generic_string();
+            if (!QELF_setTexturePath(&texture, path.c_str()) || !IFF_updateChunkSizes(&texture.chunk)) {
+                no_memory();
+            }
+        }
+    }
 }
 
 bool is_obj(const std::string& file) {
@@ -184,11 +245,13 @@ bool is_obj(const std::string& file) {
 
 int run_convert(const std::string& in, const std::string& out, bool merge) {
     const bool obj = is_obj(in);
-    check_output(out, obj ? in : "");
+    input_files inputs;
+    inputs.add(in);
+    check_output(out, inputs);
     owned_tree built;
     std::unique_ptr<scene_file> read;
     if (obj) {
-        built = from_obj(in, out);
+        built = from_obj(in, out, inputs);
     } else {
         read = std::make_unique<scene_file>(in, exit_failed);
         require_tree(*read);
@@ -197,7 +260,14 @@ int run_convert(const std::string& in, const std::string& out, bool merge) {
         }
     }
     IFF_Chunk* tree = obj ? built.get() : read->tree();
-    if (merge) notice("welding saved " + std::to_string(weld(tree)) + " vertices");
-    write_file(out, [&](FILE* file) { return QELF_writeFd(file, tree) != 0; });
+    {
+        const scene_list scenes(tree, in);
+        if (!obj) move_textures(scenes, in, out, inputs);
+        if (merge) notice("welding saved " + std::to_string(weld(scenes)) + " vertices");
+    }
+    write_file(out, inputs, [&](FILE* file) {
+        const report_lines reports; // name fields, where errno has the cause
+        return QELF_writeFd(file, tree) != 0;
+    });
     return exit_done;
 }

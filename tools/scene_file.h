@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "qelf/qelf.h"
+#include "report.h"
 
 // Collects the library's reports as lines, while it lives.
 class report_lines {
@@ -21,9 +22,9 @@ class report_lines {
 
 class scene_file {
   public:
-    // Throws a failure with `cannot_open` as its exit code when the file cannot be opened. A file that cannot
-    // be read leaves no tree.
-    scene_file(const std::string& file, int cannot_open);
+    // Throws a failure with `cannot_open` as its exit code when the file cannot be opened or read, or memory
+    // is short. A file that is not valid leaves no tree.
+    scene_file(const std::string& file, exit_code cannot_open);
     ~scene_file();
     scene_file(const scene_file&) = delete;
     scene_file& operator=(const scene_file&) = delete;
@@ -42,5 +43,8 @@ class scene_file {
 
 // A scene file that could be read; throws a failure that names the file and the first report.
 void require_tree(const scene_file& scene);
+
+// The image file of a texture, as the loader of scene files finds it.
+std::string texture_file(const std::string& scene, const QELF_Texture& from);
 
 #endif

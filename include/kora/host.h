@@ -78,6 +78,10 @@ typedef void (*kora_missing_callback)(const char* kind, const char* name, const 
                                       const char* reason, void* user);
 KORA_API void kora_app_set_missing_callback(kora_app* app, kora_missing_callback callback, void* user);
 
+/* Told of every file that the application is about to read for an extension. Null: nobody. */
+typedef void (*kora_found_callback)(const char* path, void* user);
+KORA_API void kora_app_set_found_callback(kora_app* app, kora_found_callback callback, void* user);
+
 /* Data-manager values. A control's own keys are "<control name>.<key>"; a control without a name uses
  * the bare key. */
 KORA_API int kora_app_set_data(kora_app* app, const char* key, float value);

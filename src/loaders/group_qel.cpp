@@ -89,9 +89,8 @@ char* copy_text(const IFF_RawChunk* text) {
 
 bool add_texture(scene* s, const QELF_Texture* from, int32_t index, const char* directory) {
     const heap_ptr<char> path{copy_text(from->path)};
-    const heap_ptr<char> joined{path ? join_path(directory, path.get()) : nullptr};
-    auto* const t = heap_zeroed<texture>();
-    if (!joined || !t || !texture_create(t, joined.get())) {
+    auto* const t = path ? heap_zeroed<texture>() : nullptr;
+    if (!t || !texture_create_beside(t, directory, path.get())) {
         free(t);
         return false;
     }

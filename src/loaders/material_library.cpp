@@ -38,14 +38,12 @@ material* add_material(material_table* materials, const char* name) {
 
 enum class map_result { set, none, no_record };
 
-// texture_create turns the backslashes of some exporters into slashes.
 map_result set_diffuse_map(material* m, const char* directory, const char* name) {
-    const heap_ptr<char> path{join_path(directory, name)};
-    auto* map = path ? heap_array<texture>(1) : nullptr;
+    auto* map = heap_array<texture>(1);
     if (!map) return map_result::no_record;
     if (m->diffuseMap) texture_free(m->diffuseMap);
     m->diffuseMap = map;
-    if (texture_create(map, path.get())) return map_result::set;
+    if (texture_create_beside(map, directory, name)) return map_result::set;
     free(map);
     m->diffuseMap = nullptr;
     return map_result::none;

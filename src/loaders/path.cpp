@@ -17,3 +17,9 @@ char* join_path(const char* directory, const char* name) {
     memcpy(path + length + 1, name, name_size);
     return path;
 }
+
+// texture_create turns the backslashes of some exporters into slashes.
+int texture_create_beside(texture* t, const char* directory, const char* name) {
+    const heap_ptr<char> path{join_path(directory, name)};
+    return path && texture_create(t, path.get());
+}

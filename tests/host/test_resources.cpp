@@ -149,9 +149,14 @@ TEST_F(pools, names_lead_to_regular_files_below_the_roots) {
         static_cast<lines*>(user)->push_back(std::string(kind) + " " + where + ": " + reason);
     };
     kora_app_set_missing_callback(app, note, &missing);
+    std::string found;
+    kora_app_set_found_callback(
+        app, [](const char* path, void* user) { *static_cast<std::string*>(user) = path; }, &found);
     const auto resolve = [&](const std::string& name) {
+        found = "-";
         char* path = resources->resolve_path(resources, name.c_str());
         std::string result = path ? path : "-";
+        EXPECT_EQ(found, result);
         free(path);
         return result;
     };

@@ -1,6 +1,7 @@
 #include "scarce_heap.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -20,6 +21,7 @@ shortage::~shortage() {
 bool shortage::refuses() {
     if (left-- > 0 || failures == 0) return false;
     failures--;
+    errno = ENOMEM;
     return failed = true;
 }
 

@@ -2,6 +2,7 @@
 
 import json
 import os
+import resource
 import struct
 import subprocess
 import sys
@@ -59,8 +60,8 @@ class QelfTest(unittest.TestCase):
     def write(self, name, data):
         (self.folder / name).write_bytes(data)
 
-    def run_tool(self, *args, code=0, tool=QELF):
-        done = subprocess.run([tool, *args], cwd=self.folder, capture_output=True, timeout=60)
+    def run_tool(self, *args, code=0, tool=QELF, first=None):
+        done = subprocess.run([tool, *args], cwd=self.folder, capture_output=True, timeout=60, preexec_fn=first)
         self.assertEqual(done.returncode, code, f"{args}: {done.stderr.decode()}")
         return done.stdout.decode(), done.stderr.decode()
 
@@ -146,16 +147,59 @@ class QelfTest(unittest.TestCase):
         self.assertEqual(model["radius"], json.loads(self.run_tool("info", "m.obj", "--json", tool=TOOL)[0])["radius"])
         self.assertEqual([s["faces"] for s in model["meshes"][0]["segments"]], [2, 2])
 
-    def test_wrong_use_has_its_codes_and_writes_nothing(self):
+        # A scene keeps its images wherever it goes.
+        self.run_tool("convert", "out/m.qel", "m.qel")
+        self.assertIn("texture 1: tex/a.png\n", self.run_tool("info", "m.qel")[0])
+        self.run_tool("check", "m.qel")
+        for args in ("m.obj", "m.obj"), ("m.obj", "m.mtl"), ("m.obj", "tex/a.png"), ("m.qel", "m.qel"), ("m.qel", "tex/a.png"):
+            self.assertIn("would replace", self.run_tool("convert", *args, code=2)[1])
+
+    def test_check_finds_the_images_that_the_loader_finds(self):
+        os.mkdir(self.folder / "tex")
+        self.write("tex/a.png", b"")
+        for path, found in (("tex/a.png", True), ("tex\\a.png", True), ("/tex/a.png", True),
+                            (f"{self.folder}/tex/a.png", False), ("tex", False), ("", False)):
+            self.write("t.qel", scene((b"SGRP", group(b"", [(2, mesh([(0, 0, 0)] * 3, [(0, 1, 2)], [(0, material(1))]))])),
+                                      (b"TXTR", texture(path.encode()))))
+            loaded = json.loads(self.run_tool("info", "t.qel", "--json", tool=TOOL)[0])["textures"]
+            self.assertEqual([t["found"] for t in loaded], [found], path)
+            self.run_tool("check", "t.qel", code=0 if found else 1)
+
+    def test_output_is_written_whole_or_not_at_all(self):
+        self.write("out.qel", b"earlier")
+        (self.folder / "out.qel").chmod(0o640)
         before = sorted(self.folder.iterdir())
+        small = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (9, 9))
+        self.assertIn("File too large", self.run_tool("convert", "good.qel", "out.qel", code=1, first=small)[1])
+        self.assertEqual((self.folder / "out.qel").read_bytes(), b"earlier")
+        self.assertEqual(sorted(self.folder.iterdir()), before)
+        self.run_tool("convert", "good.qel", "out.qel",
+                      first=lambda: open(self.folder / f".model3d-{os.getpid()}.part", "w").close())
+        self.assertEqual((self.folder / "out.qel").read_bytes(), GOOD)
+        self.assertEqual((self.folder / "out.qel").stat().st_mode & 0o777, 0o640)
+        with open("/dev/full", "wb") as full:
+            for args in (["--help"], ["check", "--help"], ["--version"], ["print", "good.qel"], ["info", "good.qel"]):
+                done = subprocess.run([QELF, *args], cwd=self.folder, stdout=full, stderr=subprocess.PIPE)
+                self.assertEqual((done.returncode, done.stderr),
+                                 (1, b"qelf: cannot write to standard output: No space left on device\n"), args)
+
+    def test_wrong_use_has_its_codes_and_writes_nothing(self):
         self.write("cut.qel", GOOD[:-1])
+        self.write("other.qel", container(b"FORM", b"ILBM").data)
+        self.write("zeros.qel", b"")
+        os.truncate(self.folder / "zeros.qel", 5 << 30)
+        (self.folder / "zero.qel").symlink_to("/dev/zero")
+        os.mkfifo(self.folder / "pipe.qel")
+        before = sorted(self.folder.iterdir())
         for code, *args in ((2,), (2, "check"), (2, "check", "none.qel"), (2, "print", "."), (2, "info", "none.qel"),
                             (2, "compare", "good.qel", "none.qel"), (1, "print", "cut.qel"),
                             (1, "convert", "cut.qel", "new.qel"), (1, "convert", "good.qel", "none/new.qel"),
-                            (1, "convert", "good.txt", "new.qel"), (1, "convert", "none.obj", "new.qel")):
+                            (1, "convert", "good.txt", "new.qel"), (1, "convert", "none.obj", "new.qel"),
+                            *((1, "convert", f"{name}.qel", "new.qel") for name in ("other", "zeros", "zero", "pipe")),
+                            *((2, command, "pipe.qel") for command in ("print", "check", "info")),
+                            (2, "compare", "good.qel", "pipe.qel"), (1, "convert", "good.qel", "/dev/full")):
             with self.subTest(args):
                 self.assertTrue(self.run_tool(*args, code=code)[1])
-        (self.folder / "cut.qel").unlink()
         self.assertEqual(sorted(self.folder.iterdir()), before)
 
 

@@ -127,7 +127,7 @@ class ToolTest(unittest.TestCase):
             (1, ["empty.obj", *out], ["empty.obj", "empty"]),
             (1, ["model.stl", *out], ["model.stl", "unsupported format", ".obj"]),
             (1, ["quad.obj", "-o", "none/out.png"], ["none/out.png", "No such file"]),
-            (2, ["quad.obj", "-o", f"../{self.folder.name}/quad.obj"], ["replace"]),
+            (1, ["quad.obj", "-o", "/dev/full"], ["/dev/full", "No space left"]),
             (2, ["quad.obj"], ["--output"]),
             (2, out, ["FILE"]),
             (2, ["quad.obj", *out, "--set", "colour=1"], ["colour", "model3d attributes"]),
@@ -160,6 +160,15 @@ class ToolTest(unittest.TestCase):
             (self.folder / "quad.obj").chmod(0)
             self.assertIn("Permission denied", self.run_tool("info", "quad.obj", code=1)[1])
 
+    def test_no_input_is_replaced(self):
+        (self.folder / "wood.png").write_text("no PNG")
+        os.link(self.folder / "tex.mtl", self.folder / "hard.png")
+        (self.folder / "soft.png").symlink_to("wood.png")
+        for out in (f"../{self.folder.name}/broken.obj", "tex.mtl", "wood.png", "hard.png", "soft.png"):
+            before = (self.folder / out).read_bytes()
+            self.assertIn(f"{out}: the output would replace", self.run_tool("render", "broken.obj", "-o", out, code=2)[1])
+            self.assertEqual((self.folder / out).read_bytes(), before)
+
     def test_only_drawn_pictures_are_written_and_whole(self):
         before = set(os.listdir(self.folder))
         (self.folder / "out.png").write_text("earlier")
@@ -190,9 +199,9 @@ class ToolTest(unittest.TestCase):
             finally:
                 reader.kill()
         with open("/dev/full", "wb") as full:
-            for args in (["render", "-o", "-", *VIEW], ["info", "--json"], ["info"], ["attributes"]):
-                file = [] if args[0] == "attributes" else ["quad.obj"]
-                code = subprocess.call([TOOL, *args, *file], cwd=self.folder, stdout=full, stderr=subprocess.DEVNULL)
+            for args in (["render", "quad.obj", "-o", "-", *VIEW], ["info", "quad.obj", "--json"], ["info", "quad.obj"],
+                         ["attributes"], ["--help"], ["--version"]):
+                code = subprocess.call([TOOL, *args], cwd=self.folder, stdout=full, stderr=subprocess.DEVNULL)
                 self.assertEqual(code, 1, args)
         self.assertIn("no triangles", self.run_tool("render", "points.obj", "-o", "out.png", *VIEW)[1])
         self.assertEqual(set(os.listdir(self.folder)), before | {"out.png", "link.png", "pipe"})
