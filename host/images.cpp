@@ -97,7 +97,7 @@ std::unique_ptr<held_image> load_image(image_source& source, const char* name) {
             const image_file file{stream.get(), static_cast<uint64_t>(info.st_size)};
             auto shown =
                 find_picture(source, file, key_of(info, fresh.limits.pad), path.c_str(), fresh, fault);
-            if (shown) return std::make_unique<held_image>(std::move(path), std::move(shown));
+            if (shown) return std::unique_ptr<held_image>(new held_image{std::move(path), std::move(shown)});
         } else {
             fault = strerror(errno);
         }

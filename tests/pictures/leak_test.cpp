@@ -57,6 +57,7 @@ class leak : public stage {
         add_quad(tiny, {}, 1, 1);
         files_[0] = write(tiny, "tiny", "model.qel");
         files_[1] = "tiny/model.obj";
+        kora_app_set_image_limits(app_, 16, 16); // enough for one load of its map
         control_ = open(shown_, files_[0]);
         expected_ = frame(shown_, control_);
     }
