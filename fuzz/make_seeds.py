@@ -174,10 +174,10 @@ def pngs():
     passes = b"".join(b"\0" + ramp[: 4 * columns] for columns in (1, 1, 2, 1, 1, 2, 2, 1, 1, 5, 5, 5))
     yield "interlaced.png", png(8, 6, passes, width=5, height=5, interlaced=1)
     yield "rows.png", png(8, 0, b"\0\1\2\3" * 9)
-    # What a few kilobytes can ask for: texts of 84 MB, and 2048 x 2048 and 8192 x 8192 pixels.
+    # What a few kilobytes can ask for: texts of 84 MB, and 1024 x 1024 and 8192 x 8192 pixels.
     text = (b"iTXt", b"a\0\1\0\0\0" + zlib.compress(b"A" * 7000000, 9))
     yield "texts.png", png(8, 0, bytes(8), *[text] * 12)
-    yield "large.png", png(1, 0, bytes(2048 * 257), width=2048, height=2048)
+    yield "large.png", png(1, 0, bytes(1024 * 129), width=1024, height=1024)
     yield "huge.png", png(1, 0, bytes(8192 * 1025), width=8192, height=8192)
 
 

@@ -40,7 +40,7 @@ std::string repaired(const uint8_t* data, size_t size) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string file = repaired(data, size);
     for (const auto decode : {tga_decode, bmp_decode, png_decode, jpeg_decode}) {
-        constexpr uint64_t most_bytes = uint64_t{16} << 20;
+        constexpr uint64_t most_bytes = uint64_t{4} << 20;
         const stream_ptr stream = open_bytes(reinterpret_cast<const uint8_t*>(file.data()), size);
         picture image{.limits = {.pad = true, .most_bytes = most_bytes}};
         if (decode({stream.get(), size}, image) != nullptr) continue;
