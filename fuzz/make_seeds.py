@@ -4,6 +4,7 @@
 import os
 import struct
 import sys
+import zlib
 
 # ---- Chunks. A record is its bytes and its declared size, which counts embedded records with headers. -----
 
@@ -152,7 +153,46 @@ def bmp(bits, coding, pixels, width=3, height=2, info=40, colours=0, masks=()):
     return Record(b"BM" + struct.pack("<I4xI", start + len(pixels), start) + header + between + pixels)
 
 
+def png(bits, kind, rows, *others, width=3, height=2, interlaced=0):
+    head = struct.pack(">2I5B", width, height, bits, kind, 0, 0, interlaced)
+    parts = ((b"IHDR", head), *others, (b"IDAT", zlib.compress(rows, 9)), (b"IEND", b""))
+    file = b"\x89PNG\r\n\x1a\n"
+    for name, content in parts:
+        file += struct.pack(">I", len(content)) + name + content + struct.pack(">I", zlib.crc32(name + content))
+    return Record(file)
+
+
+def pngs():
+    ramp = bytes(range(64))
+    palette = (b"PLTE", ramp[:9])
+    yield "grey1.png", png(1, 0, b"\0\xa0\0\x40")
+    yield "grey16.png", png(16, 0, (b"\1" + ramp[:6]) * 2, (b"tRNS", b"\2\3"))
+    yield "colour.png", png(8, 2, (b"\2" + ramp[:9]) * 2, (b"tRNS", bytes((0, 0, 0, 1, 0, 2))))
+    yield "mapped.png", png(2, 3, b"\0\x18\0\x20", palette, (b"tRNS", b"\1\2"))
+    yield "beyond.png", png(2, 3, b"\0\xff\0\xff", palette)
+    yield "alpha.png", png(8, 6, (b"\4" + ramp[:12]) * 2)
+    yield "grey_alpha16.png", png(16, 4, (b"\3" + ramp[:12]) * 2)
+    passes = b"".join(b"\0" + ramp[: 4 * columns] for columns in (1, 1, 2, 1, 1, 2, 2, 1, 1, 5, 5, 5))
+    yield "interlaced.png", png(8, 6, passes, width=5, height=5, interlaced=1)
+    yield "rows.png", png(8, 0, b"\0\1\2\3" * 9)
+    # What a few kilobytes can ask for: texts of 84 MB, and 1024 x 1024 and 8192 x 8192 pixels.
+    text = (b"iTXt", b"a\0\1\0\0\0" + zlib.compress(b"A" * 7000000, 9))
+    yield "texts.png", png(8, 0, bytes(8), *[text] * 12)
+    yield "large.png", png(1, 0, bytes(1024 * 129), width=1024, height=1024)
+    yield "huge.png", png(1, 0, bytes(8192 * 1025), width=8192, height=8192)
+
+
+def jpegs():
+    folder = os.path.join(os.path.dirname(__file__), "../tests/host/images/flat")
+    with open(os.path.join(folder, "progressive.jpg"), "rb") as file:
+        data = file.read()
+    head, scan = data[: data.rindex(b"\xff\xda")], data[data.rindex(b"\xff\xda") : -2]
+    yield "scans.jpg", Record(head + scan * 60 + b"\xff\xd9")
+
+
 def images():
+    yield from pngs()
+    yield from jpegs()
     ramp = bytes(range(24))
     for bits, layout in ((15, 0), (16, 0x11), (24, 0x20), (32, 0x38)):
         size = (bits + 7) // 8

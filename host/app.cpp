@@ -25,7 +25,7 @@ template <class F> F find_symbol(void* library, const char* name) {
 
 } // namespace
 
-kora_app::kora_app() : app_record{}, resources(this), images{&resources.paths, &libraries, {}} {
+kora_app::kora_app() : app_record{}, resources(this), images{&resources, &libraries} {
     app_record::services = &services;
     services.data = &data;
     services.renderext = &extensions;
@@ -133,6 +133,11 @@ void kora_app_set_npot_mode(kora_app* app, kora_npot_mode mode) {
     app->resources.drop_idle();
 }
 
+void kora_app_set_image_limits(kora_app* app, size_t image_bytes, size_t control_bytes) {
+    app->images.picture_bytes = image_bytes;
+    app->images.control_bytes = control_bytes;
+}
+
 void kora_app_set_timing_hook(kora_app* app, kora_timing_hook hook) {
     app->timing_hook = hook;
 }
@@ -173,8 +178,10 @@ void kora_app_presleep(kora_app* app) {
     for (const loaded_plugin& plugin : app->plugins)
         if (plugin.clear_caches) plugin.clear_caches();
     app->images.padding.driver = -1;
-    for (const auto& control : app->controls)
+    for (const auto& control : app->controls) {
         control->drawn = false;
+        control->images.bytes = 0;
+    }
 }
 
 const renderext_arg* kora_app_extension_args(const kora_app* app, const char* extension) {

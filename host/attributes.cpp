@@ -115,6 +115,7 @@ int kora_control_set(kora_control* control, const char* name, const char* value)
             break;
         case kind::text:
             fault = nullptr;
+            if (strcmp(name, "filename") == 0) control->images.use_model(value);
             break;
         case kind::unknown:
             break;

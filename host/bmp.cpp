@@ -158,7 +158,7 @@ const char* read_runs(byte_reader& in, const bmp_header& header, const bmp_palet
 
 } // namespace
 
-const char* bmp_decode(byte_span file, picture& out) {
+const char* bmp_decode(const image_file& file, picture& out) {
     byte_reader in(file);
     bmp_header header{};
     if (const char* fault = read_header(in, header)) return fault;
@@ -183,20 +183,20 @@ const char* bmp_decode(byte_span file, picture& out) {
     if (in.failed()) return too_short;
 
     const bool runs = header.coding == rle8 || header.coding == rle4;
-    if (const char* fault = picture_size_fault(header.width, header.height, file.size(), runs ? 128 : 8))
-        return fault;
-    const size_t row_bytes = (size_t{header.width} * header.bits + 31) / 32 * 4;
+    if (const char* fault = out.check(header.width, header.height, file.size, runs ? 128 : 8)) return fault;
+    const uint64_t row_bytes = (uint64_t{header.width} * header.bits + 31) / 32 * 4;
     if (!runs && row_bytes * header.height > in.left()) return too_short;
 
-    out.allocate(header.width, header.height);
+    out.allocate();
     if (runs) {
         // Pixels that the runs leave out have the first colour.
-        for (size_t i = 0; i < size_t{out.width} * out.height; ++i)
-            put(out.pixels.get() + i * 4, palette[0]);
+        for (uint32_t y = 0; y < out.height; ++y)
+            for (size_t x = 0; x < out.width; ++x)
+                put(out.row(y) + x * 4, palette[0]);
         return read_runs(in, header, palette, out);
     }
     for (uint32_t y = 0; y < header.height; ++y) {
-        const size_t before = in.left();
+        const uint64_t before = in.left();
         read_row(in, header, palette, out.row(header.downwards ? y : header.height - 1 - y));
         in.skip(row_bytes - (before - in.left()));
     }

@@ -1,4 +1,4 @@
-// Little-endian numbers from a file in memory. Reading past the end gives zeros and is remembered.
+// Little-endian numbers from a file. Reading past the end gives zeros and is remembered.
 #ifndef HOST_BYTE_READER_H
 #define HOST_BYTE_READER_H
 
@@ -6,10 +6,11 @@
 
 class byte_reader {
   public:
-    explicit byte_reader(byte_span file) : bytes(file) {}
+    explicit byte_reader(const image_file& source) : file(source) {}
 
     uint8_t u8() {
-        if (at < bytes.size()) return bytes[at++];
+        const int byte = at < file.size ? getc_unlocked(file.stream) : EOF;
+        if (byte != EOF) return ++at, static_cast<uint8_t>(byte);
         past_end = true;
         return 0;
     }
@@ -28,20 +29,20 @@ class byte_reader {
             value |= uint32_t{u8()} << (8 * i);
         return value;
     }
-    void skip(size_t count) {
-        past_end = past_end || count > left();
-        at += count < left() ? count : left();
+    void skip(uint64_t count) {
+        if (count != 0) seek(at + count);
     }
-    void seek(size_t to) {
-        at = 0;
-        skip(to);
+    void seek(uint64_t to) {
+        past_end = past_end || to > file.size;
+        at = to < file.size ? to : file.size;
+        past_end = fseeko(file.stream, static_cast<off_t>(at), SEEK_SET) != 0 || past_end;
     }
-    size_t left() const { return bytes.size() - at; }
+    uint64_t left() const { return file.size - at; }
     bool failed() const { return past_end; }
 
   private:
-    byte_span bytes;
-    size_t at = 0;
+    const image_file& file;
+    uint64_t at = 0;
     bool past_end = false;
 };
 

@@ -67,6 +67,7 @@ kora_control* kora_control_copy(kora_control* source, const char* name) {
         }
         auto control = std::make_unique<kora_control>(app, name, extension, source->rect);
         control->instance.alpha = source->instance.alpha;
+        control->images.model_file = source->images.model_file;
         // The copy overwrites the whole state, so it comes first: what realize notes for the new instance
         // must not be lost to it.
         if (control->call([&] { return extension.copy(&control->instance, &source->instance); }) != 0) {
@@ -99,7 +100,11 @@ void kora_control_render(kora_control* control) {
     control->drawn_count = control->instance.dirty_count;
     control->drawn = true;
     if (!extension.render) return;
-    control->call([&] { return extension.render(&control->host.canvas, control, &control->instance); });
+    kora_app& app = control->host;
+    app.resources.drawing = &control->images;
+    control->call([&] { return extension.render(&app.canvas, control, &control->instance); });
+    app.resources.drawing = nullptr;
+    app.images.damaged.clear();
 }
 
 control_record* kora_control_record(kora_control* control) {

@@ -39,6 +39,7 @@ struct kora_control : control_record {
     const renderext_descriptor& extension;
     std::string own_name;
     std::unique_ptr<void, state_free> own_state;
+    image_account images;
     renderext_instance instance{};
     int32_t drawn_count = 0; // dirty count at the last frame
     bool drawn = false;

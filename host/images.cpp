@@ -4,66 +4,112 @@
 #include "picture.h"
 
 #include <algorithm>
-#include <bit>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
-#include <memory>
 #include <string_view>
 #include <sys/stat.h>
 
 namespace {
 
-struct held_image {
-    uint32_t width, height; // of the picture; its buffer may be larger
-    picture buffer;
-};
-
 struct file_closer {
-    void operator()(FILE* file) const { fclose(file); }
+    void operator()(FILE* stream) const { fclose(stream); }
 };
 
-// The whole file, or why not.
-const char* read_file(const char* path, std::unique_ptr<uint8_t[]>& bytes, size_t& size) {
-    constexpr off_t most_bytes = off_t{1} << 30;
-    const std::unique_ptr<FILE, file_closer> file{fopen(path, "rb")};
-    if (!file) return strerror(errno);
-    struct stat info;
-    if (fstat(fileno(file.get()), &info) != 0) return strerror(errno);
-    if (info.st_size > most_bytes) return "the file is too large";
-    size = static_cast<size_t>(info.st_size);
-    bytes = std::make_unique_for_overwrite<uint8_t[]>(size);
-    return fread(bytes.get(), 1, size, file.get()) == size ? nullptr : "the file cannot be read";
+// What an item of the pool holds: the picture is shared with the items of other names for the same file.
+struct held_image {
+    std::string path;
+    std::shared_ptr<const picture> shown;
+};
+
+// Two files of the same key hold the same picture.
+file_key key_of(const struct stat& info, bool padded) {
+    return {info.st_dev,
+            info.st_ino,
+            static_cast<uint64_t>(info.st_size),
+            static_cast<uint64_t>(info.st_mtim.tv_sec),
+            static_cast<uint64_t>(info.st_mtim.tv_nsec),
+            static_cast<uint64_t>(info.st_ctim.tv_sec),
+            static_cast<uint64_t>(info.st_ctim.tv_nsec),
+            padded};
+}
+
+uint64_t budget_left(const image_source& source) {
+    const image_account* account = source.resources->drawing;
+    return !account ? UINT64_MAX : source.control_bytes - std::min(source.control_bytes, account->bytes);
+}
+
+// Tells the application why an image cannot be had. The programs that take these options set the limits.
+void refuse(const image_source& source, const char* name, const char* path, const char* fault,
+            const picture& refused) {
+    constexpr double mib = 1 << 20;
+    const double needed = static_cast<double>(refused.bytes()) / mib;
+    char reason[200];
+    if (fault == picture_over_limit) {
+        snprintf(reason, sizeof reason,
+                 "%u x %u pixels take %.6g MiB, more than the image limit of %.6g MiB (see --image-limit)",
+                 refused.buffer_width, refused.buffer_height, needed,
+                 static_cast<double>(source.picture_bytes) / mib);
+        fault = reason;
+    } else if (fault == picture_over_budget) {
+        snprintf(reason, sizeof reason,
+                 "takes %.6g MiB, more than is left of the control's image budget of %.6g MiB (see "
+                 "--image-budget)",
+                 needed, static_cast<double>(source.control_bytes) / mib);
+        fault = reason;
+    }
+    source.resources->paths.tell_missing("image", name, path, fault);
+}
+
+// The picture of a file, decoded unless some name leads to it already; null with the fault.
+std::shared_ptr<const picture> find_picture(image_source& source, const image_file& file, const file_key& key,
+                                            const char* path, picture& fresh, const char*& fault) {
+    std::erase_if(source.decoded, [](const auto& entry) { return entry.second.expired(); });
+    if (const auto known = source.decoded.find(key); known != source.decoded.end())
+        return known->second.lock();
+    const auto damaged = source.damaged.find(key);
+    fault = damaged != source.damaged.end() ? damaged->second : picture_decode(file, path, fresh);
+    if (!fault) {
+        const auto decoded = std::make_shared<const picture>(std::move(fresh));
+        source.decoded.emplace(key, decoded);
+        return decoded;
+    }
+    const bool limited = fault == picture_over_limit || fault == picture_over_budget;
+    if (!limited && source.resources->drawing) source.damaged.emplace(key, fault);
+    return nullptr;
 }
 
 // Null after telling the application why.
 std::unique_ptr<held_image> load_image(image_source& source, const char* name) {
-    const std::string path = source.paths->resolve("image", name);
+    std::string path = source.resources->paths.resolve("image", name);
     if (path.empty()) return nullptr;
 
-    auto image = std::make_unique<held_image>();
+    picture fresh;
     const char* fault = nullptr;
     try {
-        std::unique_ptr<uint8_t[]> bytes;
-        size_t size = 0;
-        fault = read_file(path.c_str(), bytes, size);
-        if (!fault) fault = picture_decode({bytes.get(), size}, path.c_str(), image->buffer);
-        if (!fault) {
-            image->width = image->buffer.width;
-            image->height = image->buffer.height;
-            const uint32_t width = std::bit_ceil(image->width), height = std::bit_ceil(image->height);
-            if ((width != image->width || height != image->height) &&
-                source.padding.wanted(*source.libraries))
-                picture_pad(image->buffer, width, height);
+        fresh.limits = {source.padding.wanted(*source.libraries), source.picture_bytes, budget_left(source),
+                        [&](uint64_t bytes) { source.resources->find_pool("image")->make_room(bytes); }};
+        const std::unique_ptr<FILE, file_closer> stream{fopen(path.c_str(), "rbe")};
+        struct stat info;
+        if (stream && fstat(fileno(stream.get()), &info) == 0) {
+            const image_file file{stream.get(), static_cast<uint64_t>(info.st_size)};
+            auto shown =
+                find_picture(source, file, key_of(info, fresh.limits.pad), path.c_str(), fresh, fault);
+            if (shown) return std::unique_ptr<held_image>(new held_image{std::move(path), std::move(shown)});
+        } else {
+            fault = strerror(errno);
         }
     } catch (const std::bad_alloc&) {
         fault = "out of memory";
     }
-    if (!fault) return image;
-    source.paths->tell_missing("image", name, path.c_str(), fault);
+    refuse(source, name, path.c_str(), fault, fresh);
     return nullptr;
+}
+
+const held_image* image_of(const kora_reference* reference) {
+    return static_cast<const held_image*>(reference->data);
 }
 
 kora_reference* image_alloc(app_record*, void* source, void*, const char* name, va_list) {
@@ -76,26 +122,40 @@ kora_reference* image_alloc(app_record*, void* source, void*, const char* name, 
 }
 
 void image_release(void*, void*, void*, kora_reference* reference) {
-    delete static_cast<held_image*>(reference->data);
+    delete image_of(reference);
     free(reference->host_block);
     free(reference);
 }
 
 size_t image_cost(const kora_reference* reference) {
-    const picture& buffer = static_cast<const held_image*>(reference->data)->buffer;
-    return size_t{buffer.width} * buffer.height * 4;
+    return static_cast<size_t>(image_of(reference)->shown->bytes());
+}
+
+// The extension makes a texture of its own from the pixels: each hand-over counts.
+bool image_hand_over(void* parameter, const char* name, const kora_reference* reference) {
+    const auto& source = *static_cast<image_source*>(parameter);
+    const held_image& image = *image_of(reference);
+    const uint64_t bytes = image.shown->bytes();
+    const char* fault = bytes > source.picture_bytes  ? picture_over_limit
+                        : bytes > budget_left(source) ? picture_over_budget
+                                                      : nullptr;
+    if (fault)
+        refuse(source, name, image.path.c_str(), fault, *image.shown);
+    else if (source.resources->drawing)
+        source.resources->drawing->bytes += bytes;
+    return !fault;
 }
 
 int describe(graphics_manager*, void* object, int, image_info* info, size_t size) {
     if (!object || !info) return 0;
-    const auto* image = static_cast<const held_image*>(object);
+    const picture& image = *static_cast<const held_image*>(object)->shown;
     image_info full{};
-    full.image_width = static_cast<int32_t>(image->width);
-    full.image_height = static_cast<int32_t>(image->height);
-    full.buffer_width = static_cast<int32_t>(image->buffer.width);
-    full.buffer_height = static_cast<int32_t>(image->buffer.height);
+    full.image_width = static_cast<int32_t>(image.width);
+    full.image_height = static_cast<int32_t>(image.height);
+    full.buffer_width = static_cast<int32_t>(image.buffer_width);
+    full.buffer_height = static_cast<int32_t>(image.buffer_height);
     full.bytes_per_pixel = 4;
-    full.pixels = image->buffer.pixels.get();
+    full.pixels = image.pixels.get();
     memcpy(info, &full, std::min(size, sizeof full));
     return 1;
 }
@@ -140,6 +200,8 @@ graphics_service::graphics_service() : graphics_manager{} {
 
 bool images_create_pool(resource_service& resources, image_source* source) {
     if (!resources.create_pool(&resources, "image", source, image_alloc, image_release, 0)) return false;
-    resources.find_pool("image")->cost = image_cost;
+    resource_pool& pool = *resources.find_pool("image");
+    pool.cost = image_cost;
+    pool.hand_over = image_hand_over;
     return true;
 }

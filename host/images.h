@@ -1,12 +1,14 @@
-// The "image" pool and its description for extensions.
+// The "image" pool and its description for extensions. A file is decoded once, whatever names lead to it.
 #ifndef HOST_IMAGES_H
 #define HOST_IMAGES_H
 
-#include "paths.h"
+#include "picture.h"
 #include "resources.h"
 
 #include "kora/host.h"
 
+#include <array>
+#include <map>
 #include <vector>
 
 // Whether pictures are handed over in buffers whose sides are powers of two.
@@ -22,10 +24,16 @@ struct graphics_service : graphics_manager {
     graphics_service();
 };
 
+// Device, node, size, times of the last change, and whether the picture is padded.
+using file_key = std::array<uint64_t, 8>;
+
 struct image_source {
-    const path_finder* paths;
+    resource_service* resources;
     const std::vector<void*>* libraries;
-    padding_choice padding;
+    padding_choice padding = {};
+    uint64_t picture_bytes = KORA_IMAGE_LIMIT, control_bytes = KORA_IMAGE_BUDGET;
+    std::map<file_key, std::weak_ptr<const picture>> decoded = {};
+    std::map<file_key, const char*> damaged = {}; // found so in this frame, and why
 };
 
 // `source` must outlive the pool.

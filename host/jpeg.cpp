@@ -12,11 +12,11 @@
 
 namespace {
 
-// A block of 64 pixels takes at least one bit, except in progressive files with long runs of empty blocks.
-constexpr uint64_t most_pixels_per_byte = 4096;
+// A block of 64 pixels takes at least one bit, for its mean. Arithmetic coding could do with less.
+constexpr uint64_t most_pixels_per_byte = 512;
 
 // Every scan of a progressive file costs a pass over the whole picture. Encoders make about ten.
-constexpr int most_scans = 100;
+constexpr int most_scans = 32;
 
 struct jpeg_reader {
     jpeg_decompress_struct info{};
@@ -89,25 +89,28 @@ void convert_cmyk(uint8_t* row, uint32_t width) {
 
 } // namespace
 
-const char* jpeg_decode(byte_span file, picture& out) {
+const char* jpeg_decode(const image_file& file, picture& out) {
     jpeg_reader reader;
     jpeg_decompress_struct& info = reader.info;
     const bool header = protect(reader, [&] {
         jpeg_create_decompress(&info);
         info.progress = &reader.progress;
-        jpeg_mem_src(&info, file.data(), static_cast<unsigned long>(file.size()));
+        jpeg_stdio_src(&info, file.stream);
         jpeg_read_header(&info, TRUE);
     });
     if (!header) return reader.fault;
-    if (const char* fault =
-            picture_size_fault(info.image_width, info.image_height, file.size(), most_pixels_per_byte))
+    if (const char* fault = out.check(info.image_width, info.image_height, file.size, most_pixels_per_byte))
         return fault;
 
     const bool ink = info.num_components == 4;
-    out.allocate(info.image_width, info.image_height);
-    const bool read = protect(reader, [&] {
+    // All scans of a file of several are read by this.
+    const bool started = protect(reader, [&] {
         info.out_color_space = ink ? JCS_CMYK : JCS_EXT_RGBA;
         jpeg_start_decompress(&info);
+    });
+    if (!started) return reader.fault;
+    out.allocate();
+    const bool read = protect(reader, [&] {
         while (info.output_scanline < info.output_height) {
             JSAMPROW row = out.row(info.output_scanline);
             jpeg_read_scanlines(&info, &row, 1);
@@ -122,7 +125,7 @@ const char* jpeg_decode(byte_span file, picture& out) {
 
 #else
 
-const char* jpeg_decode(byte_span, picture&) {
+const char* jpeg_decode(const image_file&, picture&) {
     return "JPEG files are not supported in this build";
 }
 

@@ -4,9 +4,7 @@
 #ifdef KORA_IMAGE_FILES
 
 #include <csetjmp>
-#include <cstring>
 #include <png.h>
-#include <vector>
 
 namespace {
 
@@ -14,7 +12,7 @@ namespace {
 constexpr uint64_t most_pixels_per_byte = uint64_t{1032} * 8;
 
 struct png_source {
-    byte_span rest;
+    FILE* stream;
     const char* fault = nullptr;
 };
 
@@ -29,12 +27,9 @@ void on_warning(png_structp, png_const_charp) {}
 
 void on_read(png_structp png, png_bytep to, size_t count) {
     auto* source = static_cast<png_source*>(png_get_io_ptr(png));
-    if (count > source->rest.size()) {
-        source->fault = "the PNG file ends too early";
-        png_error(png, "");
-    }
-    memcpy(to, source->rest.data(), count);
-    source->rest = source->rest.subspan(count);
+    if (fread(to, 1, count, source->stream) == count) return;
+    source->fault = "the PNG file ends too early";
+    png_error(png, "");
 }
 
 // Runs libpng calls, whose errors jump back to here: `body` may own nothing.
@@ -49,10 +44,13 @@ struct png_reader {
     png_structp png = nullptr;
     png_infop info = nullptr;
 
-    explicit png_reader(byte_span file) : source{file} {
+    explicit png_reader(const image_file& file) : source{file.stream} {
         png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &source, on_error, on_warning);
         if (png) info = png_create_info_struct(png);
-        if (png) png_set_read_fn(png, &source, on_read);
+        if (!png) return;
+        png_set_read_fn(png, &source, on_read);
+        // Texts, profiles and all else that is not drawn is neither unpacked nor kept.
+        png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
     }
     ~png_reader() { png_destroy_read_struct(&png, &info, nullptr); }
     png_reader(const png_reader&) = delete;
@@ -61,35 +59,29 @@ struct png_reader {
 
 } // namespace
 
-const char* png_decode(byte_span file, picture& out) {
+const char* png_decode(const image_file& file, picture& out) {
     png_reader reader(file);
     if (!reader.info) return "out of memory";
     const png_structp png = reader.png;
     const png_infop info = reader.info;
     if (!protect(png, [=] { png_read_info(png, info); })) return reader.source.fault;
-
-    const uint32_t width = png_get_image_width(png, info), height = png_get_image_height(png, info);
-    if (const char* fault = picture_size_fault(width, height, file.size(), most_pixels_per_byte))
+    if (const char* fault = out.check(png_get_image_width(png, info), png_get_image_height(png, info),
+                                      file.size, most_pixels_per_byte))
         return fault;
+    out.allocate();
 
-    const bool ready = protect(png, [=] {
+    picture* const to = &out;
+    const bool read = protect(png, [=] {
         png_set_expand(png);
         png_set_scale_16(png);
         png_set_gray_to_rgb(png);
         png_set_add_alpha(png, 0xff, PNG_FILLER_AFTER);
-        png_set_interlace_handling(png);
+        const int passes = png_set_interlace_handling(png);
         png_read_update_info(png, info);
-    });
-    if (!ready) return reader.source.fault;
-    if (png_get_rowbytes(png, info) != size_t{width} * 4) return "PNG file of an unknown kind";
-
-    out.allocate(width, height);
-    std::vector<png_bytep> row_starts(height);
-    for (uint32_t y = 0; y < height; ++y)
-        row_starts[y] = out.row(y);
-    png_bytep* rows = row_starts.data();
-    const bool read = protect(png, [=] {
-        png_read_image(png, rows);
+        if (png_get_rowbytes(png, info) != size_t{to->width} * 4) png_error(png, "");
+        for (int pass = 0; pass < passes; ++pass)
+            for (uint32_t y = 0; y < to->height; ++y)
+                png_read_row(png, to->row(y), nullptr);
         png_read_end(png, nullptr);
     });
     return read ? nullptr : reader.source.fault;
@@ -97,7 +89,7 @@ const char* png_decode(byte_span file, picture& out) {
 
 #else
 
-const char* png_decode(byte_span, picture&) {
+const char* png_decode(const image_file&, picture&) {
     return "PNG files are not supported in this build";
 }
 

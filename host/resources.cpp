@@ -2,6 +2,7 @@
 
 #include "guard.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -33,6 +34,10 @@ kora_reference* service_get_reference(resource_manager* self, const char* type, 
     kora_reference* reference = nullptr;
     try {
         reference = pool->acquire(name, args);
+        if (reference && pool->hand_over && !pool->hand_over(pool->parameter, name, reference)) {
+            self->release(self, reference);
+            reference = nullptr;
+        }
     } catch (...) {
         reference = nullptr;
     }
@@ -58,8 +63,10 @@ void* service_get_data(resource_manager*, kora_reference* reference) {
 
 char* service_resolve_path(resource_manager* self, const char* name) {
     if (!name) return nullptr;
+    auto& service = *static_cast<resource_service*>(self);
+    if (service.drawing && service.drawing->model_file == name) service.drawing->bytes = 0;
     return guarded<char*>(nullptr, [&]() -> char* {
-        const std::string path = static_cast<resource_service*>(self)->paths.resolve("file", name);
+        const std::string path = service.paths.resolve("file", name);
         return path.empty() ? nullptr : strdup(path.c_str());
     });
 }
@@ -99,6 +106,10 @@ void resource_pool::let_go(resource& item) {
     idle.splice(idle.end(), held, by_name.find(item.name)->second);
     idle_cost += item.cost;
     trim(most_idle_items, most_idle_bytes);
+}
+
+void resource_pool::make_room(uint64_t bytes) {
+    trim(most_idle_items, most_idle_bytes - static_cast<size_t>(std::min<uint64_t>(bytes, most_idle_bytes)));
 }
 
 void resource_pool::trim(size_t most_items, size_t most_cost) {

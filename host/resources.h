@@ -28,6 +28,8 @@ struct resource_pool {
     kora_pool_alloc alloc;
     kora_pool_release release;
     size_t (*cost)(const kora_reference* reference) = nullptr; // bytes held while idle; may be null
+    // Asked at every acquire; false refuses. May be null.
+    bool (*hand_over)(void* parameter, const char* name, const kora_reference* reference) = nullptr;
 
     text_table<std::list<resource>::iterator> by_name{};
     std::list<resource> held{};
@@ -38,6 +40,8 @@ struct resource_pool {
     kora_reference* acquire(const char* name, va_list args);
     void let_go(resource& item);
 
+    // Discards the longest idle ones until so many bytes fit among those that stay.
+    void make_room(uint64_t bytes);
     // Discards the longest idle ones beyond the limits.
     void trim(size_t most_items, size_t most_cost);
     // Discards everything, held or not.
@@ -45,6 +49,19 @@ struct resource_pool {
 
   private:
     void discard(std::list<resource>& from, std::list<resource>::iterator item);
+};
+
+// What one control may have of the images. It is given back when the extension loads its model again, which
+// the host sees when the model's own file is looked up.
+struct image_account {
+    std::string model_file;
+    uint64_t bytes = 0; // of pixels handed over
+
+    void use_model(const char* file) {
+        if (model_file == file) return;
+        model_file = file;
+        bytes = 0;
+    }
 };
 
 struct resource_service : resource_manager {
@@ -57,6 +74,7 @@ struct resource_service : resource_manager {
     app_record* app;
     std::list<resource_pool> pools;
     path_finder paths;
+    image_account* drawing = nullptr; // of the control that is being rendered
 };
 
 #endif

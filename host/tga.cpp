@@ -78,7 +78,7 @@ struct pixel_source {
 
 } // namespace
 
-const char* tga_decode(byte_span file, picture& out) {
+const char* tga_decode(const image_file& file, picture& out) {
     byte_reader in(file);
     const unsigned remark = in.u8(), map_kind = in.u8(), kind = in.u8();
     tga_header header{};
@@ -109,10 +109,10 @@ const char* tga_decode(byte_span file, picture& out) {
 
     // A packet of one byte and one pixel stands for up to 128 pixels.
     const unsigned bytes = (header.pixel_bits + 7) / 8;
-    if (const char* fault = picture_size_fault(width, height, file.size(), 128)) return fault;
-    if (!header.coded && size_t{width} * height * bytes > in.left()) return "the TGA file ends too early";
+    if (const char* fault = out.check(width, height, file.size, 128)) return fault;
+    if (!header.coded && uint64_t{width} * height * bytes > in.left()) return "the TGA file ends too early";
 
-    out.allocate(width, height);
+    out.allocate();
     const bool mirrored = layout & 16, downwards = layout & 32;
     pixel_source source{header, in, map, bytes};
     unsigned run = 0; // pixels left in the packet

@@ -150,6 +150,12 @@ struct command_line {
         render->add_option("--frames", options.frames, "Draw N frames and keep the last [1]")
             ->check(CLI::Range(1, 1000000000))
             ->type_name("N");
+        const auto mebibytes = [&](const char* name, size_t& value, const char* text) {
+            render->add_option(name, value, text)->check(CLI::Range(1, 4095))->type_name("MIB");
+        };
+        mebibytes("--image-limit", options.image_limit_mib,
+                  "Most memory of one decoded picture, in MiB [64]");
+        mebibytes("--image-budget", options.image_budget_mib, "Most memory of all textures, in MiB [256]");
         render
             ->add_option("--option", options.plugin_option,
                          "Option text of the plug-in: novbo, diag=5 to diag=9")

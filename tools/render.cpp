@@ -223,6 +223,7 @@ void run_render(const render_options& options) {
     const log_watch log(options.verbosity);
     const host_app host = make_host(missing, &inputs); // goes while the context is still there
     load_plugin(host, options);
+    kora_app_set_image_limits(host.get(), options.image_limit_mib << 20, options.image_budget_mib << 20);
     set_target(host, options);
     if (options.json) kora_app_set_timing_hook(host.get(), on_timing);
     for (const auto& [key, value] : options.data)

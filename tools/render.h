@@ -10,6 +10,8 @@
 
 #include "framing.h"
 
+#include "kora/host.h"
+
 // Opaque, and dark enough for light models, light enough for dark ones.
 constexpr std::array<uint8_t, 4> default_background{0x2b, 0x33, 0x3d, 0xff};
 
@@ -24,6 +26,7 @@ struct render_options {
     bool surface = false;
     int samples = 4;
     int frames = 1;
+    size_t image_limit_mib = KORA_IMAGE_LIMIT >> 20, image_budget_mib = KORA_IMAGE_BUDGET >> 20;
     std::string plugin_option;
     bool raw = false;
     bool json = false;

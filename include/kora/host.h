@@ -68,6 +68,18 @@ KORA_API int kora_app_add_resource_root(kora_app* app, const char* folder);
 /* For images loaded from now on. The default is KORA_NPOT_AUTO. */
 KORA_API void kora_app_set_npot_mode(kora_app* app, kora_npot_mode mode);
 
+/* What decoded images may take, as 8-bit RGBA with its padding to powers of two. An image over a limit is
+ * missing, with a reason that names it. Both are for what extensions ask for from now on; 0 forbids images.
+ * image_bytes    one image
+ * control_bytes  all pixels handed over to one control while it is rendered, since every use of an image ends
+ *                in a texture of its own. Given back when the control's "filename" changes or is looked up
+ *                again, which is how a model is loaded anew, at a presleep, and with the control.
+ * Decoded images are held once for each file, whatever names lead to it, and up to 64 MiB of them stay after
+ * their use. Decoding a JPEG file of several scans takes up to twice its image more. */
+#define KORA_IMAGE_LIMIT ((size_t)64 << 20)   /* default of image_bytes: 4096 x 4096 pixels */
+#define KORA_IMAGE_BUDGET ((size_t)256 << 20) /* default of control_bytes */
+KORA_API void kora_app_set_image_limits(kora_app* app, size_t image_bytes, size_t control_bytes);
+
 /* Sets the timing hook; null switches it off. */
 KORA_API void kora_app_set_timing_hook(kora_app* app, kora_timing_hook hook);
 

@@ -1,9 +1,9 @@
-// Image files of every format, all made of one small picture.
+// The image files beside this: every format, all made of one small picture.
+//   images/LOOK/FILE    LOOK says what the file keeps of the picture
 #ifndef TESTS_HOST_IMAGE_FILES_H
 #define TESTS_HOST_IMAGE_FILES_H
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -13,32 +13,18 @@ using colour = std::array<uint8_t, 4>; // red, green, blue, alpha
 
 constexpr uint32_t width = 5, height = 3;
 
-// What a format keeps of the picture; two: the lowest index bit as black and white.
-enum class look { opaque, alpha, grey, two };
-
-colour seen(look as, uint32_t x, uint32_t y);
-
-// kind 1 mapped, 2 colour, 3 grey; plus 8 coded. layout: the last byte of the header.
-bytes tga(uint32_t kind, uint32_t bits, uint32_t layout);
-
-// coding 0 plain, 1 RLE8, 2 RLE4, 3 masks; info: size of the header behind the first 14 bytes
-bytes bmp(uint32_t bits, uint32_t coding, bool downwards, uint32_t info = 40);
-
-#ifdef KORA_IMAGE_FILES
-bytes png(look as);
-
-// All of one colour, {200, 100, 50}, so that next to nothing is lost; `ink`: CMYK.
-bytes jpeg(bool progressive, bool ink);
-#endif
+// The colour of a pixel. `look`: alpha, opaque, grey, two (the lowest index bit as black and white), or flat
+// (one colour, of which JPEG loses next to nothing).
+colour seen(const std::string& look, uint32_t x, uint32_t y);
 
 struct image_case {
-    std::string name;
+    std::string look, name;
     bytes file;
-    look as;
 };
 
-// All but JPEG, which loses.
-std::vector<image_case> exact_images();
+image_case read_image(const std::string& look, const std::string& name);
+
+// All that this build can read, by name.
 std::vector<image_case> all_images();
 
 #endif

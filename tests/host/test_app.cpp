@@ -8,7 +8,9 @@
 #include <cmath>
 #include <cstring>
 #include <dlfcn.h>
+#include <filesystem>
 #include <string>
+#include <unistd.h>
 
 namespace {
 
@@ -77,6 +79,33 @@ TEST_F(hosting, loads_a_plugin_once_and_says_why_not) {
     EXPECT_EQ(noted(), "pool;init null;fini;");
     destroy_app();
     EXPECT_EQ(noted(), "clear;fini;");
+}
+
+TEST_F(hosting, closes_exactly_once_what_it_does_not_take) {
+    // Then closes it so many times, of which the first is for the look itself.
+    const auto is_open = [](const std::string& path, int times = 1) {
+        void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD);
+        for (int i = 0; library && i < times; ++i)
+            dlclose(library);
+        return library != nullptr;
+    };
+    EXPECT_FALSE(kora_app_load_plugin(app, NO_PLUGIN, nullptr));
+    EXPECT_FALSE(is_open(NO_PLUGIN));
+    void* const own = dlopen(NO_PLUGIN, RTLD_NOW);
+    EXPECT_FALSE(kora_app_load_plugin(app, NO_PLUGIN, nullptr));
+    EXPECT_TRUE(is_open(NO_PLUGIN)) << "by others";
+    dlclose(own);
+
+    // A copy of the plug-in is another library, which nobody but this application has opened.
+    const std::string copy = testing::TempDir() + "plugin" + std::to_string(getpid()) + ".so";
+    std::filesystem::copy_file(FAKE_PLUGIN, copy);
+    EXPECT_TRUE(kora_app_load_plugin(app, copy.c_str(), nullptr));
+    EXPECT_FALSE(kora_app_load_plugin(app, copy.c_str(), nullptr));
+    EXPECT_TRUE(is_open(copy));
+    destroy_app();
+    EXPECT_TRUE(is_open(copy, 2)) << "it stays for good";
+    EXPECT_FALSE(is_open(copy)) << "the host had opened it once";
+    std::filesystem::remove(copy);
 }
 
 TEST_F(hosting, converts_attributes_to_their_formats) {

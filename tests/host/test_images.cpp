@@ -10,14 +10,12 @@
 #include <array>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <functional>
 #include <string>
 #include <sys/mman.h>
 #include <unistd.h>
 #include <vector>
-
-#ifdef KORA_IMAGE_FILES
-#include <zlib.h>
-#endif
 
 static const char* fake_version = nullptr;
 static const char* fake_extensions = nullptr;
@@ -29,6 +27,29 @@ extern "C" const unsigned char* glGetString(unsigned name) {
 }
 
 namespace {
+
+// 512 x 256 pixels, all but a few of which are not there.
+const bytes cut_tga = {0, 0, 10, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 2, 0, 1, 32, 0, 255, 1, 2, 3, 4};
+constexpr size_t cut_tga_bytes = size_t{512} * 256 * 4;
+
+// An extension whose frame is what the test says.
+std::function<void()> on_render;
+constexpr renderext_arg probe_args[] = {{12, "filename", "1s0"}, {0, nullptr, nullptr}};
+const renderext_descriptor probe = {.name = "probe",
+                                    .state_size = 1,
+                                    .args = probe_args,
+                                    .parse = nullptr,
+                                    .render =
+                                        [](render_canvas*, control_record*, renderext_instance*) {
+                                            on_render();
+                                            return 0;
+                                        },
+                                    .realize = nullptr,
+                                    .unrealize = nullptr,
+                                    .copy = [](renderext_instance*, renderext_instance*) { return 0; },
+                                    .free = nullptr,
+                                    .dirty = nullptr,
+                                    .reserved = nullptr};
 
 struct images : testing::Test {
     kora_app* app = nullptr;
@@ -65,20 +86,35 @@ struct images : testing::Test {
         EXPECT_EQ(ftruncate(memory, 0), 0);
         EXPECT_EQ(pwrite(memory, data, size, 0), static_cast<ssize_t>(size));
 
-        const app_services& services = *kora_app_record(app)->services;
+        kora_app_add_resource_root(app, folder.c_str());
         {
             const heap_watch watch(fail_at);
-            held = services.resource->get_reference(services.resource, "image", path.c_str(), nullptr, 0);
+            held = acquire(name);
             largest = watch.largest;
         }
-        if (!held) return false;
-        void* image = services.resource->get_data(services.resource, held);
-        memset(&info, 0xee, sizeof info);
-        services.graphics->describe_image(services.graphics, image, 1, &info, sizeof info);
-        return true;
+        if (held) describe(held);
+        return held != nullptr;
     }
     bool load(const image_case& image, kora_npot_mode mode = KORA_NPOT_NEVER) {
         return load(image.name, image.file.data(), image.file.size(), mode);
+    }
+    kora_reference* acquire(const std::string& name) {
+        resource_manager* resources = kora_app_record(app)->services->resource;
+        return resources->get_reference(resources, "image", name.c_str(), nullptr, 0);
+    }
+    void release(kora_reference* image) {
+        resource_manager* resources = kora_app_record(app)->services->resource;
+        resources->release(resources, image);
+    }
+    void describe(kora_reference* image) {
+        ASSERT_NE(image, nullptr);
+        graphics_manager* graphics = kora_app_record(app)->services->graphics;
+        memset(&info, 0xee, sizeof info);
+        graphics->describe_image(graphics, image->data, 1, &info, sizeof info);
+    }
+    void write(const char* name, const bytes& file) const {
+        std::ofstream(folder / name, std::ios::binary)
+            .write(reinterpret_cast<const char*>(file.data()), static_cast<std::streamsize>(file.size()));
     }
     colour pixel(uint32_t x, uint32_t y) const {
         const auto* at = static_cast<const uint8_t*>(info.pixels) +
@@ -88,8 +124,14 @@ struct images : testing::Test {
 };
 
 TEST_F(images, of_every_format_look_alike) {
-    for (const image_case& image : exact_images()) {
-        SCOPED_TRACE(image.name);
+    const std::vector<image_case> all = all_images();
+#ifdef KORA_IMAGE_FILES
+    EXPECT_EQ(all.size(), 32u);
+#else
+    EXPECT_EQ(all.size(), 25u);
+#endif
+    for (const image_case& image : all) {
+        SCOPED_TRACE(image.look + '/' + image.name);
         ASSERT_TRUE(load(image)) << missing[0];
         EXPECT_EQ(info.texture, 0u);
         EXPECT_EQ(info.image_width, 5);
@@ -99,22 +141,10 @@ TEST_F(images, of_every_format_look_alike) {
         EXPECT_EQ(info.bytes_per_pixel, 4);
         for (uint32_t y = 0; y < height; ++y)
             for (uint32_t x = 0; x < width; ++x)
-                EXPECT_EQ(pixel(x, y), seen(image.as, x, y)) << x << ' ' << y;
+                for (size_t i = 0; i < 4; ++i)
+                    EXPECT_NEAR(pixel(x, y)[i], seen(image.look, x, y)[i], image.look == "flat" ? 3 : 0)
+                        << x << ' ' << y;
     }
-    bytes marked = tga(2, 24, 0);
-    marked.resize(marked.size() + 8);
-    for (const char letter : "TRUEVISION-XFILE.")
-        marked.push_back(static_cast<uint8_t>(letter));
-    EXPECT_TRUE(load({"TGA without the name", marked, look::opaque}));
-#ifdef KORA_IMAGE_FILES
-    for (const bool progressive : {false, true})
-        for (const bool ink : {false, true}) {
-            ASSERT_TRUE(load({"jpeg", jpeg(progressive, ink), look::opaque})) << missing[0];
-            const colour wanted = {200, 100, 50, 255};
-            for (size_t i = 0; i < 4; ++i)
-                EXPECT_NEAR(pixel(4, 2)[i], wanted[i], 3);
-        }
-#endif
 }
 
 TEST_F(images, cut_short_anywhere_are_refused) {
@@ -142,30 +172,48 @@ TEST_F(images, damaged_anywhere_do_no_harm) {
     EXPECT_LE(most, size_t{4} << 20) << "some bytes of header asked for too much";
 }
 
-TEST_F(images, must_be_as_large_as_they_claim) {
-    const auto with = [](bytes file, size_t at, std::initializer_list<uint8_t> values) {
-        std::copy(values.begin(), values.end(), file.begin() + static_cast<std::ptrdiff_t>(at));
-        return file;
-    };
+bytes with(bytes file, size_t at, std::initializer_list<uint8_t> values) {
+    std::copy(values.begin(), values.end(), file.begin() + static_cast<std::ptrdiff_t>(at));
+    return file;
+}
+
+// A black picture of one bit a pixel, 256 times as wide and high.
+bytes large_bmp(uint8_t w, uint8_t h) {
+    bytes file = with(read_image("two", "1_bit.bmp").file, 18, {0, w, 0, 0, 0, h, 0, 0});
+    file.resize(62 + size_t{w} * h * 65536 / 8);
+    return file;
+}
+
+TEST_F(images, must_be_as_large_as_they_claim_and_within_the_limits) {
+    const bytes plain = read_image("opaque", "24_bit.bmp").file;
+    const bytes runs = read_image("opaque", "rle8.bmp").file;
+    const bytes tga = read_image("opaque", "24.tga").file, tga_runs = read_image("opaque", "24_rle.tga").file;
     std::vector<std::pair<image_case, std::string>> cases = {
-        {{"a", with(bmp(24, 0, false), 18, {0, 0x40, 0, 0, 0, 0x40, 0, 0}), {}},
-         "the file is too short for its picture"},
-        {{"b", with(bmp(8, 1, false), 18, {0, 0x40, 0, 0, 0, 0x40, 0, 0}), {}},
-         "the file is too short for its picture"},
-        {{"c", with(bmp(24, 0, false), 18, {1, 0x40, 0, 0, 1, 0, 0, 0}), {}}, "the picture is too large"},
-        {{"d", with(bmp(24, 0, false), 18, {0, 0, 0, 0}), {}}, "the picture has no pixels"},
-        {{"e.tga", with(tga(2, 24, 0), 12, {0, 0x40, 0, 0x40}), {}}, "the file is too short for its picture"},
-        {{"f.tga", with(tga(10, 24, 0), 12, {0, 0x40, 0, 0x40}), {}},
-         "the file is too short for its picture"},
-        {{"g", {'h', 'e', 'l', 'l', 'o'}, {}}, "not a PNG, JPEG, TGA or BMP file"},
-        {{"h", {}, {}}, "the file is empty"},
+        {{"", "a", with(plain, 18, {0, 0x40, 0, 0, 0, 0x40, 0, 0})}, "the file is too short for its picture"},
+        {{"", "b", with(runs, 18, {0, 0x40, 0, 0, 0, 0x40, 0, 0})}, "the file is too short for its picture"},
+        {{"", "c", with(plain, 18, {1, 0x40, 0, 0, 1, 0, 0, 0})},
+         "the picture is too large: more than 16384 pixels a side"},
+        {{"", "d", with(plain, 18, {0, 0, 0, 0})}, "the picture has no pixels"},
+        {{"", "e.tga", with(tga, 12, {0, 0x40, 0, 0x40})}, "the file is too short for its picture"},
+        {{"", "f.tga", with(tga_runs, 12, {0, 0x40, 0, 0x40})}, "the file is too short for its picture"},
+        {{"", "g", {'h', 'e', 'l', 'l', 'o'}}, "not a PNG, JPEG, TGA or BMP file"},
+        {{"", "h", {}}, "the file is empty"},
+        {{"", "i", large_bmp(32, 17)},
+         "8192 x 4352 pixels take 136 MiB, more than the image limit of 64 MiB (see --image-limit)"},
     };
 #ifdef KORA_IMAGE_FILES
-    bytes claim = with(png(look::alpha), 16, {0, 0, 0x40, 0, 0, 0, 0x40, 0});
-    const uLong sum = crc32(0, claim.data() + 12, 17);
-    for (int i = 0; i < 4; ++i)
-        claim[29 + static_cast<size_t>(i)] = static_cast<uint8_t>(sum >> (24 - 8 * i));
-    cases.push_back({{"png", claim, {}}, "the file is too short for its picture"});
+    cases.push_back({{"", "png",
+                      with(read_image("alpha", "png.png").file, 16,
+                           {0, 0, 0x40, 0, 0, 0, 0x40, 0, 8, 6, 0, 0, 0, 0xa9, 0xc8, 0x10, 0x84})},
+                     "the file is too short for its picture"});
+    // The last scan, which ends with the file, 32 times more.
+    const bytes once = read_image("flat", "progressive.jpg").file;
+    constexpr uint8_t start_of_scan[] = {0xff, 0xda};
+    const auto scan = std::find_end(once.begin(), once.end(), start_of_scan, start_of_scan + 2);
+    bytes scans = once;
+    for (int i = 0; i < 32; ++i)
+        scans.insert(scans.end() - 2, scan, once.end() - 2);
+    cases.push_back({{"", "jpeg", scans}, "the JPEG file has too many scans"});
 #endif
     for (const auto& [image, reason] : cases) {
         EXPECT_FALSE(load(image)) << image.name;
@@ -176,7 +224,7 @@ TEST_F(images, must_be_as_large_as_they_claim) {
 }
 
 TEST_F(images, are_padded_to_powers_of_two_when_the_driver_needs_it) {
-    const image_case image = {"padded.tga", tga(2, 32, 8), look::alpha};
+    const image_case image = read_image("alpha", "32.TGA");
     const struct {
         kora_npot_mode mode;
         const char *version, *extensions;
@@ -201,12 +249,12 @@ TEST_F(images, are_padded_to_powers_of_two_when_the_driver_needs_it) {
         ASSERT_EQ(info.buffer_height, row.padded ? 4 : 3);
         for (uint32_t y = 0; y < static_cast<uint32_t>(info.buffer_height); ++y)
             for (uint32_t x = 0; x < static_cast<uint32_t>(info.buffer_width); ++x)
-                EXPECT_EQ(pixel(x, y), seen(look::alpha, std::min(x, width - 1), std::min(y, height - 1)));
+                EXPECT_EQ(pixel(x, y), seen(image.look, std::min(x, width - 1), std::min(y, height - 1)));
     }
 }
 
 TEST_F(images, are_described_within_the_size_given) {
-    ASSERT_TRUE(load({"a.tga", tga(2, 24, 0), look::opaque}));
+    ASSERT_TRUE(load(read_image("opaque", "24.tga")));
     const app_services& services = *kora_app_record(app)->services;
     image_info cut;
     memset(&cut, 0xee, sizeof cut);
@@ -218,28 +266,135 @@ TEST_F(images, are_described_within_the_size_given) {
 
 TEST_F(images, wait_idle_within_a_budget) {
     if (!heap_is_watched()) GTEST_SKIP();
-    // 64 MiB each, all of the budget.
-    bytes file = bmp(1, 0, false);
-    file[19] = file[23] = 0x10;
-    file[18] = file[22] = 0;
-    file.resize(62 + size_t{4096} * 4096 / 8);
+    // 64 MiB, all of the budget, as the other one.
+    const bytes file = large_bmp(16, 16);
     ASSERT_TRUE(load("first", file.data(), file.size()));
-    std::filesystem::create_symlink("/proc/self/fd/" + std::to_string(memory), folder / "second");
-
-    resource_manager* resources = kora_app_record(app)->services->resource;
-    const std::string first = folder / "first", second = folder / "second";
-    const auto reads = [&](const std::string& path) {
+    write("second", file);
+    write("cut.tga", cut_tga);
+    const auto reads = [&](const char* name) {
         const heap_watch watch;
-        held = resources->get_reference(resources, "image", path.c_str(), nullptr, 0);
-        resources->release(resources, held);
+        release(acquire(name));
         return watch.allocations > 0;
     };
-    resources->release(resources, held);
-    EXPECT_FALSE(reads(first));
-    EXPECT_FALSE(reads(first));
-    EXPECT_TRUE(reads(second));
-    EXPECT_FALSE(reads(second));
-    EXPECT_TRUE(reads(first)) << "the longest idle had to go";
+    release(held);
+    EXPECT_FALSE(reads("first"));
+    EXPECT_FALSE(reads("first"));
+    EXPECT_TRUE(reads("second"));
+    EXPECT_FALSE(reads("second"));
+    EXPECT_TRUE(reads("first")) << "the longest idle had to go";
+    EXPECT_TRUE(reads("cut.tga"));
+    EXPECT_TRUE(reads("first")) << "it had to make room before another one was decoded";
+    kora_app_set_image_limits(app, 0, 0);
+    EXPECT_EQ(acquire("first"), nullptr);
+    kora_app_set_image_limits(app, KORA_IMAGE_LIMIT, KORA_IMAGE_BUDGET);
+    EXPECT_FALSE(reads("first"));
+    kora_app_presleep(app);
+    EXPECT_TRUE(reads("first")) << "what was refused is not held";
+}
+
+TEST_F(images, of_one_file_are_decoded_once_whatever_their_names) {
+    const image_case before = read_image("alpha", "32.TGA"), after = read_image("opaque", "24_rle.tga");
+    ASSERT_TRUE(load("one.tga", before.file.data(), before.file.size()));
+    std::filesystem::create_symlink("one.tga", folder / "link.tga");
+    write("other.tga", before.file);
+    const auto pixels = [&](const char* name) {
+        describe(acquire(name));
+        return info.pixels;
+    };
+    const void* const first = info.pixels;
+    EXPECT_EQ(pixels("./one.tga"), first);
+    EXPECT_EQ(pixels("link.tga"), first);
+    EXPECT_NE(pixels("other.tga"), first);
+    kora_app_set_npot_mode(app, KORA_NPOT_ALWAYS);
+    EXPECT_NE(pixels("././one.tga"), first) << "padded";
+
+    // The file changes: names that are held keep what they have, others get the new picture.
+    kora_app_set_npot_mode(app, KORA_NPOT_NEVER);
+    EXPECT_EQ(pwrite(memory, after.file.data(), after.file.size(), 0), ssize_t(after.file.size()));
+    EXPECT_EQ(ftruncate(memory, off_t(after.file.size())), 0);
+    EXPECT_NE(pixels(".//one.tga"), first);
+    EXPECT_EQ(pixel(4, 2), seen("opaque", 4, 2));
+    release(held);
+    EXPECT_EQ(pixels("link.tga"), first);
+    EXPECT_EQ(pixel(2, 1), seen("alpha", 2, 1));
+}
+
+TEST_F(images, of_a_control_have_a_budget_until_it_loads_its_model_again) {
+    const image_case image = read_image("alpha", "32.TGA");
+    ASSERT_TRUE(load(image));
+    write("cut.tga", cut_tga);
+    resource_manager* resources = kora_app_record(app)->services->resource;
+    renderext_manager* extensions = kora_app_record(app)->services->renderext;
+    extensions->register_extension(extensions, &probe);
+    kora_control* const one = kora_control_create(app, "one", "probe", 0, 0, 1, 1);
+    kora_control* const two = kora_control_copy(one, "two");
+    // How many of three uses of the image a frame gets, after looking up a file.
+    const auto uses = [&](kora_control* control, const char* file) {
+        int count = 0;
+        on_render = [&] {
+            if (file) free(resources->resolve_path(resources, file));
+            for (const char* name : {"32.TGA", "./32.TGA", "32.TGA"})
+                count += acquire(name) != nullptr;
+        };
+        kora_control_render(control);
+        return count;
+    };
+    EXPECT_EQ(uses(one, nullptr), 3) << "60 bytes each";
+    kora_app_set_image_limits(app, 60, 120 + 180);
+    missing.clear();
+    EXPECT_EQ(uses(one, nullptr), 2);
+    EXPECT_EQ(missing, (std::vector<std::string>{"image: takes 5.72205e-05 MiB, more than is left of the "
+                                                 "control's image budget of 0.000286102 MiB (see "
+                                                 "--image-budget)"}));
+    EXPECT_EQ(uses(one, nullptr), 0) << "the textures of the frame before are still there";
+    EXPECT_NE(acquire("32.TGA"), nullptr) << "outside of frames nothing counts";
+    EXPECT_EQ(uses(two, nullptr), 3) << "another control has a budget of its own";
+
+    kora_control_set(one, "filename", "model");
+    EXPECT_EQ(uses(one, nullptr), 3);
+    kora_control_set(one, "filename", "model");
+    EXPECT_EQ(uses(one, "library"), 2) << "neither the same model nor another file";
+    EXPECT_EQ(uses(one, "model"), 3) << "loaded again";
+    kora_control* const three = kora_control_copy(one, "three");
+    EXPECT_EQ(uses(three, nullptr), 3);
+    EXPECT_EQ(uses(three, "model"), 3);
+    EXPECT_EQ(uses(one, nullptr), 2);
+    kora_app_presleep(app);
+    EXPECT_EQ(uses(one, nullptr), 3);
+
+    kora_app_set_image_limits(app, 59, 1000);
+    EXPECT_EQ(uses(one, "model"), 0) << "decoded already, but over the limit by now";
+    kora_app_set_npot_mode(app, KORA_NPOT_ALWAYS);
+    kora_app_set_image_limits(app, 127, 1000);
+    EXPECT_EQ(acquire(".//32.TGA"), nullptr) << "128 bytes when padded";
+    kora_app_set_image_limits(app, 128, 1000);
+    EXPECT_NE(acquire(".//32.TGA"), nullptr);
+
+    // Files that fail are not decoded again under other names, but in the next frame.
+    if (!heap_is_watched()) return;
+    std::string decoded;
+    on_render = [&] {
+        for (const char* name : {"cut.tga", "./cut.tga"}) {
+            const heap_watch watch;
+            EXPECT_EQ(acquire(name), nullptr);
+            decoded += watch.largest >= cut_tga_bytes ? "yes " : "no ";
+        }
+    };
+    const auto outcome = [&](size_t image_bytes, size_t control_bytes) {
+        kora_app_set_image_limits(app, image_bytes, control_bytes);
+        missing.clear();
+        decoded.clear();
+        kora_control_render(three);
+        return decoded + missing[1].substr(0, 36);
+    };
+    EXPECT_EQ(outcome(cut_tga_bytes, cut_tga_bytes * 2), "yes no image: the TGA file ends too early");
+    EXPECT_EQ(outcome(cut_tga_bytes, cut_tga_bytes * 2), "yes no image: the TGA file ends too early");
+    EXPECT_EQ(outcome(cut_tga_bytes - 1, cut_tga_bytes), "no no image: 512 x 256 pixels take 0.5 MiB");
+    EXPECT_EQ(outcome(cut_tga_bytes, cut_tga_bytes - 1), "no no image: takes 0.5 MiB, more than is l");
+    kora_app_set_image_limits(app, cut_tga_bytes, cut_tga_bytes);
+    decoded.clear();
+    on_render();
+    EXPECT_EQ(decoded, "yes yes ") << "no frame, no next frame";
 }
 
 TEST_F(images, survive_every_failing_allocation) {

@@ -138,7 +138,8 @@ TEST_F(context, may_be_replaced_behind_the_back_of_controls) {
         for (int shift = 0; shift < shifts; ++shift) {
             const std::string label = row.name + std::string(shift ? ", shifted" : "");
             kora_app_presleep(app_);
-            ASSERT_TRUE(gl_->replace()); // the plug-in's names start over, as the host's will
+            kora_app_set_image_limits(app_, 64, 64); // enough for one load of each control
+            ASSERT_TRUE(gl_->replace());             // the plug-in's names start over, as the host's will
             kora_control* controls[] = {open(shown, files[0]), open(lit, files[1])};
             EXPECT_TRUE(same(expected[0], frame(shown, controls[0]))) << label << ", before";
             EXPECT_TRUE(same(expected[1], frame(lit, controls[1]))) << label << ", before";

@@ -118,6 +118,13 @@ class ToolTest(unittest.TestCase):
         (self.folder / "wood.png").write_text("no PNG")
         self.assertEqual(self.info("broken.obj")["textures"], [{"path": ".//wood.png", "found": True}])
         self.assertIn('not found: texture ".//wood.png"', self.run_tool("render", "broken.obj", "-o", "o.png")[1])
+        # 2 MiB of black.
+        bmp = struct.pack("<2s8x4I2H", b"BM", 62, 40, 1024, 512, 1, 1) + bytes(32 + 1024 * 512 // 8)
+        (self.folder / "wood.png").write_bytes(bmp)
+        for option, limit in (("--image-limit", "image limit"), ("--image-budget", "control's image budget")):
+            errors = [self.run_tool("render", "broken.obj", "-o", "o.png", option, mib)[1] for mib in ("1", "2")]
+            self.assertIn(f"{limit} of 1 MiB (see {option})", errors[0])
+            self.assertNotIn("texture", errors[1])
 
     def test_wrong_input_gets_one_line_and_its_code(self):
         out = ["-o", "out.png"]
@@ -141,6 +148,8 @@ class ToolTest(unittest.TestCase):
             (2, ["quad.obj", *out, "--rotation", "45"], ["45"]),
             (2, ["quad.obj", *out, "--rotation", "90", "--surface"], ["--surface"]),
             (2, ["quad.obj", *out, "--frames", "0"], ["--frames"]),
+            (2, ["quad.obj", *out, "--image-limit", "0"], ["--image-limit"]),
+            (2, ["quad.obj", *out, "--image-budget", "4096"], ["--image-budget"]),
             (2, ["quad.obj", "-o", "-", "--json"], ["--json"]),
         ]
         for code, args, words in cases:

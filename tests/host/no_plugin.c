@@ -1,0 +1,3 @@
+/* A library that is no plug-in. */
+extern int nothing;
+int nothing;
