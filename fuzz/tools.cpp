@@ -15,7 +15,7 @@ const char* const program_name = "fuzz";
 
 namespace {
 
-// A folder in memory, where there is one; gone when the process ends.
+// A folder in memory, where there is one. It goes with every input, since fuzzers end without clearing up.
 struct folder {
     folder() {
         char name[] = "/dev/shm/fuzz-XXXXXX", other[] = "/tmp/fuzz-XXXXXX";
@@ -50,7 +50,7 @@ std::string contents(const std::string& file) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const folder files;
+    const folder files;
     const bool model = size == 0 || strchr("#vfmu", data[0]);
     const std::string in = files.path + (model ? "/in.obj" : "/in.qel"), out = files.path + "/out.qel";
     const std::string again = files.path + "/again.qel", welded = files.path + "/welded.qel";
@@ -65,7 +65,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     require(loads || !valid || !form, "what is valid loads"); // in other containers the loader does not look
     require(converted || !(model ? loads : valid), "what is valid converts");
     if (!converted) return 0;
-    require(model || done([&] { return run_compare(in, out); }), "the copy of a scene is equal");
+    // Sizes that do not fit what is there are put right, and so not copied.
+    require(!valid || done([&] { return run_compare(in, out); }), "the copy of a scene is equal");
     require(!valid || done([&] { return run_check(out, false); }), "and as valid");
     require(!loads || done([&] { return run_info(out, true), 0; }),
             "what loads does so when it is converted");
