@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         require(image.width > 0 && image.height > 0 && image.pixels, "a picture has pixels");
         require(image.bytes() <= most_bytes, "a picture keeps to its limit");
         image.pad();
-        const std::span pixels(image.pixels.get(), image.bytes());
+        const std::span pixels(image.pixels.get(), static_cast<size_t>(image.bytes()));
         volatile unsigned sum = std::accumulate(pixels.begin(), pixels.end(), 0u);
         static_cast<void>(sum);
     }
