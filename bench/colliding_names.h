@@ -28,7 +28,7 @@ struct piece {
 
 inline piece make_piece(uint32_t number, hash_step step, uint32_t state) {
     piece made = {"", state};
-    for (int i = 0; i < 7; i++) {
+    for (int i = 0; i < 7; ++i) {
         number = number * 1664525 + 1013904223;
         made.letters += static_cast<char>('A' + (number >> 16) % 58); // up to z
         made.after = step(made.after, static_cast<uint8_t>(made.letters.back()));
@@ -40,7 +40,7 @@ inline piece make_piece(uint32_t number, hash_step step, uint32_t state) {
 // or, when they are not to collide, any two.
 inline std::vector<std::string> make_names(int pieces, hash_step step, uint32_t state, bool colliding) {
     std::vector<std::string> names = {""};
-    for (int i = 0; i < pieces; i++) {
+    for (int i = 0; i < pieces; ++i) {
         std::vector<uint32_t> seen(1 << 18); // the last number that led to a state, by its low bits
         uint32_t number = 1;
         piece one, other;

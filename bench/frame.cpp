@@ -10,7 +10,7 @@ namespace {
 template <class Work> double time_of_one(Work work) {
     constexpr int times = 100;
     return milliseconds([&] {
-               for (int i = 0; i < times; i++)
+               for (int i = 0; i < times; ++i)
                    work();
            }) /
            times;

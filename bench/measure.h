@@ -28,12 +28,12 @@ template <class Work> double milliseconds(Work work) {
 template <class... Work> std::array<double, sizeof...(Work)> medians(Work... work) {
     constexpr size_t rounds = 9;
     std::array<std::array<double, rounds>, sizeof...(Work)> times;
-    for (size_t round = 0; round < rounds; round++) {
+    for (size_t round = 0; round < rounds; ++round) {
         size_t i = 0;
         ((times[i++][round] = work()), ...);
     }
     std::array<double, sizeof...(Work)> result;
-    for (size_t i = 0; i < result.size(); i++) {
+    for (size_t i = 0; i < result.size(); ++i) {
         std::nth_element(times[i].begin(), times[i].begin() + rounds / 2, times[i].end());
         result[i] = times[i][rounds / 2];
     }

@@ -61,7 +61,7 @@ inline void write_scene(scene* s, const std::string& path) {
 inline std::string write_groups(const std::string& path, int count) {
     scene s;
     if (!scene_create(&s)) abort();
-    for (int i = 0; i < count; i++) {
+    for (int i = 0; i < count; ++i) {
         auto* const g = heap_zeroed<group>();
         if (!g || !group_create(g, 1)) abort();
         g->name = strdup(("group" + std::to_string(i)).c_str());
@@ -86,7 +86,7 @@ class models {
         const int n = sheet_side(kilotriangles);
         FILE* file = fopen(path.c_str(), "w");
         if (!file) abort();
-        for (int i = 0; i < (n + 1) * (n + 1); i++) {
+        for (int i = 0; i < (n + 1) * (n + 1); ++i) {
             const int column = i % (n + 1), row = i / (n + 1);
             const double u = static_cast<double>(column) / n, v = static_cast<double>(row) / n;
             const double x = 2 * u - 1, y = 2 * v - 1, z = std::sin(9 * x) * std::cos(7 * y);
@@ -96,7 +96,7 @@ class models {
             const double length = std::sqrt(dx * dx + dy * dy + 1);
             fprintf(file, "vn %.6f %.6f %.6f\n", dx / length, dy / length, 1 / length);
         }
-        for (int i = 0; i < n * n; i++) {
+        for (int i = 0; i < n * n; ++i) {
             const int a = i / n * (n + 1) + i % n + 1, b = a + 1, c = a + n + 1, d = c + 1;
             fprintf(file, "f %d/%d/%d %d/%d/%d %d/%d/%d\n", a, a, a, b, b, b, d, d, d);
             fprintf(file, "f %d/%d/%d %d/%d/%d %d/%d/%d\n", a, a, a, d, d, d, c, c, c);

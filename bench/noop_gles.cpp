@@ -28,7 +28,7 @@ std::vector<std::string> make_uniforms() {
                                    "ambient_factor",
                                    "nlights",
                                    "diffuseSampler"};
-    for (int i = 0; i < 8; i++) {
+    for (int i = 0; i < 8; ++i) {
         for (const char* member : {"position", "diffuse_color", "specular_color", "intensity"}) {
             names.push_back("light_params[" + std::to_string(i) + "]." + member);
         }
@@ -42,7 +42,7 @@ const std::vector<std::string>& uniforms() {
 }
 
 void make_names(GLsizei n, GLuint* names) {
-    for (GLsizei i = 0; i < n; i++) {
+    for (GLsizei i = 0; i < n; ++i) {
         names[i] = ++last_name;
     }
 }
@@ -146,7 +146,7 @@ EXPORT void glGetActiveUniform(GLuint, GLuint index, GLsizei size, GLsizei*, GLi
     snprintf(name, static_cast<size_t>(size), "%s", uniforms()[index].c_str());
 }
 EXPORT GLint glGetUniformLocation(GLuint, const GLchar* name) {
-    for (size_t i = 0; i < uniforms().size(); i++) {
+    for (size_t i = 0; i < uniforms().size(); ++i) {
         if (uniforms()[i] == name) return static_cast<GLint>(i);
     }
     return -1;

@@ -32,7 +32,7 @@ std::vector<vertex_record> sheet() {
         return vertex_record{x, y, std::sin(x / 9) * std::cos(y / 7), 0};
     };
     std::vector<vertex_record> vertices;
-    for (int i = 0; vertices.size() < nvertices; i++) {
+    for (int i = 0; vertices.size() < nvertices; ++i) {
         const int x = i % side, y = i / side;
         const vertex_record a = at(x, y), b = at(x + 1, y), c = at(x + 1, y + 1), d = at(x, y + 1);
         vertices.insert(vertices.end(), {a, b, c, a, c, d});
@@ -48,7 +48,7 @@ bool before(const vertex_record& a, const vertex_record& b) {
 void measure(const char* name, const std::vector<vertex_record>& vertices) {
     trimesh mesh;
     if (!trimesh_create(&mesh, name, nvertices, nfaces, 0, 1, 0, 0, 0)) abort();
-    for (uint32_t i = 0; i < nvertices; i++) {
+    for (uint32_t i = 0; i < nvertices; ++i) {
         trimesh_pushvertex(&mesh, vertices[i].x, vertices[i].y, vertices[i].z);
         if (i % 3 == 2) trimesh_pushface(&mesh, i - 2, i - 1, i);
     }

@@ -9,7 +9,9 @@
 #if defined(PEER_TINYOBJLOADER)
 #include <tiny_obj_loader.h>
 
-static bool load(const char* path) {
+namespace {
+
+bool load(const char* path) {
     tinyobj::attrib_t attributes;
     std::vector<tinyobj::shape_t> shapes;
     std::vector<tinyobj::material_t> materials;
@@ -18,25 +20,35 @@ static bool load(const char* path) {
     return tinyobj::LoadObj(&attributes, &shapes, &materials, &warnings, &errors, path, folder.c_str());
 }
 
+} // namespace
+
 #elif defined(PEER_ASSIMP)
 #include <assimp/Importer.hpp>
 #include <assimp/postprocess.h>
 
-static bool load(const char* path) {
+namespace {
+
+bool load(const char* path) {
     Assimp::Importer importer;
     return importer.ReadFile(path, aiProcess_Triangulate | aiProcess_JoinIdenticalVertices) != nullptr;
 }
+
+} // namespace
 
 #else
 #include "loaders/group_obj.h"
 #include "models.h"
 
-static bool load(const char* path) {
+namespace {
+
+bool load(const char* path) {
     scene s;
     load_model(group_loadobj, &s, path);
     scene_free(&s);
     return true;
 }
+
+} // namespace
 #endif
 
 int main(int argc, char** argv) {

@@ -18,7 +18,7 @@ inline std::string write_segments(const folder& in, int count) {
     FILE* mtl = fopen((in.path + "/segments.mtl").c_str(), "w");
     if (!obj || !mtl) abort();
     fputs("mtllib segments.mtl\n", obj);
-    for (int i = 0; i < count; i++) {
+    for (int i = 0; i < count; ++i) {
         const double x = static_cast<double>(i) / count;
         fprintf(mtl, "newmtl m%d\nKa %f 0 0\nKd 0 %f 0\nKs 0 0 %f\nNs %f\nd %f\n", i, x, x, x, 1 + 50 * x,
                 0.5 + x / 2);
@@ -118,7 +118,7 @@ struct shown {
 class bound_groups {
   public:
     explicit bound_groups(int count) : model(write_groups(files.path + "/groups.qel", count)) {
-        for (int i = 0; i < count; i++) {
+        for (int i = 0; i < count; ++i) {
             for (const char* suffix : {"_RX", "_RY", "_RZ", "_TX", "_TY", "_TZ", "_SX", "_SY", "_SZ"}) {
                 keys.push_back("group" + std::to_string(i) + suffix);
                 kora_app_set_data(model.app, keys.back().c_str(), 1);

@@ -72,7 +72,7 @@ void use_keys(int size, bool colliding) {
 
 void name_libraries(int size, const std::string& other) {
     std::string model = "mtllib library.mtl\n", library;
-    for (int i = 0; i < 1 << size; i++) {
+    for (int i = 0; i < 1 << size; ++i) {
         library += "newmtl material " + std::to_string(i) + "\n";
         model += "mtllib " + other + "\n";
     }

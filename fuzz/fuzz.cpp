@@ -73,10 +73,10 @@ char* resolve(resource_manager* resources, const char* name) {
 
 void check_mesh(trimesh& mesh) {
     const auto corners = static_cast<size_t>(mesh.nfaces) * 3;
-    for (size_t i = 0; i < corners; i++)
+    for (size_t i = 0; i < corners; ++i)
         require(mesh.indices[i] < static_cast<uint32_t>(mesh.nvertices), "indices are within the vertices");
     int32_t previous = 0;
-    for (int32_t i = 0; i < mesh.nmaterials; i++) {
+    for (int32_t i = 0; i < mesh.nmaterials; ++i) {
         const int32_t start = mesh.materials[i].startIndex;
         require(start >= previous && start <= mesh.nfaces, "segments are in order and within the faces");
         previous = start;
@@ -86,7 +86,7 @@ void check_mesh(trimesh& mesh) {
 }
 
 void check_meshes(const group& g) {
-    for (int32_t i = 0; i < g.nnodes; i++) {
+    for (int32_t i = 0; i < g.nnodes; ++i) {
         if (g.nodes[i].export_node == trimesh_export) check_mesh(*static_cast<trimesh*>(g.nodes[i].node));
         if (g.nodes[i].export_node == group_export) check_meshes(*static_cast<group*>(g.nodes[i].node));
     }

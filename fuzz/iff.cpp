@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     require(write_tree(tree.get(), nullptr, bytes), "what was read can be written");
     unsigned int count = 0;
     IFF_Form** const forms = IFF_searchForms(tree.get(), "TEST", &count);
-    for (unsigned int i = 0; i < count; i++)
+    for (unsigned int i = 0; i < count; ++i)
         IFF_getChunkFromForm(forms[i], "DATA");
     free(forms);
     require(!valid || IFF_updateChunkSizes(tree.get()), "sizes of a valid tree can be made right");

@@ -64,7 +64,7 @@ void run(const char* last, const bytes& input) {
 // A few bytes changed to what counts and sizes break at, cut out, or doubled.
 bytes spoil(bytes input, std::minstd_rand& random) {
     constexpr uint8_t values[] = {0, 1, 0x7f, 0x80, 0xff, ' ', '-', '/'};
-    for (unsigned changes = 1 + random() % 4; changes > 0 && !input.empty(); changes--) {
+    for (unsigned changes = 1 + random() % 4; changes > 0 && !input.empty(); --changes) {
         const auto at = input.begin() + static_cast<ptrdiff_t>(random() % input.size());
         const auto length = std::min<ptrdiff_t>(1 + static_cast<ptrdiff_t>(random() % 8), input.end() - at);
         switch (random() % 4) {
@@ -92,7 +92,7 @@ int replay(const char* last, const std::filesystem::path& path) {
     fprintf(stderr, "%s\n", path.c_str());
     run(last, input);
     std::minstd_rand random;
-    for (int i = 0; i < copies; i++)
+    for (int i = 0; i < copies; ++i)
         run(last, spoil(input, random));
     return 1;
 }
@@ -103,7 +103,7 @@ int main(int argc, char** argv) {
     if (argc < 3 || !freopen("/dev/null", "w", stdout)) return 2;
     memory();
     int count = 0;
-    for (int i = 2; i < argc; i++) {
+    for (int i = 2; i < argc; ++i) {
         if (!std::filesystem::is_directory(argv[i])) {
             count += replay(argv[1], argv[i]);
             continue;

@@ -1,9 +1,9 @@
 // The commands of qelf, and model3d info, on scene files and on models that are their own material library.
 //   fuzz_tools -dict=fuzz/scene.dict CORPUS SEEDS/scene SEEDS/obj tests/crashers
+#include "common/report.h"
 #include "fuzz.h"
-#include "info.h"
-#include "qelf_commands.h"
-#include "report.h"
+#include "model3d/info.h"
+#include "qelf/commands.h"
 
 #include <cstring>
 #include <filesystem>

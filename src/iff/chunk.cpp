@@ -12,24 +12,32 @@ constexpr group_kind group_kinds[] = {
     {"PROP", chunk_kind::prop},
 };
 
-static chunk_kind kind_of_id(const IFF_ID chunkId) {
+namespace {
+
+chunk_kind kind_of_id(const IFF_ID chunkId) {
     for (const group_kind& row : group_kinds) {
         if (IFF_compareId(chunkId, row.chunkId) == 0) return row.kind;
     }
     return chunk_kind::data;
 }
 
+} // namespace
+
 chunk_kind iff_kind(const IFF_Chunk* chunk) {
     return kind_of_id(chunk->chunkId);
 }
 
-static IFF_RawChunk* as_raw(IFF_Chunk* chunk) {
+namespace {
+
+IFF_RawChunk* as_raw(IFF_Chunk* chunk) {
     return reinterpret_cast<IFF_RawChunk*>(chunk);
 }
 
-static const IFF_RawChunk* as_raw(const IFF_Chunk* chunk) {
+const IFF_RawChunk* as_raw(const IFF_Chunk* chunk) {
     return reinterpret_cast<const IFF_RawChunk*>(chunk);
 }
+
+} // namespace
 
 IFF_Chunk* IFF_allocateChunk(const IFF_ID chunkId, size_t recordSize) {
     if (recordSize < sizeof(IFF_Chunk)) return nullptr;
@@ -151,8 +159,10 @@ void IFF_freeChunk(IFF_Chunk* chunk, const IFF_ID formType, const IFF_FormExtens
     free(chunk);
 }
 
-static void print_contents(const IFF_Chunk* chunk, int indentLevel, const IFF_ID formType,
-                           const IFF_FormExtension* formExtensions, unsigned int formExtensionsLength) {
+namespace {
+
+void print_contents(const IFF_Chunk* chunk, int indentLevel, const IFF_ID formType,
+                    const IFF_FormExtension* formExtensions, unsigned int formExtensionsLength) {
     switch (iff_kind(chunk)) {
     case chunk_kind::form:
         return IFF_printForm(as_group(chunk), indentLevel, formExtensions, formExtensionsLength);
@@ -173,6 +183,8 @@ static void print_contents(const IFF_Chunk* chunk, int indentLevel, const IFF_ID
         IFF_printRawChunk(as_raw(chunk), indentLevel);
     }
 }
+
+} // namespace
 
 void IFF_printChunk(const IFF_Chunk* chunk, int indentLevel, const IFF_ID formType,
                     const IFF_FormExtension* formExtensions, unsigned int formExtensionsLength) {

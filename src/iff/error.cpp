@@ -14,7 +14,7 @@ void IFF_error(const char* format, ...) {
 }
 
 void IFF_errorId(const IFF_ID id) {
-    for (size_t i = 0; i < sizeof(IFF_ID) && id[i] != '\0'; i++)
+    for (size_t i = 0; i < sizeof(IFF_ID) && id[i] != '\0'; ++i)
         IFF_error("%c", id[i]);
 }
 

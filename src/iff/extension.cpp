@@ -1,9 +1,10 @@
 #include "iff/iff.h"
 
+namespace {
+
 // The row whose identifier is `id` in a sorted table, or null.
 template <class Row>
-static const Row* find_row(const Row* rows, unsigned int count, const char* const Row::*rowId,
-                           const IFF_ID id) {
+const Row* find_row(const Row* rows, unsigned int count, const char* const Row::*rowId, const IFF_ID id) {
     unsigned int first = 0;
     while (first < count) {
         const unsigned int middle = first + (count - first) / 2;
@@ -17,6 +18,8 @@ static const Row* find_row(const Row* rows, unsigned int count, const char* cons
     }
     return nullptr;
 }
+
+} // namespace
 
 const IFF_Extension* IFF_findFormExtension(const IFF_ID formType, const IFF_ID chunkId,
                                            const IFF_FormExtension* formExtensions,

@@ -31,7 +31,7 @@ constexpr reserved_type reserved_types[] = {
 
 int IFF_checkFormType(const IFF_ID formType) {
     if (!IFF_checkId(formType)) return 0;
-    for (size_t i = 0; i < sizeof(IFF_ID); i++) {
+    for (size_t i = 0; i < sizeof(IFF_ID); ++i) {
         if ((formType[i] >= 'a' && formType[i] <= 'z') || formType[i] == '.') {
             IFF_error("No lowercase characters or punctuation marks allowed in a form type ID!\n");
             return 0;
@@ -49,9 +49,13 @@ int IFF_checkFormType(const IFF_ID formType) {
     return 1;
 }
 
-static int check_sub_chunk(const IFF_Group*, const IFF_Chunk* subChunk) {
+namespace {
+
+int check_sub_chunk(const IFF_Group*, const IFF_Chunk* subChunk) {
     return iff_kind(subChunk) == chunk_kind::prop ? iff_refuse_sub_chunk(subChunk, "FORM") : 1;
 }
+
+} // namespace
 
 int IFF_checkForm(const IFF_Form* form, const IFF_FormExtension* formExtensions,
                   unsigned int formExtensionsLength) {
@@ -75,7 +79,7 @@ int IFF_compareForm(const IFF_Form* form1, const IFF_Form* form2, const IFF_Form
 }
 
 IFF_Chunk* IFF_getDataChunkFromForm(const IFF_Form* form, const IFF_ID chunkId) {
-    for (uint32_t i = 0; i < form->subChunkCount; i++) {
+    for (uint32_t i = 0; i < form->subChunkCount; ++i) {
         if (IFF_compareId(form->subChunks[i]->chunkId, chunkId) == 0) return form->subChunks[i];
     }
     return nullptr;
@@ -95,7 +99,7 @@ IFF_Chunk** IFF_getChunksFromForm(const IFF_Form* form, const IFF_ID chunkId, un
     IFF_Chunk** chunks = nullptr;
     uint32_t found = 0, capacity = 0;
     *count = 0;
-    for (uint32_t i = 0; i < form->subChunkCount; i++) {
+    for (uint32_t i = 0; i < form->subChunkCount; ++i) {
         IFF_Chunk* chunk = form->subChunks[i];
         if (IFF_compareId(chunk->chunkId, chunkId) != 0) continue;
         if (!iff_append(chunks, found, chunk, &capacity)) {

@@ -8,21 +8,25 @@
 // Levels of groups in groups, so that no file exhausts the stack of whoever walks its tree.
 constexpr int levels_max = 256;
 
-static bool level_allowed(int level) {
+namespace {
+
+bool level_allowed(int level) {
     if (level < levels_max) return true;
     IFF_error("Groups are nested more than %d levels deep!\n", levels_max);
     return false;
 }
+
+} // namespace
 
 bool iff_check_depth(const IFF_Chunk* chunk, int level) {
     const chunk_kind kind = iff_kind(chunk);
     if (kind == chunk_kind::data) return true;
     if (!level_allowed(level)) return false;
     const IFF_Group* group = as_group(chunk);
-    for (uint32_t i = 0; i < group->subChunkCount; i++) {
+    for (uint32_t i = 0; i < group->subChunkCount; ++i) {
         if (!iff_check_depth(group->subChunks[i], level + 1)) return false;
     }
-    for (uint32_t i = 0; kind == chunk_kind::list && i < as_list(chunk)->propCount; i++) {
+    for (uint32_t i = 0; kind == chunk_kind::list && i < as_list(chunk)->propCount; ++i) {
         if (!iff_check_depth(&as_list(chunk)->props[i]->chunk, level + 1)) return false;
     }
     return true;
@@ -109,7 +113,7 @@ int IFF_writeGroup(FILE* file, const IFF_Group* group, const IFF_ID formType, co
 
 int IFF_writeGroupSubChunks(FILE* file, const IFF_Group* group, const IFF_ID formType,
                             const IFF_FormExtension* formExtensions, unsigned int formExtensionsLength) {
-    for (uint32_t i = 0; i < group->subChunkCount; i++) {
+    for (uint32_t i = 0; i < group->subChunkCount; ++i) {
         if (!IFF_writeChunk(file, group->subChunks[i], formType, formExtensions, formExtensionsLength)) {
             IFF_error("Error writing chunk!\n");
             return 0;
@@ -135,7 +139,7 @@ int32_t IFF_checkGroupSubChunks(const IFF_Group* group, IFF_SubChunkTest subChun
 int32_t iff_check_sub_chunks(int32_t size, const IFF_Group* group, IFF_SubChunkTest subChunkTest,
                              const IFF_ID formType, const IFF_FormExtension* formExtensions,
                              unsigned int formExtensionsLength) {
-    for (uint32_t i = 0; i < group->subChunkCount && size >= 0; i++) {
+    for (uint32_t i = 0; i < group->subChunkCount && size >= 0; ++i) {
         const IFF_Chunk* chunk = group->subChunks[i];
         if (!subChunkTest(group, chunk)) return -1;
         if (!IFF_checkChunk(chunk, formType, formExtensions, formExtensionsLength)) return -1;
@@ -173,7 +177,7 @@ int iff_refuse_sub_chunk(const IFF_Chunk* chunk, const char* groupName) {
 
 void IFF_freeGroup(IFF_Group* group, const IFF_ID formType, const IFF_FormExtension* formExtensions,
                    unsigned int formExtensionsLength) {
-    for (uint32_t i = 0; i < group->subChunkCount; i++)
+    for (uint32_t i = 0; i < group->subChunkCount; ++i)
         IFF_freeChunk(group->subChunks[i], formType, formExtensions, formExtensionsLength);
     heap_clear(group->subChunks);
     group->subChunkCount = 0;
@@ -194,7 +198,7 @@ void IFF_printGroupType(const IFF_Group* group, int indentLevel, const char* gro
 void IFF_printGroupSubChunks(const IFF_Group* group, int indentLevel, const IFF_ID formType,
                              const IFF_FormExtension* formExtensions, unsigned int formExtensionsLength) {
     IFF_printIndent(stdout, indentLevel, "[\n");
-    for (uint32_t i = 0; i < group->subChunkCount; i++)
+    for (uint32_t i = 0; i < group->subChunkCount; ++i)
         IFF_printChunk(group->subChunks[i], indentLevel + 1, formType, formExtensions, formExtensionsLength);
     IFF_printIndent(stdout, indentLevel, "];\n");
 }
@@ -203,7 +207,7 @@ int IFF_compareGroup(const IFF_Group* group1, const IFF_Group* group2, const IFF
                      const IFF_FormExtension* formExtensions, unsigned int formExtensionsLength) {
     if (IFF_compareId(group1->groupType, group2->groupType) != 0) return 0;
     if (group1->subChunkCount != group2->subChunkCount) return 0;
-    for (uint32_t i = 0; i < group1->subChunkCount; i++) {
+    for (uint32_t i = 0; i < group1->subChunkCount; ++i) {
         if (!IFF_compareChunk(group1->subChunks[i], group2->subChunks[i], formType, formExtensions,
                               formExtensionsLength)) {
             return 0;
@@ -214,7 +218,7 @@ int IFF_compareGroup(const IFF_Group* group1, const IFF_Group* group2, const IFF
 
 unsigned int iff_collect_forms_below(const IFF_Group* group, const IFF_ID formType, IFF_Form** forms) {
     unsigned int count = 0;
-    for (uint32_t i = 0; i < group->subChunkCount; i++)
+    for (uint32_t i = 0; i < group->subChunkCount; ++i)
         count += iff_collect_forms(group->subChunks[i], formType, forms ? forms + count : nullptr);
     return count;
 }
@@ -227,7 +231,7 @@ IFF_Form** IFF_searchFormsInGroup(IFF_Group* group, const IFF_ID formType, unsig
 }
 
 int32_t iff_add_extents(int32_t size, const IFF_Group* group) {
-    for (uint32_t i = 0; i < group->subChunkCount; i++)
+    for (uint32_t i = 0; i < group->subChunkCount; ++i)
         size = IFF_incrementChunkSize(size, group->subChunks[i]);
     return size;
 }

@@ -4,9 +4,9 @@
 
 void IFF_createId(IFF_ID id, const char* text) {
     size_t i = 0;
-    for (; i < sizeof(IFF_ID) && text[i] != '\0'; i++)
+    for (; i < sizeof(IFF_ID) && text[i] != '\0'; ++i)
         id[i] = text[i];
-    for (; i < sizeof(IFF_ID); i++)
+    for (; i < sizeof(IFF_ID); ++i)
         id[i] = '\0';
 }
 
@@ -16,7 +16,7 @@ int IFF_compareId(const IFF_ID id1, const IFF_ID id2) {
 }
 
 int IFF_checkId(const IFF_ID id) {
-    for (size_t i = 0; i < sizeof(IFF_ID); i++) {
+    for (size_t i = 0; i < sizeof(IFF_ID); ++i) {
         if (id[i] < 0x20 || id[i] > 0x7e) {
             IFF_error("Illegal character: '%c' in ID!\n", id[i]);
             return 0;

@@ -4,9 +4,10 @@
 #include <iterator>
 #include <type_traits>
 
+namespace {
+
 // Integers in a file have their most significant byte first.
-template <class T>
-static int read_number(FILE* file, T* value, const IFF_ID chunkId, const char* attributeName) {
+template <class T> int read_number(FILE* file, T* value, const IFF_ID chunkId, const char* attributeName) {
     using bits = std::make_unsigned_t<T>;
     uint8_t bytes[sizeof(T)];
     if (fread(bytes, 1, sizeof bytes, file) != sizeof bytes) {
@@ -20,11 +21,10 @@ static int read_number(FILE* file, T* value, const IFF_ID chunkId, const char* a
     return 1;
 }
 
-template <class T>
-static int write_number(FILE* file, T value, const IFF_ID chunkId, const char* attributeName) {
+template <class T> int write_number(FILE* file, T value, const IFF_ID chunkId, const char* attributeName) {
     const uint32_t number = static_cast<std::make_unsigned_t<T>>(value);
     uint8_t bytes[sizeof(T)];
-    for (size_t i = 0; i < sizeof bytes; i++)
+    for (size_t i = 0; i < sizeof bytes; ++i)
         bytes[i] = static_cast<uint8_t>(number >> 8 * (sizeof bytes - 1 - i));
     if (fwrite(bytes, 1, sizeof bytes, file) != sizeof bytes) {
         IFF_writeError(chunkId, attributeName);
@@ -32,6 +32,8 @@ static int write_number(FILE* file, T value, const IFF_ID chunkId, const char* a
     }
     return 1;
 }
+
+} // namespace
 
 int IFF_readUByte(FILE* file, uint8_t* value, const IFF_ID chunkId, const char* attributeName) {
     return read_number(file, value, chunkId, attributeName);
@@ -107,8 +109,10 @@ size_t iff_read_bytes(FILE* file, size_t count, heap_ptr<uint8_t>& bytes) {
     return arrived;
 }
 
+namespace {
+
 // Between the byte orders of file and machine, either way.
-static uint32_t swapped(uint32_t word) {
+uint32_t swapped(uint32_t word) {
 #if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
     return __builtin_bswap32(word);
 #else
@@ -116,15 +120,17 @@ static uint32_t swapped(uint32_t word) {
 #endif
 }
 
-static void swap_words(void* words, size_t count) {
+void swap_words(void* words, size_t count) {
     auto* bytes = static_cast<uint8_t*>(words);
-    for (size_t i = 0; i < count; i++) {
+    for (size_t i = 0; i < count; ++i) {
         uint32_t word;
         memcpy(&word, bytes + 4 * i, sizeof word);
         word = swapped(word);
         memcpy(bytes + 4 * i, &word, sizeof word);
     }
 }
+
+} // namespace
 
 int iff_read_floats(FILE* file, float* values, size_t count, const IFF_ID chunkId,
                     const char* attributeName) {

@@ -26,7 +26,7 @@ int IFF_writeList(FILE* file, const IFF_List* list, const IFF_FormExtension* for
         IFF_error("Error writing contentsType!\n");
         return 0;
     }
-    for (uint32_t i = 0; i < list->propCount; i++) {
+    for (uint32_t i = 0; i < list->propCount; ++i) {
         if (!IFF_writeChunk(file, &list->props[i]->chunk, nullptr, formExtensions, formExtensionsLength)) {
             IFF_error("Error writing PROP!\n");
             return 0;
@@ -39,7 +39,7 @@ int IFF_checkList(const IFF_List* list, const IFF_FormExtension* formExtensions,
                   unsigned int formExtensionsLength) {
     if (!IFF_checkId(list->group.groupType)) return 0;
     int32_t size = sizeof(IFF_ID);
-    for (uint32_t i = 0; i < list->propCount; i++) {
+    for (uint32_t i = 0; i < list->propCount; ++i) {
         const IFF_Chunk* prop = &list->props[i]->chunk;
         if (!IFF_checkChunk(prop, nullptr, formExtensions, formExtensionsLength)) return 0;
         size = iff_check_extent(size, prop);
@@ -53,7 +53,7 @@ int IFF_checkList(const IFF_List* list, const IFF_FormExtension* formExtensions,
 void IFF_freeList(IFF_List* list, const IFF_FormExtension* formExtensions,
                   unsigned int formExtensionsLength) {
     IFF_freeGroup(&list->group, nullptr, formExtensions, formExtensionsLength);
-    for (uint32_t i = 0; i < list->propCount; i++)
+    for (uint32_t i = 0; i < list->propCount; ++i)
         IFF_freeChunk(&list->props[i]->chunk, nullptr, formExtensions, formExtensionsLength);
     heap_clear(list->props);
     list->propCount = 0;
@@ -63,7 +63,7 @@ void IFF_printList(const IFF_List* list, int indentLevel, const IFF_FormExtensio
                    unsigned int formExtensionsLength) {
     IFF_printGroupType(&list->group, indentLevel, "contentsType");
     IFF_printIndent(stdout, indentLevel, "prop = [\n");
-    for (uint32_t i = 0; i < list->propCount; i++)
+    for (uint32_t i = 0; i < list->propCount; ++i)
         IFF_printChunk(&list->props[i]->chunk, indentLevel + 1, nullptr, formExtensions,
                        formExtensionsLength);
     IFF_printIndent(stdout, indentLevel, "];\n");
@@ -73,7 +73,7 @@ void IFF_printList(const IFF_List* list, int indentLevel, const IFF_FormExtensio
 int IFF_compareList(const IFF_List* list1, const IFF_List* list2, const IFF_FormExtension* formExtensions,
                     unsigned int formExtensionsLength) {
     if (list1->propCount != list2->propCount) return 0;
-    for (uint32_t i = 0; i < list1->propCount; i++) {
+    for (uint32_t i = 0; i < list1->propCount; ++i) {
         if (!IFF_compareChunk(&list1->props[i]->chunk, &list2->props[i]->chunk, nullptr, formExtensions,
                               formExtensionsLength)) {
             return 0;
@@ -83,7 +83,7 @@ int IFF_compareList(const IFF_List* list1, const IFF_List* list2, const IFF_Form
 }
 
 IFF_Prop* IFF_getPropFromList(const IFF_List* list, const IFF_ID formType) {
-    for (uint32_t i = 0; i < list->propCount; i++) {
+    for (uint32_t i = 0; i < list->propCount; ++i) {
         if (IFF_compareId(list->props[i]->groupType, formType) == 0) return list->props[i];
     }
     return nullptr;
@@ -95,7 +95,7 @@ IFF_Form** IFF_searchFormsInList(IFF_List* list, const IFF_ID formType, unsigned
 
 int IFF_updateListChunkSizes(IFF_List* list) {
     int32_t size = iff_add_extents(sizeof(IFF_ID), &list->group);
-    for (uint32_t i = 0; i < list->propCount; i++)
+    for (uint32_t i = 0; i < list->propCount; ++i)
         size = IFF_incrementChunkSize(size, &list->props[i]->chunk);
     if (size >= 0) list->group.chunk.chunkSize = size;
     return size >= 0;

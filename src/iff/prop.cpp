@@ -18,9 +18,13 @@ int IFF_writeProp(FILE* file, const IFF_Prop* prop, const IFF_FormExtension* for
     return IFF_writeGroup(file, prop, prop->groupType, "formType", formExtensions, formExtensionsLength);
 }
 
-static int check_sub_chunk(const IFF_Group*, const IFF_Chunk* subChunk) {
+namespace {
+
+int check_sub_chunk(const IFF_Group*, const IFF_Chunk* subChunk) {
     return iff_kind(subChunk) == chunk_kind::data ? 1 : iff_refuse_sub_chunk(subChunk, "PROP");
 }
+
+} // namespace
 
 int IFF_checkProp(const IFF_Prop* prop, const IFF_FormExtension* formExtensions,
                   unsigned int formExtensionsLength) {

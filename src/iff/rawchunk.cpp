@@ -1,23 +1,27 @@
 #include "iff/io.h"
 
+namespace {
+
 // Records made by hand may have a size and no data.
-static size_t body_size(const IFF_RawChunk* rawChunk) {
+size_t body_size(const IFF_RawChunk* rawChunk) {
     return rawChunk->data && rawChunk->chunk.chunkSize > 0 ? static_cast<size_t>(rawChunk->chunk.chunkSize)
                                                            : 0;
 }
 
 // Writes the body as it is. Returns false when not all of it, or not as much as the size says, was written.
-static bool write_body(FILE* file, const IFF_RawChunk* rawChunk) {
+bool write_body(FILE* file, const IFF_RawChunk* rawChunk) {
     const size_t size = body_size(rawChunk);
     if (size > 0 && fwrite(rawChunk->data, 1, size, file) != size) return false;
     return rawChunk->chunk.chunkSize == static_cast<int32_t>(size);
 }
 
-static void raw_body_error(const char* text, const IFF_ID chunkId) {
+void raw_body_error(const char* text, const IFF_ID chunkId) {
     IFF_error("%s", text);
     IFF_errorId(chunkId);
     IFF_error("'\n");
 }
+
+} // namespace
 
 IFF_RawChunk* IFF_createRawChunk(const IFF_ID chunkId) {
     return reinterpret_cast<IFF_RawChunk*>(IFF_allocateChunk(chunkId, sizeof(IFF_RawChunk)));
@@ -87,7 +91,7 @@ void IFF_printRaw(const IFF_RawChunk* rawChunk, int indentLevel) {
     for (size_t start = 0; start == 0 || start < size; start += bytes_per_line) {
         char line[3 * bytes_per_line + 2];
         size_t length = 0;
-        for (size_t i = start; i < size && i < start + bytes_per_line; i++) {
+        for (size_t i = start; i < size && i < start + bytes_per_line; ++i) {
             line[length++] = digits[rawChunk->data[i] >> 4];
             line[length++] = digits[rawChunk->data[i] & 15];
             line[length++] = ' ';

@@ -1,7 +1,7 @@
 #include "iff/iff.h"
 
 void IFF_printIndent(FILE* file, int indentLevel, const char* format, ...) {
-    for (int level = 0; level < indentLevel; level++)
+    for (int level = 0; level < indentLevel; ++level)
         fputs("  ", file);
     va_list arguments;
     va_start(arguments, format);

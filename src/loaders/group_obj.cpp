@@ -77,7 +77,7 @@ void grow_radius(float* radius, const float p[3]) {
 
 bool push_all(flarray* array, const float* values, int count) {
     const int32_t before = array->count;
-    for (int i = 0; i < count; i++) {
+    for (int i = 0; i < count; ++i) {
         flarray_push(array, values[i]);
     }
     return array->count == before + count;
@@ -113,7 +113,7 @@ int32_t read_field(const char** p) {
     const bool negative = digits[0] == '-';
     constexpr int64_t limit = int64_t{INT32_MAX} + 1;
     int64_t value = 0;
-    for (const char* d = digits + negative; is_digit(*d) && value < limit; d++) {
+    for (const char* d = digits + negative; is_digit(*d) && value < limit; ++d) {
         value = value * 10 + (*d - '0');
     }
     if (negative) return static_cast<int32_t>(-(value < limit ? value : limit));
@@ -143,10 +143,10 @@ int32_t count_normals(const obj_loader* loader) {
 // the corner has a position.
 const char* read_any_corner(const obj_loader* loader, const char* p, obj_corner* corner, bool* valid) {
     int32_t fields[3] = {};
-    for (int i = 0; i < 3; i++) {
+    for (int i = 0; i < 3; ++i) {
         fields[i] = read_field(&p);
         if (*p != '/') break;
-        p++; // behind the third field, even an empty one, the next corner may follow at once
+        ++p; // behind the third field, even an empty one, the next corner may follow at once
     }
     *corner = {resolve(fields[0], count_positions(loader)), resolve(fields[1], count_texcoords(loader)),
                resolve(fields[2], count_normals(loader))};
@@ -184,9 +184,9 @@ int read_corners(obj_loader* loader, const char* p) {
     int valid_count = 0; // up to the first corner without a position
     for (;;) {
         if (*p == ' ') {
-            runs++;
+            ++runs;
             do {
-                p++;
+                ++p;
             } while (*p == ' ');
         }
         if (!is_digit(*p) && *p != '-') {
@@ -198,7 +198,7 @@ int read_corners(obj_loader* loader, const char* p) {
         bool valid = false;
         p = read_corner(loader, p, &loader->corners[count], &valid);
         valid_count += valid && valid_count == count;
-        count++;
+        ++count;
     }
 }
 
@@ -211,7 +211,7 @@ bool push_vertex(trimesh* mesh, const float position[3], const float texcoord[2]
     const auto vertex = static_cast<size_t>(mesh->nvertices);
     if (mesh->nvertices + 1 < mesh->vertex_capacity) {
         memcpy(mesh->vertices + vertex * 3, position, 3 * sizeof(float));
-        mesh->nvertices++;
+        ++mesh->nvertices;
     } else if (!trimesh_pushvertex(mesh, position[0], position[1], position[2])) {
         return false;
     }
@@ -239,7 +239,7 @@ bool add_face(obj_loader* loader, const char* line) {
     if (!exists(a.position, npositions)) return true;
     const auto first = static_cast<uint32_t>(mesh->nvertices);
     if (!push(a, false, false)) return false;
-    for (int k = 1; k + 1 < count; k++) {
+    for (int k = 1; k + 1 < count; ++k) {
         const obj_corner& b = loader->corners[k];
         const obj_corner& c = loader->corners[k + 1];
         if (!exists(b.position, npositions) || !exists(c.position, npositions)) break;

@@ -144,7 +144,7 @@ bool add_material(trimesh* mesh, const QELF_MaterialEntry& entry, const scene* s
 // Start indices in order and within the faces, face indices within the vertices.
 bool check_indices(const QELF_TriangleMesh* from) {
     uint32_t previous = 0;
-    for (uint32_t i = 0; i < from->nmaterials; i++) {
+    for (uint32_t i = 0; i < from->nmaterials; ++i) {
         const uint32_t start = from->materials[i].startIndex;
         if (start < previous || start > static_cast<uint32_t>(from->nfaces)) {
             fprintf(stderr,
@@ -163,13 +163,13 @@ bool check_indices(const QELF_TriangleMesh* from) {
     const auto nvertices = static_cast<uint32_t>(from->nvertices);
     const auto corners = static_cast<size_t>(from->nfaces) * 3;
     bool good = true; // one answer for all, so that the loop stays fast
-    for (size_t i = 0; i < corners; i++) {
+    for (size_t i = 0; i < corners; ++i) {
         good &= index_at(i) < nvertices;
     }
     if (good) return true;
     size_t first = 0;
     while (index_at(first) < nvertices) {
-        first++;
+        ++first;
     }
     fprintf(stderr, "WARNING: QEL mesh has index %u in face %zu, but %u vertices\n", index_at(first),
             first / 3, nvertices);
@@ -190,13 +190,13 @@ bool fill_mesh(trimesh* mesh, QELF_TriangleMesh* from, const scene* s) {
     memcpy(mesh->transform, from->local_transform.m, sizeof(mesh->transform));
     uint32_t added = 0;
     while (added < from->nmaterials && add_material(mesh, from->materials[added], s)) {
-        added++;
+        ++added;
     }
     move_array(from->vertexData, mesh->vertices);
     move_array(from->normalData, mesh->normals);
     move_array(from->tangentData, mesh->tangents);
     move_array(from->binormalData, mesh->binormals);
-    for (int32_t set = 0; set < from->use_textures; set++) {
+    for (int32_t set = 0; set < from->use_textures; ++set) {
         move_array(from->texcoordData[set], mesh->texcoords[set]);
     }
     move_array(from->indexData, mesh->indices);
@@ -302,7 +302,7 @@ outcome process_scenegroup(const QELF_SceneGroup* from, group* target, scene* s)
     target->name = copy_text(from->name);
     outcome result = target->name ? outcome::whole : outcome::cut;
     if (from->nnodes > 0) set_bind_placement(target, from);
-    for (uint32_t i = 0; i < from->nnodes && result != outcome::refused; i++) {
+    for (uint32_t i = 0; i < from->nnodes && result != outcome::refused; ++i) {
         result = std::max(result, add_node(target, from->nodes[i], s));
     }
     return result;
@@ -314,7 +314,7 @@ bool build(scene* s, const QELF_Scene* from, const char* directory, render_conte
         return false;
     }
     if (!scene_create(s)) return false;
-    for (uint32_t i = 0; i < from->ntextures; i++) {
+    for (uint32_t i = 0; i < from->ntextures; ++i) {
         if (!add_texture(s, from->textures[i], static_cast<int32_t>(i), directory)) return false;
     }
     const outcome result = process_scenegroup(from->sceneGroups[0], &s->root, s);

@@ -7,7 +7,7 @@ namespace {
 // Bob Jenkins' one-at-a-time hash.
 uint32_t hash(const char* key) {
     uint32_t h = 0;
-    for (; *key; key++) {
+    for (; *key; ++key) {
         h += static_cast<uint8_t>(*key);
         h += h << 10;
         h ^= h >> 6;
@@ -52,7 +52,7 @@ void grow(hashtable* table) {
     const int32_t size = doubled(table->size);
     hashtable_entry* entries = size ? allocate(size) : nullptr;
     if (!entries) return;
-    for (int32_t i = 0; i < table->size; i++) {
+    for (int32_t i = 0; i < table->size; ++i) {
         const hashtable_entry& old = table->entries[i];
         // The key moves as it is: a copy could fail and lose the value.
         if (old.key) *find(entries, size, old.key) = old;
@@ -82,7 +82,7 @@ void* hashtable_get(const hashtable* table, const char* key) {
 
 void hashtable_free(hashtable* table, void (*release)(void* value)) {
     if (!table->entries) return;
-    for (int32_t i = 0; i < table->size; i++) {
+    for (int32_t i = 0; i < table->size; ++i) {
         const hashtable_entry& entry = table->entries[i];
         if (!entry.key) continue;
         free(entry.key);

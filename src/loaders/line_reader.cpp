@@ -47,7 +47,7 @@ void refill(line_reader* reader) {
 
 // Turns backslashes and the line ends directly behind them into spaces, up to the line's end.
 char* join_lines(char* p, const char* stop) {
-    for (; p < stop && !is_line_end(*p); p++) {
+    for (; p < stop && !is_line_end(*p); ++p) {
         if (*p != '\\') continue;
         *p = ' ';
         while (p + 1 < stop && is_line_end(p[1])) {
@@ -80,7 +80,7 @@ char* next_line(line_reader* reader) {
     for (;;) {
         char* line = reader->next;
         while (is_blank(*line)) {
-            line++;
+            ++line;
         }
         // Between lines blocks follow one another without a gap.
         if (line >= reader->block_end) {
@@ -124,7 +124,7 @@ bool line_reader_create(line_reader* reader, int fd, line_backslash backslashes)
 char* line_reader_next(line_reader* reader) {
     char* line = reader->next;
     while (is_blank(*line)) {
-        line++;
+        ++line;
     }
     if (line < reader->plain_end) {
         void* end = memchr(line, '\n', static_cast<size_t>(reader->plain_end - line));

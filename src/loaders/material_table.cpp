@@ -50,7 +50,7 @@ void insert(material_table* table, int32_t nearest, const char* name, size_t len
     const auto* const b = reinterpret_cast<const uint8_t*>(name_of(table->definitions[nearest]));
     uint32_t byte = 0;
     while (a[byte] == b[byte]) {
-        byte++;
+        ++byte;
     }
     const auto differing = static_cast<uint8_t>(a[byte] ^ b[byte]);
     const uint32_t bit = byte * 8 + static_cast<uint32_t>(std::countl_zero(differing));
@@ -72,8 +72,8 @@ void insert(material_table* table, int32_t nearest, const char* name, size_t len
 library_use material_table_name_library(material_table* table, int fd) {
     struct stat info = {};
     const bool told = fstat(fd, &info) == 0;
-    table->turns++;
-    for (int32_t i = 0; told && i < table->nlibraries; i++) {
+    ++table->turns;
+    for (int32_t i = 0; told && i < table->nlibraries; ++i) {
         library_file& library = table->libraries[i];
         if (library.file != info.st_ino || library.device != info.st_dev) continue;
         library.turn = table->turns;
@@ -110,7 +110,7 @@ bool material_table_define(material_table* table, material* m) {
             known.older = table->count;
         }
     }
-    table->count++;
+    ++table->count;
     return true;
 }
 
@@ -127,7 +127,7 @@ material* material_table_find(const material_table* table, const char* name) {
 }
 
 void material_table_free(material_table* table) {
-    for (int32_t i = 0; i < table->count; i++) {
+    for (int32_t i = 0; i < table->count; ++i) {
         freematerial(table->definitions[i].defined);
     }
     heap_clear(table->definitions);

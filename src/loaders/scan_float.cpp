@@ -28,7 +28,7 @@ unsigned hex_digit(char c) {
 
 // The position after a word in any case, or null.
 const char* skip_word(const char* p, const char* word) {
-    for (; *word; word++, p++) {
+    for (; *word; ++word, ++p) {
         if (lower(*p) != *word) return nullptr;
     }
     return p;
@@ -55,7 +55,7 @@ float round_binary(uint64_t mantissa, int exponent, bool more) {
     constexpr uint64_t half = uint64_t{1} << 63;
     uint64_t kept = bits ? mantissa >> (64 - bits) : 0;
     const uint64_t rest = mantissa << bits;
-    if (rest > half || (rest == half && (more || (kept & 1)))) kept++;
+    if (rest > half || (rest == half && (more || (kept & 1)))) ++kept;
     return ldexpf(static_cast<float>(static_cast<uint32_t>(kept)), exponent + 64 - bits);
 }
 
@@ -63,9 +63,9 @@ float round_binary(uint64_t mantissa, int exponent, bool more) {
 // digits behind them, and then ignores them.
 const char* scan_exponent(const char* p, int64_t* exponent) {
     const bool negative = *p == '-';
-    if (*p == '-' || *p == '+') p++;
+    if (*p == '-' || *p == '+') ++p;
     int64_t power = 0;
-    for (; is_digit(*p); p++) {
+    for (; is_digit(*p); ++p) {
         if (power < 1000000000000) power = power * 10 + (*p - '0');
     }
     *exponent += negative ? -power : power;
@@ -78,7 +78,7 @@ const char* scan_hexadecimal(const char* p, float* value) {
     int64_t exponent = 0;
     bool more = false, any = false, dot = false;
     const char* const begin = p;
-    for (;; p++) {
+    for (;; ++p) {
         const unsigned digit = hex_digit(*p);
         if (digit < 16) {
             any = true;
@@ -121,7 +121,7 @@ class big_number {
         }
     }
     void multiply_power(uint32_t base, int exponent) {
-        for (; exponent > 0; exponent--) {
+        for (; exponent > 0; --exponent) {
             multiply_add(base, 0);
         }
     }
@@ -145,11 +145,11 @@ int compare_exactly(const decimal& number, uint32_t odd, int exponent) {
     big_number left, right;
     int count = 0;
     bool more = false;
-    for (const char* p = number.digits; p != number.end; p++) {
+    for (const char* p = number.digits; p != number.end; ++p) {
         if (*p == '.' || (*p == '0' && count == 0)) continue;
         if (count < most_digits) {
             left.multiply_add(10, static_cast<uint32_t>(*p - '0'));
-            count++;
+            ++count;
         } else {
             more |= *p != '0';
         }
@@ -167,7 +167,7 @@ int compare_exactly(const decimal& number, uint32_t odd, int exponent) {
 // Rounded to nearest, ties to even. The estimate may be a few units of a double's last place off.
 float round_decimal(const decimal& number, double estimate) {
     auto below = std::bit_cast<uint32_t>(static_cast<float>(estimate));
-    if (static_cast<double>(std::bit_cast<float>(below)) > estimate) below--;
+    if (static_cast<double>(std::bit_cast<float>(below)) > estimate) --below;
     // Halfway to the next float is odd * 2^exponent.
     const uint32_t biased = below >> 23;
     const uint32_t odd = 2 * ((below & 0x7FFFFF) | (biased ? 0x800000 : 0)) + 1;
@@ -201,7 +201,7 @@ float decimal_value(const decimal& number) {
 const char* scan_decimal(const char* p, float* value) {
     decimal number = {p, p, 0, 0};
     bool dot = false;
-    for (;; p++) {
+    for (;; ++p) {
         if (is_digit(*p)) {
             const bool counts = number.leading < 1000000000000000000;
             if (counts) number.leading = number.leading * 10 + static_cast<uint64_t>(*p - '0');
@@ -224,7 +224,7 @@ const char* scan_decimal(const char* p, float* value) {
 // not at all once its second half has begun.
 [[gnu::cold]] const char* scan_any(const char* p, float* value) {
     const bool negative = *p == '-';
-    if (*p == '-' || *p == '+') p++;
+    if (*p == '-' || *p == '+') ++p;
     float magnitude = 0.0f;
     if (lower(*p) == 'n') {
         p = skip_word(p, "nan");
@@ -249,7 +249,7 @@ inline const char* scan_number(const char* p, float* value) {
     const char* const begin = p + negative;
     const char* q = begin;
     uint32_t whole = 0;
-    for (; is_digit(*q); q++) {
+    for (; is_digit(*q); ++q) {
         whole = whole * 10 + static_cast<uint32_t>(*q - '0');
     }
     if (q - begin > 7) return scan_any(p, value);
@@ -277,9 +277,9 @@ inline const char* scan_number(const char* p, float* value) {
 } // namespace
 
 int scan_floats(const char* text, float* values, int count) {
-    for (int i = 0; i < count; i++) {
+    for (int i = 0; i < count; ++i) {
         while (is_space(*text)) {
-            text++;
+            ++text;
         }
         text = scan_number(text, &values[i]);
         if (!text) return i;

@@ -17,12 +17,12 @@ inline float degrees_from_radians(float radians) {
     if (radians == 0.0f) return radians; // with its sign
     const float near = (radians / 3.14159f) * 180.0f;
     float candidate = near;
-    for (int i = 0; i < 4; i++) {
+    for (int i = 0; i < 4; ++i) {
         candidate = nextafterf(candidate, -INFINITY);
     }
     float best = near;
     int best_zeros = -1;
-    for (int i = 0; i < 9; i++) {
+    for (int i = 0; i < 9; ++i) {
         const int zeros = __builtin_ctz(std::bit_cast<uint32_t>(candidate) | 0x800000u);
         if (zeros > best_zeros && radians_from_degrees(candidate) == radians) {
             best = candidate;

@@ -64,9 +64,9 @@ void mat_rotate_z(float m[16], float angle) {
 }
 
 void mat_mul(const float a[16], const float b[16], float out[16]) {
-    for (int c = 0; c < 4; c++) {
+    for (int c = 0; c < 4; ++c) {
         const float* column = b + c * 4;
-        for (int r = 0; r < 4; r++) {
+        for (int r = 0; r < 4; ++r) {
             out[c * 4 + r] =
                 a[r] * column[0] + a[4 + r] * column[1] + a[8 + r] * column[2] + a[12 + r] * column[3];
         }
@@ -75,29 +75,29 @@ void mat_mul(const float a[16], const float b[16], float out[16]) {
 
 void mat_pointvecmul(const float m[16], const float v[3], float out[3]) {
     const float x = v[0], y = v[1], z = v[2];
-    for (int r = 0; r < 3; r++) {
+    for (int r = 0; r < 3; ++r) {
         out[r] = m[r] * x + m[4 + r] * y + m[8 + r] * z + m[12 + r];
     }
 }
 
 void mat_dirvecmul(const float m[16], const float v[3], float out[3]) {
     const float x = v[0], y = v[1], z = v[2];
-    for (int r = 0; r < 3; r++) {
+    for (int r = 0; r < 3; ++r) {
         // w = 0 takes part, so that a translation that is not finite shows in the result.
         out[r] = m[r] * x + m[4 + r] * y + m[8 + r] * z + m[12 + r] * 0.0f;
     }
 }
 
 void mat_transpose(const float in[16], float out[16]) {
-    for (int r = 0; r < 4; r++) {
-        for (int c = 0; c < 4; c++) {
+    for (int r = 0; r < 4; ++r) {
+        for (int c = 0; c < 4; ++c) {
             out[r * 4 + c] = in[c * 4 + r];
         }
     }
 }
 
 void mat_to3x3(const float in[16], float out[9]) {
-    for (int c = 0; c < 3; c++) {
+    for (int c = 0; c < 3; ++c) {
         memcpy(out + c * 3, in + c * 4, 3 * sizeof(float));
     }
 }
@@ -125,13 +125,13 @@ int mat_inverse(const float m[16], float out[16]) {
     };
     // clang-format on
     double determinant = 0.0;
-    for (int i = 0; i < 4; i++) {
+    for (int i = 0; i < 4; ++i) {
         determinant += static_cast<double>(m[i]) * adjugate[i * 4];
     }
     if (determinant == 0.0) return 0;
 
     const double inverse = 1.0 / determinant;
-    for (int i = 0; i < 16; i++) {
+    for (int i = 0; i < 16; ++i) {
         out[i] = static_cast<float>(adjugate[i] * inverse);
     }
     return 1;
@@ -156,14 +156,18 @@ void mat_ortho(float m[16], float width, float height, float near, float far) {
     m[15] = 1.0f;
 }
 
+namespace {
+
 // Rx(pitch) * Ry(yaw) and T(-eye), which both kinds of camera are made of.
-static void look_parts(const float eye[3], float yaw, float pitch, float turn[16], float move[16]) {
+void look_parts(const float eye[3], float yaw, float pitch, float turn[16], float move[16]) {
     float rx[16], ry[16];
     mat_rotate_x(rx, pitch);
     mat_rotate_y(ry, yaw);
     mat_mul(rx, ry, turn);
     mat_translate(move, -eye[0], -eye[1], -eye[2]);
 }
+
+} // namespace
 
 void mat_look(float out[16], const float eye[3], float yaw, float pitch) {
     float turn[16], move[16];
@@ -186,7 +190,7 @@ void mat_look2(float out[16], const float eye[3], float dir[3], float up[3]) {
 
     float turn[16], move[16];
     mat_identity(turn);
-    for (int c = 0; c < 3; c++) {
+    for (int c = 0; c < 3; ++c) {
         turn[c * 4] = s[c];
         turn[c * 4 + 1] = u[c];
         turn[c * 4 + 2] = -dir[c];
@@ -196,8 +200,8 @@ void mat_look2(float out[16], const float eye[3], float dir[3], float up[3]) {
 }
 
 void mat_print(const float m[16]) {
-    for (int r = 0; r < 4; r++) {
-        for (int c = 0; c < 4; c++) {
+    for (int r = 0; r < 4; ++r) {
+        for (int c = 0; c < 4; ++c) {
             fprintf(stderr, " %.3f ", static_cast<double>(m[c * 4 + r]));
         }
         fputc('\n', stderr);

@@ -3,19 +3,19 @@
 #include <cmath>
 
 void vec_add(const float a[3], const float b[3], float out[3]) {
-    for (int i = 0; i < 3; i++) {
+    for (int i = 0; i < 3; ++i) {
         out[i] = a[i] + b[i];
     }
 }
 
 void vec_sub(const float a[3], const float b[3], float out[3]) {
-    for (int i = 0; i < 3; i++) {
+    for (int i = 0; i < 3; ++i) {
         out[i] = a[i] - b[i];
     }
 }
 
 void vec_mul(const float a[3], float s, float out[3]) {
-    for (int i = 0; i < 3; i++) {
+    for (int i = 0; i < 3; ++i) {
         out[i] = a[i] * s;
     }
 }

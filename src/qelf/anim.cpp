@@ -45,7 +45,7 @@ int read_keys(FILE* file, QELF_Animation* animation, QELF_AnimationChannel* chan
             !add_to_size(&animation->chunk, key_size)) {
             return 0;
         }
-        channel->numKeys++;
+        ++channel->numKeys;
     }
     return 1;
 }
@@ -98,7 +98,7 @@ void print_channel(const QELF_AnimationChannel* channel, int level) {
     IFF_printIndent(stdout, level, "numKeys = %d;\n", channel->numKeys);
     IFF_printIndent(stdout, level, "keys = \n");
     IFF_printIndent(stdout, level, "[\n");
-    for (int32_t i = 0; i < channel->numKeys; i++) {
+    for (int32_t i = 0; i < channel->numKeys; ++i) {
         const QELF_AnimationKey& key = channel->keys[i];
         IFF_printIndent(stdout, level + 1, "{\n");
         IFF_printIndent(stdout, level + 2, "<%u, %.4f>\n", key.keyIndex, double{key.keyValue});
@@ -112,7 +112,7 @@ bool same_channel(const QELF_AnimationChannel& a, const QELF_AnimationChannel& b
         !same_text(a.nodeName, b.nodeName)) {
         return false;
     }
-    for (int32_t i = 0; i < a.numKeys; i++) {
+    for (int32_t i = 0; i < a.numKeys; ++i) {
         if (a.keys[i].keyIndex != b.keys[i].keyIndex) return false;
         if (!same_bits(&a.keys[i].keyValue, &b.keys[i].keyValue, 1)) return false;
     }
@@ -182,7 +182,7 @@ int complete_animation(QELF_Animation* animation) {
     IFF_Chunk* const chunk = &animation->chunk;
     chunk->chunkSize = fixed_size;
     if (!complete_text(chunk, &animation->name, &animation->nameLength, "NAME")) return 0;
-    for (int32_t i = 0; i < animation->nchannels; i++) {
+    for (int32_t i = 0; i < animation->nchannels; ++i) {
         QELF_AnimationChannel& c = animation->channels[i];
         if (!add_to_size(chunk, channel_size + int64_t{key_size} * c.numKeys) ||
             !complete_text(chunk, &c.nodeName, &c.nodeNameLength, "NDNM")) {
@@ -198,7 +198,7 @@ int QELF_writeAnimation(FILE* file, const QELF_Animation* animation) {
         !IFF_writeLong(file, animation->nameLength, id, "nameLength") || !write_text(file, animation->name)) {
         return 0;
     }
-    for (int32_t i = 0; i < animation->nchannels; i++) {
+    for (int32_t i = 0; i < animation->nchannels; ++i) {
         const QELF_AnimationChannel& channel = animation->channels[i];
         if (!IFF_writeULong(file, channel.channelType, id, "channelType") ||
             !IFF_writeLong(file, channel.numKeys, id, "numKeys") ||
@@ -206,7 +206,7 @@ int QELF_writeAnimation(FILE* file, const QELF_Animation* animation) {
             !write_text(file, channel.nodeName)) {
             return 0;
         }
-        for (int32_t k = 0; k < channel.numKeys; k++) {
+        for (int32_t k = 0; k < channel.numKeys; ++k) {
             if (!IFF_writeULong(file, channel.keys[k].keyIndex, id, "keyIndex") ||
                 !iff_write_floats(file, &channel.keys[k].keyValue, 1, id, "keyValue")) {
                 return 0;
@@ -221,7 +221,7 @@ int QELF_checkAnimation(const QELF_Animation*) {
 }
 
 void QELF_freeAnimation(QELF_Animation* animation) {
-    for (int32_t i = 0; i < animation->nchannels; i++) {
+    for (int32_t i = 0; i < animation->nchannels; ++i) {
         free_text(&animation->channels[i].nodeName);
         free(animation->channels[i].keys);
     }
@@ -238,7 +238,7 @@ void QELF_printAnimation(const QELF_Animation* animation, int indentLevel) {
     IFF_printIndent(stdout, indentLevel, "nchannels = %d;\n", animation->nchannels);
     IFF_printIndent(stdout, indentLevel, "channels = \n");
     IFF_printIndent(stdout, indentLevel, "[\n");
-    for (int32_t i = 0; i < animation->nchannels; i++) {
+    for (int32_t i = 0; i < animation->nchannels; ++i) {
         IFF_printIndent(stdout, indentLevel + 1, "{\n");
         print_channel(&animation->channels[i], indentLevel + 2);
         IFF_printIndent(stdout, indentLevel + 1, "}\n");
@@ -251,7 +251,7 @@ int QELF_compareAnimation(const QELF_Animation* a, const QELF_Animation* b) {
         a->nameLength != b->nameLength || !same_text(a->name, b->name)) {
         return 0;
     }
-    for (int32_t i = 0; i < a->nchannels; i++) {
+    for (int32_t i = 0; i < a->nchannels; ++i) {
         if (!same_channel(a->channels[i], b->channels[i])) return 0;
     }
     return 1;

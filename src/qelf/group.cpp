@@ -109,7 +109,7 @@ int complete_group(QELF_SceneGroup* group, int depth) {
     if (!depth_allowed(depth)) return 0;
     group->chunk.chunkSize = fixed_size;
     if (!complete_text(&group->chunk, &group->name, &group->nameLength, "NAME")) return 0;
-    for (uint32_t i = 0; i < group->nnodes; i++) {
+    for (uint32_t i = 0; i < group->nnodes; ++i) {
         QELF_Node* const node = group->nodes[i];
         if (node && (!complete_node(node, depth + 1) || !embed(&group->chunk, &node->chunk))) return 0;
     }
@@ -126,7 +126,7 @@ int QELF_writeSceneGroup(FILE* file, const QELF_SceneGroup* group) {
         if (!iff_write_floats(file, &(group->*v.member).x, 3, id, v.name)) return 0;
     }
     if (!iff_write_floats(file, group->local_transform.m, 16, id, "local_transform")) return 0;
-    for (uint32_t i = 0; i < group->nnodes; i++) {
+    for (uint32_t i = 0; i < group->nnodes; ++i) {
         if (!group->nodes[i]) return refuse(id, "a node is missing");
         if (!QELF_writeNode(file, group->nodes[i])) return 0;
     }
@@ -138,7 +138,7 @@ int QELF_checkSceneGroup(const QELF_SceneGroup*) {
 }
 
 void QELF_freeSceneGroup(QELF_SceneGroup* group) {
-    for (uint32_t i = 0; i < group->nnodes; i++) {
+    for (uint32_t i = 0; i < group->nnodes; ++i) {
         QELF_freeNode(group->nodes[i]);
     }
     group->nnodes = 0;
@@ -160,7 +160,7 @@ void QELF_printSceneGroup(const QELF_SceneGroup* group, int indentLevel) {
     IFF_printIndent(stdout, indentLevel, "radius = %.4f;\n", double{group->radius});
     IFF_printIndent(stdout, indentLevel, "nodes = \n");
     IFF_printIndent(stdout, indentLevel, "[\n");
-    for (uint32_t i = 0; i < group->nnodes; i++) {
+    for (uint32_t i = 0; i < group->nnodes; ++i) {
         IFF_printIndent(stdout, indentLevel + 1, "{\n");
         if (group->nodes[i]) QELF_printNode(group->nodes[i], indentLevel + 2);
         IFF_printIndent(stdout, indentLevel + 1, "}\n");
@@ -177,7 +177,7 @@ int QELF_compareSceneGroup(const QELF_SceneGroup* a, const QELF_SceneGroup* b) {
         if (!QELF_compareVector3(&(a->*v.member), &(b->*v.member))) return 0;
     }
     if (!QELF_compareMatrix(&a->local_transform, &b->local_transform)) return 0;
-    for (uint32_t i = 0; i < a->nnodes; i++) {
+    for (uint32_t i = 0; i < a->nnodes; ++i) {
         const QELF_Node* const p = a->nodes[i];
         const QELF_Node* const q = b->nodes[i];
         if (p && q ? !QELF_compareNode(p, q) : p != q) return 0;

@@ -20,7 +20,7 @@ int QELF_compareMatrix(const QELF_Matrix* a, const QELF_Matrix* b) {
 }
 
 void QELF_printMatrix(const QELF_Matrix* matrix, int indentLevel) {
-    for (int r = 0; r < 4; r++) {
+    for (int r = 0; r < 4; ++r) {
         const float* const row = matrix->m + r;
         IFF_printIndent(stdout, indentLevel, "[%10.4f  %10.4f  %10.4f  %10.4f]\n", double{row[0]},
                         double{row[4]}, double{row[8]}, double{row[12]});

@@ -42,11 +42,11 @@ int complete_chunks(IFF_Chunk* chunk, const char* form_type) {
     }
     IFF_Group* const group = as_group(chunk);
     const bool typed = kind == chunk_kind::form || kind == chunk_kind::prop;
-    for (uint32_t i = 0; i < group->subChunkCount; i++) {
+    for (uint32_t i = 0; i < group->subChunkCount; ++i) {
         if (!complete_chunks(group->subChunks[i], typed ? group->groupType : nullptr)) return 0;
     }
     const bool is_list = kind == chunk_kind::list;
-    for (uint32_t i = 0; is_list && i < as_list(chunk)->propCount; i++) {
+    for (uint32_t i = 0; is_list && i < as_list(chunk)->propCount; ++i) {
         if (!complete_chunks(&as_list(chunk)->props[i]->chunk, nullptr)) return 0;
     }
     const int updated = is_list ? IFF_updateListChunkSizes(as_list(chunk)) : IFF_updateGroupChunkSizes(group);

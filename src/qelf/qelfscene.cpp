@@ -42,7 +42,7 @@ QELF_Scene* extract_scene(const IFF_Form* form) {
 }
 
 template <class Record> bool add_all(IFF_Form* form, Record* const* records, uint32_t count) {
-    for (uint32_t i = 0; i < count; i++) {
+    for (uint32_t i = 0; i < count; ++i) {
         if (!IFF_addToForm(form, &records[i]->chunk)) return false;
     }
     return true;
@@ -89,7 +89,7 @@ QELF_Scene** QELF_extractScenes(IFF_Chunk* chunk, unsigned int* count) {
         out_of_memory(form_type);
         return nullptr;
     }
-    for (unsigned int i = 0; i < found; i++) {
+    for (unsigned int i = 0; i < found; ++i) {
         scenes[i] = extract_scene(forms.get()[i]);
         if (!scenes[i]) {
             QELF_freeScenes(scenes, i);
@@ -113,7 +113,7 @@ IFF_Form* QELF_convertSceneToForm(QELF_Scene* scene) {
     if (complete) return form;
 
     // The chunks go back to the scene's owner.
-    for (uint32_t i = 0; i < form->subChunkCount; i++) {
+    for (uint32_t i = 0; i < form->subChunkCount; ++i) {
         form->subChunks[i]->parent = nullptr;
     }
     form->subChunkCount = 0;
@@ -130,7 +130,7 @@ int QELF_checkScene(const QELF_Scene* scene) {
 
 int QELF_checkScenes(const IFF_Chunk* chunk, QELF_Scene* const* scenes, unsigned int count) {
     if (!QELF_check(chunk)) return 0;
-    for (unsigned int i = 0; i < count; i++) {
+    for (unsigned int i = 0; i < count; ++i) {
         if (!QELF_checkScene(scenes[i])) return 0;
     }
     return 1;
@@ -145,7 +145,7 @@ void QELF_freeScene(QELF_Scene* scene) {
 }
 
 void QELF_freeScenes(QELF_Scene** scenes, unsigned int count) {
-    for (unsigned int i = 0; i < count; i++) {
+    for (unsigned int i = 0; i < count; ++i) {
         QELF_freeScene(scenes[i]);
     }
     free(scenes);

@@ -81,7 +81,7 @@ int read_materials(FILE* file, QELF_TriangleMesh* mesh, uint32_t count) {
         if (!IFF_readULong(file, &entry.startIndex, id, "materials.startIndex")) return 0;
         entry.material = QELF_readMaterial(file);
         if (!entry.material) return 0;
-        mesh->nmaterials++;
+        ++mesh->nmaterials;
         if (!add_to_size(&mesh->chunk, 4) || !embed(&mesh->chunk, &entry.material->chunk)) return 0;
     }
     return 1;
@@ -113,7 +113,7 @@ int read_fields(FILE* file, QELF_TriangleMesh* mesh) {
             return 0;
         }
     }
-    for (int set = 0; set < mesh->use_textures; set++) {
+    for (int set = 0; set < mesh->use_textures; ++set) {
         mesh->texcoordData[set] = read_array(file, mesh, "TXUV", mesh->nvertices, texcoord_size);
         if (!mesh->texcoordData[set]) return 0;
     }
@@ -157,7 +157,7 @@ bool make_buffers(QELF_TriangleMesh* mesh) {
     if (mesh->use_textures && !mesh->texcoordData) {
         mesh->texcoordData = static_cast<IFF_RawChunk**>(calloc(mesh->use_textures, sizeof(IFF_RawChunk*)));
     }
-    for (int set = 0; set < mesh->use_textures; set++) {
+    for (int set = 0; set < mesh->use_textures; ++set) {
         good = good && mesh->texcoordData && make_buffer(mesh->texcoordData[set], "TXUV");
     }
     if (!good) out_of_memory(id);
@@ -258,14 +258,14 @@ int complete_mesh(QELF_TriangleMesh* mesh) {
     IFF_Chunk* const chunk = &mesh->chunk;
     chunk->chunkSize = fixed_size;
     if (!make_buffers(mesh) || !add_to_size(chunk, int64_t{4} * mesh->nmaterials)) return 0;
-    for (uint32_t i = 0; i < mesh->nmaterials; i++) {
+    for (uint32_t i = 0; i < mesh->nmaterials; ++i) {
         const QELF_Material* const material = mesh->materials[i].material;
         if (material && !embed(chunk, &material->chunk)) return 0;
     }
     for (const auto& a : arrays) {
         if (is_there(mesh, a) && !embed(chunk, &(mesh->*a.member)->chunk)) return 0;
     }
-    for (int set = 0; set < mesh->use_textures; set++) {
+    for (int set = 0; set < mesh->use_textures; ++set) {
         if (!embed(chunk, &mesh->texcoordData[set]->chunk)) return 0;
     }
     return embed(chunk, &mesh->indexData->chunk);
@@ -281,7 +281,7 @@ int QELF_writeTriangleMesh(FILE* file, const QELF_TriangleMesh* mesh) {
         if (!IFF_writeUByte(file, mesh->*f.member, id, f.name)) return 0;
     }
     if (!iff_write_floats(file, mesh->local_transform.m, 16, id, "local_transform")) return 0;
-    for (uint32_t i = 0; i < mesh->nmaterials; i++) {
+    for (uint32_t i = 0; i < mesh->nmaterials; ++i) {
         const QELF_MaterialEntry& entry = mesh->materials[i];
         if (!entry.material) return refuse(id, "a material is missing");
         if (!IFF_writeULong(file, entry.startIndex, id, "materials.startIndex") ||
@@ -293,7 +293,7 @@ int QELF_writeTriangleMesh(FILE* file, const QELF_TriangleMesh* mesh) {
         if (!is_there(mesh, a)) continue;
         if (!write_array(file, mesh->*a.member, mesh->nvertices, position_size)) return 0;
     }
-    for (int set = 0; set < mesh->use_textures; set++) {
+    for (int set = 0; set < mesh->use_textures; ++set) {
         const IFF_RawChunk* const data = mesh->texcoordData ? mesh->texcoordData[set] : nullptr;
         if (!write_array(file, data, mesh->nvertices, texcoord_size)) return 0;
     }
@@ -305,7 +305,7 @@ int QELF_checkTriangleMesh(const QELF_TriangleMesh*) {
 }
 
 void QELF_freeTriangleMesh(QELF_TriangleMesh* mesh) {
-    for (uint32_t i = 0; i < mesh->nmaterials; i++) {
+    for (uint32_t i = 0; i < mesh->nmaterials; ++i) {
         QELF_freeMaterial(mesh->materials[i].material);
     }
     mesh->nmaterials = 0;
@@ -313,7 +313,7 @@ void QELF_freeTriangleMesh(QELF_TriangleMesh* mesh) {
     for (const auto& a : arrays) {
         free_text(&(mesh->*a.member));
     }
-    for (int set = 0; mesh->texcoordData && set < mesh->use_textures; set++) {
+    for (int set = 0; mesh->texcoordData && set < mesh->use_textures; ++set) {
         free_text(&mesh->texcoordData[set]);
     }
     heap_clear(mesh->texcoordData);
@@ -328,7 +328,7 @@ void QELF_printTriangleMesh(const QELF_TriangleMesh* mesh, int indentLevel) {
         IFF_printIndent(stdout, indentLevel, "%s = %d;\n", f.name, mesh->*f.member);
     }
     QELF_printMatrix(&mesh->local_transform, indentLevel);
-    for (uint32_t i = 0; i < mesh->nmaterials; i++) {
+    for (uint32_t i = 0; i < mesh->nmaterials; ++i) {
         const QELF_MaterialEntry& entry = mesh->materials[i];
         IFF_printIndent(stdout, indentLevel, "material[%u].startIndex = %u;\n", i, entry.startIndex);
         if (entry.material) QELF_printMaterial(entry.material, indentLevel);
@@ -341,7 +341,7 @@ int QELF_compareTriangleMesh(const QELF_TriangleMesh* a, const QELF_TriangleMesh
         if (a->*f.member != b->*f.member) return 0;
     }
     if (!QELF_compareMatrix(&a->local_transform, &b->local_transform)) return 0;
-    for (uint32_t i = 0; i < a->nmaterials; i++) {
+    for (uint32_t i = 0; i < a->nmaterials; ++i) {
         const QELF_MaterialEntry& p = a->materials[i];
         const QELF_MaterialEntry& q = b->materials[i];
         if (p.startIndex != q.startIndex) return 0;
@@ -353,7 +353,7 @@ int QELF_compareTriangleMesh(const QELF_TriangleMesh* a, const QELF_TriangleMesh
     for (const auto& array : arrays) {
         if (is_there(a, array) && !same_array(a->*array.member, b->*array.member)) return 0;
     }
-    for (int set = 0; set < a->use_textures; set++) {
+    for (int set = 0; set < a->use_textures; ++set) {
         const bool both = a->texcoordData && b->texcoordData;
         if (both ? !same_array(a->texcoordData[set], b->texcoordData[set])
                  : a->texcoordData != b->texcoordData) {

@@ -129,12 +129,12 @@ template <class T>
 void store(T* field, T value, update changed, model3d_state* state, renderext_instance* rext) {
     if (*field == value) return;
     *field = value;
-    rext->dirty_count++;
+    ++rext->dirty_count;
     if (changed) changed(state);
 }
 
 void set_keyword(const keyword_attr& row, const char* text, model3d_state* state, renderext_instance* rext) {
-    for (int32_t mode = 0; mode < 3 && row.keywords[mode]; mode++) {
+    for (int32_t mode = 0; mode < 3 && row.keywords[mode]; ++mode) {
         if (strcmp(text, row.keywords[mode]) == 0)
             store(&(state->*row.field), mode, row.changed, state, rext);
     }
@@ -148,7 +148,7 @@ void set_filename(const char* name, model3d_state* state, renderext_instance* re
     }
     state->filename = heap_text(name);
     state->loaded = 0;
-    rext->dirty_count++;
+    ++rext->dirty_count;
 }
 
 } // namespace
@@ -215,5 +215,5 @@ void renderext_model3d_parse(int32_t id, const void* value, renderext_instance* 
     } else {
         set_filename(static_cast<const char*>(value), state, rext);
     }
-    rext->dirty_count++; // also when nothing changed
+    ++rext->dirty_count; // also when nothing changed
 }

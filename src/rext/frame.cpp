@@ -71,7 +71,7 @@ class phase_timer {
 // Gets the programs and their records; on failure says why, holds nothing and returns false.
 bool acquire_shaders(app_record* app, model3d_state* state, shader_refs* shaders) {
     constexpr int required = 4; // the flat programs are looked at below, all together
-    for (int i = 0; i < builtin_shader_count; i++) {
+    for (int i = 0; i < builtin_shader_count; ++i) {
         shaders->refs[i] = renderext_model3d_get_shader_ref(shaders->resources, &model3d_shaders[i]);
         if (shaders->refs[i] || i >= required) continue;
         kora_app_log(app, 0, "model3d: could not get a required shader: %s", model3d_shaders[i].name);
@@ -79,7 +79,7 @@ bool acquire_shaders(app_record* app, model3d_state* state, shader_refs* shaders
         return false;
     }
     bool complete = true;
-    for (int i = 0; i < builtin_shader_count; i++) {
+    for (int i = 0; i < builtin_shader_count; ++i) {
         kora_reference* const ref = shaders->refs[i];
         void* const data = ref ? shaders->resources->get_data(shaders->resources, ref) : nullptr;
         auto* const program = static_cast<shader_program*>(data);
@@ -103,7 +103,7 @@ void extension_of(const char* filename, char extension[5]) {
     const size_t length = strlen(filename);
     extension[0] = '\0';
     if (length < 4) return;
-    for (size_t i = 0; i < 4; i++) {
+    for (size_t i = 0; i < 4; ++i) {
         const char c = filename[length - 4 + i];
         extension[i] = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
     }
@@ -140,7 +140,7 @@ bool load_model(app_record* app, render_context* context) {
     group_config(&state->scene.root, context);
     group_update(context);
     state->loaded = 1;
-    gl_models++;
+    ++gl_models;
     timer.stop("model3d: load model");
     return true;
 }

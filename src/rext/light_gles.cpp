@@ -67,7 +67,7 @@ int set_internal_light_uniforms(const uniform_table& program, const scene*, cons
 int set_scene_light_uniforms(const uniform_table& program, const scene* s) {
     glUseProgram(program.program->program);
     uniform_set(program, uniform_nlights, &s->nlights);
-    for (int32_t i = 0; i < s->nlights; i++) {
+    for (int32_t i = 0; i < s->nlights; ++i) {
         const light* const l = s->lights[i];
         const float intensity = l->intensity * 0.01f; // percent in the file
         if (l->type == light_point) {

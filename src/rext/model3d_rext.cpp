@@ -69,7 +69,7 @@ void set_defaults(model3d_state* state) {
 void unload_model(model3d_state* state) {
     if (state->loaded) {
         gl_context_check();
-        gl_models--;
+        --gl_models;
     }
     scene_free(&state->scene);
     state->loaded = 0;

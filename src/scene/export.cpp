@@ -50,14 +50,14 @@ bool has_arrays(const trimesh* mesh) {
         return false;
     }
     if (mesh->use_textures > UINT8_MAX || (mesh->use_textures > 0 && !mesh->texcoords)) return false;
-    for (int32_t set = 0; set < mesh->use_textures; set++) {
+    for (int32_t set = 0; set < mesh->use_textures; ++set) {
         if (!mesh->texcoords[set]) return false;
     }
     return true;
 }
 
 bool set_materials(QELF_TriangleMesh* out, const trimesh* mesh) {
-    for (int32_t i = 0; i < mesh->nmaterials; i++) {
+    for (int32_t i = 0; i < mesh->nmaterials; ++i) {
         const auto index = static_cast<uint32_t>(i);
         QELF_setMaterialStartIndex(out, index, static_cast<uint32_t>(mesh->materials[i].startIndex));
         QELF_Material* const m = material_export(mesh->materials[i].material);
@@ -81,7 +81,7 @@ bool set_arrays(QELF_TriangleMesh* out, const trimesh* mesh) {
     if (mesh->use_normals) good = good && QELF_setNormalData(out, mesh->normals, triples);
     if (mesh->use_tangents) good = good && QELF_setTangentData(out, mesh->tangents, triples);
     if (mesh->use_binormals) good = good && QELF_setBinormalData(out, mesh->binormals, triples);
-    for (int32_t set = 0; set < mesh->use_textures; set++) {
+    for (int32_t set = 0; set < mesh->use_textures; ++set) {
         good = good && QELF_setTexcoordData(out, static_cast<uint32_t>(set), mesh->texcoords[set], pairs);
     }
     return good;
@@ -119,7 +119,7 @@ QELF_Node* group_export(void* node) {
     QELF_setVector3Values(&out->scaling, g->scaling);
     out->rotation = {degrees_from_radians(g->rotation[0]), degrees_from_radians(g->rotation[1]),
                      degrees_from_radians(g->rotation[2])};
-    for (int32_t i = 0; i < g->nnodes; i++) {
+    for (int32_t i = 0; i < g->nnodes; ++i) {
         const node_entry& entry = g->nodes[i];
         QELF_Node* const child = entry.export_node ? entry.export_node(entry.node) : nullptr;
         if (child && !QELF_addNodeToGroup(out.get(), static_cast<uint32_t>(i), child)) {

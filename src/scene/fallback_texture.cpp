@@ -44,11 +44,11 @@ constexpr void put(picture& p, int x, int y, uint8_t whiteness) {
 }
 
 constexpr void write(picture& p, const char* text, int x, int y, bool on_white) {
-    for (; *text; text++, x += advance) {
+    for (; *text; ++text, x += advance) {
         for (const glyph& g : font) {
             if (g.letter != *text) continue;
-            for (int row = 0; row < glyph_height; row++) {
-                for (int column = 0; column < glyph_width; column++) {
+            for (int row = 0; row < glyph_height; ++row) {
+                for (int column = 0; column < glyph_width; ++column) {
                     const uint8_t coverage = ink(g.rows[row][column]);
                     put(p, x + column, y + row, on_white ? static_cast<uint8_t>(255 - coverage) : coverage);
                 }
@@ -59,11 +59,11 @@ constexpr void write(picture& p, const char* text, int x, int y, bool on_white) 
 
 constexpr picture draw() {
     picture p{};
-    for (int j = 0; j < squares; j++) {
-        for (int i = 0; i < squares; i++) {
+    for (int j = 0; j < squares; ++j) {
+        for (int i = 0; i < squares; ++i) {
             const bool white = (i + j) % 2 == 0;
-            for (int y = edges[j]; y < edges[j + 1]; y++) {
-                for (int x = edges[i]; x < edges[i + 1]; x++) {
+            for (int y = edges[j]; y < edges[j + 1]; ++y) {
+                for (int x = edges[i]; x < edges[i + 1]; ++x) {
                     put(p, x, y, white ? 255 : 0);
                 }
             }

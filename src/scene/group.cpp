@@ -9,7 +9,7 @@
 int group_create(group* g, int32_t capacity) {
     mat_identity(g->transform);
     mat_identity(g->bind_transform);
-    for (int i = 0; i < 3; i++) {
+    for (int i = 0; i < 3; ++i) {
         g->rotation[i] = g->bind_rotation[i] = 0.0f;
         g->translation[i] = g->bind_translation[i] = 0.0f;
         g->scaling[i] = g->bind_scaling[i] = 1.0f;
@@ -57,7 +57,7 @@ void group_transform(const group* g, const float parent[16], float out[16]) {
 void group_load(void* node, int use_vbos, render_context* context) {
     auto* g = static_cast<group*>(node);
     group_store(g->name, g, context);
-    for (int32_t i = 0; i < g->nnodes; i++) {
+    for (int32_t i = 0; i < g->nnodes; ++i) {
         g->nodes[i].load(g->nodes[i].node, use_vbos, context);
     }
 }
@@ -66,7 +66,7 @@ void group_render(void* node, draw_callback callback, const float parent[16], vo
     const auto* g = static_cast<group*>(node);
     float world[16];
     group_transform(g, parent, world);
-    for (int32_t i = 0; i < g->nnodes; i++) {
+    for (int32_t i = 0; i < g->nnodes; ++i) {
         g->nodes[i].render(g->nodes[i].node, callback, world, user);
     }
 }
@@ -75,7 +75,7 @@ void group_prerender(void* node, int unused, const float parent[16], void* user)
     const auto* g = static_cast<group*>(node);
     float world[16];
     group_transform(g, parent, world);
-    for (int32_t i = 0; i < g->nnodes; i++) {
+    for (int32_t i = 0; i < g->nnodes; ++i) {
         g->nodes[i].prerender(g->nodes[i].node, unused, world, user);
     }
 }
@@ -84,7 +84,7 @@ void group_free(void* node) {
     auto* g = static_cast<group*>(node);
     heap_clear(g->name);
     if (!g->nodes) return;
-    for (int32_t i = 0; i < g->nnodes; i++) {
+    for (int32_t i = 0; i < g->nnodes; ++i) {
         const node_entry& entry = g->nodes[i];
         if (!entry.free) continue;
         entry.free(entry.node);

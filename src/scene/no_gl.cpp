@@ -12,7 +12,7 @@ int incomplete_loads = 0;
 void group_store(const char*, group*, render_context*) {}
 void group_config(void*, render_context*) {}
 void load_incomplete(render_context*) {
-    incomplete_loads++;
+    ++incomplete_loads;
 }
 
 void light_load(void*, int, render_context*) {}

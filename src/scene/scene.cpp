@@ -54,7 +54,7 @@ int scene_growanimations(scene* s) {
 
 void scene_free(scene* s) {
     if (s->textures) {
-        for (int32_t i = 0; i < s->ntextures; i++) {
+        for (int32_t i = 0; i < s->ntextures; ++i) {
             if (s->textures[i]) texture_free(s->textures[i]);
         }
         heap_clear(s->textures);

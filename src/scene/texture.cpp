@@ -7,7 +7,7 @@ int texture_create(texture* t, const char* path) {
     t->refcount = 1;
     t->filename = heap_text(path);
     if (!t->filename) return 0;
-    for (char* c = t->filename; *c; c++) {
+    for (char* c = t->filename; *c; ++c) {
         if (*c == '\\') *c = '/';
     }
     return 1;
@@ -22,7 +22,7 @@ int texture_set_base_filename(texture* t, const char* name) {
 }
 
 texture* texture_getref(texture* t) {
-    t->refcount++;
+    ++t->refcount;
     return t;
 }
 

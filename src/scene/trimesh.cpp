@@ -33,7 +33,7 @@ bool resize_vertices(trimesh* mesh, int32_t capacity) {
     for (const auto array : vertex_arrays) {
         if (mesh->*array && !resize_tuples(mesh->*array, capacity, per_position)) return false;
     }
-    for (int32_t set = 0; set < mesh->use_textures; set++) {
+    for (int32_t set = 0; set < mesh->use_textures; ++set) {
         if (!resize_tuples(mesh->texcoords[set], capacity, per_texcoord)) return false;
     }
     return true;
@@ -88,7 +88,7 @@ int trimesh_create(trimesh* mesh, const char* name, int32_t nvertices, int32_t n
         mesh->texcoords = static_cast<float**>(calloc(static_cast<size_t>(use_textures), sizeof(float*)));
         if (!mesh->texcoords) return 0;
         mesh->use_textures = use_textures;
-        for (int32_t set = 0; set < use_textures; set++) {
+        for (int32_t set = 0; set < use_textures; ++set) {
             if (!resize_tuples(mesh->texcoords[set], mesh->vertex_capacity, per_texcoord)) return 0;
         }
     }
@@ -103,7 +103,7 @@ int trimesh_pushvertex(trimesh* mesh, float x, float y, float z) {
     for (const auto array : vertex_arrays) {
         if (array != &trimesh::vertices && mesh->*array) put(mesh->*array, vertex, {0.0f, 0.0f, 0.0f});
     }
-    for (int32_t set = 0; set < mesh->use_textures; set++) {
+    for (int32_t set = 0; set < mesh->use_textures; ++set) {
         put(mesh->texcoords[set], vertex, {0.0f, 0.0f});
     }
     return mesh->nvertices == mesh->vertex_capacity ? grow_vertices(mesh) : 1;
@@ -190,11 +190,11 @@ int trimesh_scaletexcoords(trimesh* mesh) {
     if (!done) return 0;
 
     float* const uv = mesh->texcoords[0];
-    for (int32_t i = 0; i < mesh->nmaterials; i++) {
+    for (int32_t i = 0; i < mesh->nmaterials; ++i) {
         const texture* map = mesh->materials[i].material ? mesh->materials[i].material->diffuseMap : nullptr;
         if (!map) continue;
         const size_t end = static_cast<size_t>(trimesh_segment_end(mesh, i)) * 3;
-        for (size_t j = static_cast<size_t>(mesh->materials[i].startIndex) * 3; j < end; j++) {
+        for (size_t j = static_cast<size_t>(mesh->materials[i].startIndex) * 3; j < end; ++j) {
             const size_t vertex = mesh->indices[j];
             const auto bit = static_cast<uint8_t>(1u << (vertex % 8));
             uint8_t& byte = done.get()[vertex / 8];
@@ -212,13 +212,13 @@ void trimesh_free(void* node) {
     heap_clear(mesh->vertices);
     heap_clear(mesh->normals);
     if (mesh->texcoords) {
-        for (int32_t set = 0; set < mesh->use_textures; set++) {
+        for (int32_t set = 0; set < mesh->use_textures; ++set) {
             free(mesh->texcoords[set]);
         }
     }
     heap_clear(mesh->texcoords);
     heap_clear(mesh->indices);
-    for (int32_t i = 0; i < mesh->nmaterials; i++) {
+    for (int32_t i = 0; i < mesh->nmaterials; ++i) {
         if (mesh->materials[i].material) material_free(mesh->materials[i].material);
     }
     mesh->nmaterials = 0;

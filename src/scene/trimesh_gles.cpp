@@ -53,7 +53,7 @@ float* allocate_records(size_t records, int each) {
 // The arrays that went to GL, or into another array, and those that nothing draws.
 void release_sources(trimesh* mesh) {
     heap_clear(mesh->vertices);
-    for (int32_t set = 0; set < mesh->use_textures; set++) {
+    for (int32_t set = 0; set < mesh->use_textures; ++set) {
         heap_clear(mesh->texcoords[set]);
     }
     heap_clear(mesh->normals);
@@ -83,7 +83,7 @@ void pack_for_draw_arrays(trimesh* mesh, int floats, render_context* context) {
         load_incomplete(context);
         return;
     }
-    for (size_t j = 0; j < corners; j++) {
+    for (size_t j = 0; j < corners; ++j) {
         pack_vertex(mesh, mesh->indices[j], packed + j * static_cast<size_t>(floats));
     }
     release_sources(mesh);
@@ -93,7 +93,7 @@ void pack_for_draw_arrays(trimesh* mesh, int floats, render_context* context) {
 void trace_upload(const trimesh* mesh) {
     model3d_diag_log(nullptr, 9, "copying vertex and index data into VBO");
     if (!model3d_diag_enabled(9)) return;
-    for (int32_t i = 0; i < mesh->nvertices; i++) {
+    for (int32_t i = 0; i < mesh->nvertices; ++i) {
         const float* const v = mesh->vertices + static_cast<size_t>(i) * 3;
         model3d_diag_log(nullptr, 9, "copying vertex[%d] <%f,%f,%f>", i, double{v[0]}, double{v[1]},
                          double{v[2]});
@@ -108,7 +108,7 @@ void trace_upload(const trimesh* mesh) {
         }
     }
     model3d_diag_log(nullptr, 9, "dumping indices");
-    for (int32_t f = 0; f < mesh->nfaces; f++) {
+    for (int32_t f = 0; f < mesh->nfaces; ++f) {
         const uint32_t* const face = mesh->indices + static_cast<size_t>(f) * 3;
         model3d_diag_log(nullptr, 9, "face[%d] = [%u,%u,%u]", f, face[0], face[1], face[2]);
     }
@@ -122,7 +122,7 @@ void upload_buffers(trimesh* mesh, int floats) {
         return;
     }
     trace_upload(mesh);
-    for (size_t i = 0; i < count; i++) {
+    for (size_t i = 0; i < count; ++i) {
         pack_vertex(mesh, i, packed.get() + i * static_cast<size_t>(floats));
     }
     const size_t vertex_bytes = count * static_cast<size_t>(floats) * sizeof(float);
@@ -146,7 +146,7 @@ void unbind_buffers() {
 // What a mesh lacks must not come from wherever the host or another mesh last pointed.
 void disable_absent(const trimesh* mesh, const vertex_layout& layout) {
     const GLuint last = mesh->use_textures ? layout.texcoord_attribute : layout.texcoord_attribute - 1;
-    for (GLuint attribute = last + 1; attribute < attribute_count; attribute++) {
+    for (GLuint attribute = last + 1; attribute < attribute_count; ++attribute) {
         glDisableVertexAttribArray(attribute);
     }
 }
@@ -246,7 +246,7 @@ void render_segment(const trimesh* mesh, int32_t i, draw_callback callback, cons
 void trimesh_load(void* node, int use_vbos, render_context* context) {
     auto* mesh = static_cast<trimesh*>(node);
     if (!mesh) return;
-    for (int32_t i = 0; i < mesh->nmaterials; i++) {
+    for (int32_t i = 0; i < mesh->nmaterials; ++i) {
         if (mesh->materials[i].material) material_load(mesh->materials[i].material, context);
     }
     const int smooth = trimesh_calculatenormals(mesh);
@@ -278,12 +278,12 @@ void trimesh_render(void* node, draw_callback callback, const float parent[16], 
         if (callback(mesh->name, nullptr, combined, user)) draw_faces(mesh, index_base, 0, mesh->nfaces);
     } else {
         model3d_diag_log(nullptr, 9, "rendering with %d material segments", mesh->nmaterials);
-        for (int32_t i = 0; i < mesh->nmaterials; i++) {
+        for (int32_t i = 0; i < mesh->nmaterials; ++i) {
             render_segment(mesh, i, callback, combined, user, index_base);
         }
     }
     // The arrays go with the model: a draw call of the host's must not find them enabled.
-    for (GLuint attribute = 0; attribute < attribute_count; attribute++) {
+    for (GLuint attribute = 0; attribute < attribute_count; ++attribute) {
         glDisableVertexAttribArray(attribute);
     }
     unbind_buffers();

@@ -32,7 +32,7 @@ constexpr uint32_t hash_digits = 3;
 
 uint32_t hash_position(const float position[3]) {
     uint64_t hash = 0;
-    for (int i = 0; i < 3; i++) {
+    for (int i = 0; i < 3; ++i) {
         hash ^= std::bit_cast<uint32_t>(position[i] + 0.0f); // makes both zeros one
         hash *= 0x9e3779b97f4a7c15u;
         hash ^= hash >> 32;
@@ -55,19 +55,19 @@ struct workspace {
 size_t sort_by_hash(const trimesh* mesh, workspace* work) {
     uint32_t starts[hash_digits][digit_count] = {};
     size_t count = 0;
-    for (uint32_t i = 0; i < static_cast<uint32_t>(mesh->nvertices); i++) {
+    for (uint32_t i = 0; i < static_cast<uint32_t>(mesh->nvertices); ++i) {
         const float* const p = mesh->vertices + size_t{i} * 3;
         if (std::isnan(p[0]) || std::isnan(p[1]) || std::isnan(p[2])) continue;
         const uint32_t hash = hash_position(p);
         work->vertices[count++] = {hash, i};
-        for (uint32_t place = 0; place < hash_digits; place++) {
-            starts[place][digit(hash, place)]++;
+        for (uint32_t place = 0; place < hash_digits; ++place) {
+            ++starts[place][digit(hash, place)];
         }
     }
-    for (uint32_t place = 0; place < hash_digits; place++) {
+    for (uint32_t place = 0; place < hash_digits; ++place) {
         std::exclusive_scan(starts[place], starts[place] + digit_count, starts[place], 0u);
         const hashed_vertex* const from = work->vertices;
-        for (size_t i = 0; i < count; i++) {
+        for (size_t i = 0; i < count; ++i) {
             work->spare[starts[place][digit(from[i].hash, place)]++] = from[i];
         }
         std::swap(work->vertices, work->spare);
@@ -85,7 +85,7 @@ int compare(const trimesh* mesh, hashed_vertex a, hashed_vertex b) {
 }
 
 void face_normals(trimesh* mesh) {
-    for (size_t f = 0; f < static_cast<size_t>(mesh->nfaces); f++) {
+    for (size_t f = 0; f < static_cast<size_t>(mesh->nfaces); ++f) {
         const uint32_t* const face = mesh->indices + f * 3;
         const float* const a = mesh->vertices + size_t{face[0]} * 3;
         float ab[3], ac[3], normal[3];
@@ -93,7 +93,7 @@ void face_normals(trimesh* mesh) {
         vec_sub(mesh->vertices + size_t{face[2]} * 3, a, ac);
         vec_cross(ab, ac, normal);
         vec_normalize(normal);
-        for (int corner = 0; corner < 3; corner++) {
+        for (int corner = 0; corner < 3; ++corner) {
             memcpy(mesh->normals + size_t{face[corner]} * 3, normal, sizeof(normal));
         }
     }
@@ -105,7 +105,7 @@ void visit_positions(const trimesh* mesh, hashed_vertex* begin, hashed_vertex* e
     while (begin != end) {
         hashed_vertex* next = begin + 1;
         bool one_position = true;
-        for (; next != end && next->hash == begin->hash; next++) {
+        for (; next != end && next->hash == begin->hash; ++next) {
             one_position &= compare(mesh, *begin, *next) == 0;
         }
         if (!one_position) {
@@ -118,7 +118,7 @@ void visit_positions(const trimesh* mesh, hashed_vertex* begin, hashed_vertex* e
         while (begin != next) {
             hashed_vertex* const first = begin++;
             while (begin != next && (one_position || compare(mesh, *first, *begin) == 0)) {
-                begin++;
+                ++begin;
             }
             visit(first, begin);
         }
@@ -135,7 +135,7 @@ void smooth(trimesh* mesh, const hashed_vertex* first) {
     static constexpr float zero[3] = {};
     const auto normal = [mesh](uint32_t vertex) { return mesh->normals + size_t{vertex} * 3; };
     const auto count = static_cast<uint32_t>(mesh->nvertices);
-    for (uint32_t i = 0; i < count; i++) {
+    for (uint32_t i = 0; i < count; ++i) {
         const uint32_t f = first[i].index;
         if (f == leads) {
             vec_add(zero, normal(i), normal(i));
@@ -143,7 +143,7 @@ void smooth(trimesh* mesh, const hashed_vertex* first) {
             vec_add(normal(f), normal(i), normal(f));
         }
     }
-    for (uint32_t i = 0; i < count; i++) {
+    for (uint32_t i = 0; i < count; ++i) {
         const uint32_t f = first[i].index;
         if (f == leads) {
             vec_normalize(normal(i));
@@ -168,13 +168,13 @@ int trimesh_calculatenormals(trimesh* mesh) {
     const size_t sorted = sort_by_hash(mesh, &work);
 
     hashed_vertex* const first = work.spare;
-    for (size_t i = 0; i < count; i++) {
+    for (size_t i = 0; i < count; ++i) {
         first[i].index = static_cast<uint32_t>(i);
     }
     const auto note = [first](const hashed_vertex* begin, const hashed_vertex* end) {
         if (end - begin < 2) return;
         first[begin->index].index = leads;
-        for (const hashed_vertex* v = begin + 1; v != end; v++) {
+        for (const hashed_vertex* v = begin + 1; v != end; ++v) {
             first[v->index].index = begin->index;
         }
     };

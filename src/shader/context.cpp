@@ -32,7 +32,7 @@ void delete_witness() {
 }
 
 void lose_context() {
-    gl_context++;
+    ++gl_context;
     witness = {};
     caches_clear(false);
 }

@@ -77,7 +77,7 @@ uint32_t link_program(app_record* app, uint32_t vertex, uint32_t fragment, const
     gl_context_check_new_program(program);
     glAttachShader(program, vertex);
     glAttachShader(program, fragment);
-    for (GLuint i = 0; attribs && attribs[i]; i++) {
+    for (GLuint i = 0; attribs && attribs[i]; ++i) {
         glBindAttribLocation(program, i, attribs[i]);
     }
     glLinkProgram(program);

@@ -91,7 +91,7 @@ bool enumerate_uniforms(app_record* app, shader_program* record, const char* nam
     if (!record->uniforms || !buffer) return count == 0;
 
     bool complete = true;
-    for (GLint i = 0; i < count; i++) {
+    for (GLint i = 0; i < count; ++i) {
         heap_ptr<own_uniform> uniform{heap_zeroed<own_uniform>()};
         if (!uniform) {
             complete = false;
@@ -135,7 +135,7 @@ int lum_gl_shader_set_uniform_value(shader_program* program, const char* name, i
 }
 
 void find_builtin_uniforms(const shader_program* record, own_uniform* found[builtin_uniform_count]) {
-    for (int i = 0; i < builtin_uniform_count; i++) {
+    for (int i = 0; i < builtin_uniform_count; ++i) {
         found[i] = static_cast<own_uniform*>(find(record, builtin_uniforms[i].name));
     }
 }

@@ -4,7 +4,11 @@
 #include <cstdlib>
 #include <new>
 
-static heap_watch* current = nullptr;
+namespace {
+
+heap_watch* current = nullptr;
+
+} // namespace
 
 heap_watch::heap_watch(long failing) : fail_at(failing) {
     current = this;
@@ -23,13 +27,17 @@ bool heap_is_watched() {
     return watch.allocations == 1;
 }
 
-static void* allocate(size_t size) noexcept {
+namespace {
+
+void* allocate(size_t size) noexcept {
     if (current) {
         current->largest = std::max(current->largest, size);
         if (static_cast<long>(current->allocations++) == current->fail_at) return nullptr;
     }
     return malloc(size ? size : 1);
 }
+
+} // namespace
 
 void* operator new(size_t size) {
     void* p = allocate(size);

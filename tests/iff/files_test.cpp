@@ -52,7 +52,7 @@ std::string album() {
 // One level deeper than readers go.
 tree_ptr deep_cat() {
     IFF_CAT* deep = nullptr;
-    for (int level = 0; level <= 256; level++) {
+    for (int level = 0; level <= 256; ++level) {
         IFF_CAT* const around = IFF_createCAT("JJJJ");
         if (deep) IFF_addToCAT(around, &deep->chunk);
         deep = around;
@@ -85,7 +85,7 @@ TEST(iff_files, differ_when_any_byte_of_them_does) {
     const tree_ptr tree = read(file);
     int compared = 0;
     reports_of([&] {
-        for (size_t i = 0; i < file.size(); i++) {
+        for (size_t i = 0; i < file.size(); ++i) {
             std::string other = file;
             other[i] = static_cast<char>(other[i] ^ 1);
             const tree_ptr changed = read(other);
@@ -93,7 +93,7 @@ TEST(iff_files, differ_when_any_byte_of_them_does) {
             // The byte after an odd body is no part of the tree.
             if (write(changed.get()) == file) continue;
             EXPECT_EQ(IFF_compare(tree.get(), changed.get(), nullptr, 0), 0) << i;
-            compared++;
+            ++compared;
         }
     });
     EXPECT_GT(compared, 1000);
@@ -191,7 +191,7 @@ TEST(iff_files, cut_short_anywhere_say_which_field_is_missing_or_did_not_fit) {
     };
     size_t length = 0;
     for (const auto& row : cases) {
-        for (; length < row.end; length++) {
+        for (; length < row.end; ++length) {
             tree_ptr part;
             EXPECT_EQ(reports_of([&] { part = read(file.substr(0, length)); }), row.reading + main_chunk);
             EXPECT_FALSE(part);
@@ -204,7 +204,7 @@ TEST(iff_files, cut_short_anywhere_say_which_field_is_missing_or_did_not_fit) {
 
     const long blocks = heap.blocks;
     const std::string whole = album();
-    for (length = 0; length < whole.size(); length++)
+    for (length = 0; length < whole.size(); ++length)
         reports_of([&] { EXPECT_FALSE(read(whole.substr(0, length))) << length; });
     EXPECT_EQ(heap.blocks, blocks);
 }

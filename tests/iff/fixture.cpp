@@ -36,13 +36,17 @@ std::string write(const IFF_Chunk* tree, extension_table table, size_t room) {
     return bytes;
 }
 
-static std::string reports;
+namespace {
 
-static void keep_report(const char* format, va_list arguments) {
+std::string reports;
+
+void keep_report(const char* format, va_list arguments) {
     char text[256];
     const int length = vsnprintf(text, sizeof text, format, arguments);
     reports.append(text, static_cast<size_t>(std::min<int>(length, sizeof text - 1)));
 }
+
+} // namespace
 
 std::string reports_of(const std::function<void()>& action) {
     const IFF_ErrorFunction usual = IFF_errorCallback;

@@ -14,7 +14,7 @@ namespace {
 
 std::string nested(const std::string& id, int levels) {
     std::string file;
-    for (int level = 0; level < levels; level++)
+    for (int level = 0; level < levels; ++level)
         file += id + big_endian(static_cast<uint32_t>(12 * (levels - 1 - level) + 4)) + "GOOD";
     return file;
 }
@@ -22,7 +22,7 @@ std::string nested(const std::string& id, int levels) {
 int lines(const std::string& text, const std::string& line) {
     int count = 0;
     for (size_t at = text.find(line); at != std::string::npos; at = text.find(line, at + 1))
-        count++;
+        ++count;
     return count;
 }
 
@@ -131,7 +131,7 @@ TEST(iff_hostile, many_chunks_are_read_in_linear_time) {
     // Growing by one entry a chunk would move the arrays a hundred thousand times.
     const int count = 100'000;
     std::string chunks;
-    for (int i = 0; i < count; i++)
+    for (int i = 0; i < count; ++i)
         chunks += "DATA" + big_endian(0);
     const std::string file = group_of("FORM", "GOOD", chunks);
     const stream_ptr stream = open_bytes(file);
@@ -147,7 +147,7 @@ TEST(iff_fields, of_floats_keep_their_bits_and_say_when_they_are_cut) {
     // Around the writer's piece.
     for (const size_t count : {0u, 1u, 63u, 64u, 65u, 200u}) {
         std::vector<float> floats(count), read_back(count);
-        for (size_t i = 0; i < count; i++) {
+        for (size_t i = 0; i < count; ++i) {
             floats[i] = static_cast<float>(i) - 7.25f;
         }
         std::string file(4 * count + 1, '\0');

@@ -41,7 +41,7 @@ IFF_Chunk* read_number(FILE* file, int32_t) {
         return nullptr;
     }
     chunk->chunkSize = 100;
-    numbers_alive++;
+    ++numbers_alive;
     return chunk;
 }
 int write_number(FILE* file, const IFF_Chunk* chunk) {
@@ -53,7 +53,7 @@ int check_number(const IFF_Chunk* chunk) {
     return 0;
 }
 void free_number(IFF_Chunk*) {
-    numbers_alive--;
+    --numbers_alive;
 }
 void print_number(const IFF_Chunk* chunk, int indentLevel) {
     IFF_printIndent(stdout, indentLevel, "number = %d;\n", number_of(chunk));
@@ -236,10 +236,11 @@ TEST(iff_trees, refuse_sizes_beyond_32_bits) {
     IFF_free(&form->chunk, nullptr, 0);
 }
 
+namespace {
+
 template <class T>
-static void expect_field(int (*read)(FILE*, T*, const char*, const char*),
-                         int (*write)(FILE*, T, const char*, const char*), const std::string& file,
-                         T expected) {
+void expect_field(int (*read)(FILE*, T*, const char*, const char*),
+                  int (*write)(FILE*, T, const char*, const char*), const std::string& file, T expected) {
     T value = 77;
     stream_ptr stream = open_bytes("Z" + file);
     fgetc(stream.get());
@@ -260,6 +261,8 @@ static void expect_field(int (*read)(FILE*, T*, const char*, const char*),
     EXPECT_EQ(write(stream.get(), value, "SGRP", "field"), 1);
     EXPECT_EQ(back.substr(0, file.size()), file);
 }
+
+} // namespace
 
 TEST(iff_fields, are_big_endian_and_keep_their_sign) {
     expect_field<int32_t>(IFF_readLong, IFF_writeLong, "\xff\xff\xff\xfe", -2);

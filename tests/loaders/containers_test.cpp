@@ -30,7 +30,7 @@ TEST(Hashtable, PlacesKeysByTheirHash) {
 
 // One-letter keys by the slot they belong to in a table of 8.
 std::string key_at_home(uint32_t home, int which) {
-    for (char c = 'a'; c <= 'z'; c++) {
+    for (char c = 'a'; c <= 'z'; ++c) {
         hashtable probe;
         hashtable_create(&probe, 8);
         const std::string key(1, c);
@@ -63,7 +63,7 @@ std::set<void*> released;
 TEST(Hashtable, GrowsAtThreeQuarters) {
     hashtable table;
     hashtable_create(&table, 8);
-    for (int n = 1; n <= 200; n++) {
+    for (int n = 1; n <= 200; ++n) {
         char key[] = "material 000";
         snprintf(key + 9, 4, "%03d", n);
         hashtable_set(&table, key, &values[n - 1]);
@@ -76,7 +76,7 @@ TEST(Hashtable, GrowsAtThreeQuarters) {
                              : n < 192 ? 256
                                        : 512;
         EXPECT_EQ(table.size, expected) << n;
-        for (int m = 1; m <= n; m++) {
+        for (int m = 1; m <= n; ++m) {
             snprintf(key + 9, 4, "%03d", m);
             ASSERT_EQ(hashtable_get(&table, key), &values[m - 1]) << n;
         }
@@ -93,12 +93,12 @@ TEST(Hashtable, GrowsAtThreeQuarters) {
 TEST(Flarray, DoublesAndKeepsItsContents) {
     flarray array;
     ASSERT_EQ(flarray_create(&array), 1);
-    for (int n = 0; n < 100; n++) {
+    for (int n = 0; n < 100; ++n) {
         flarray_push(&array, static_cast<float>(n));
         EXPECT_EQ(array.count, n + 1);
         EXPECT_EQ(array.capacity, n < 16 ? 16 : n < 32 ? 32 : n < 64 ? 64 : 128);
     }
-    for (int n = 0; n < 100; n++) {
+    for (int n = 0; n < 100; ++n) {
         EXPECT_EQ(array.data[n], static_cast<float>(n));
     }
     flarray_clear(&array);
@@ -124,7 +124,7 @@ TEST(Containers, StayUsableWithoutMemory) {
 
     // Without memory for more slots the eight fill up, and then the table stays as it is.
     hashtable_create(&table, 8);
-    for (int i = 0; i < 10; i++) {
+    for (int i = 0; i < 10; ++i) {
         const char key[] = {static_cast<char>('a' + i), 0};
         const shortage here(i < 8 ? 1 : 0); // for the key alone
         hashtable_set(&table, key, &value);

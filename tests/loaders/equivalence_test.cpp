@@ -74,7 +74,7 @@ std::string number(random_source& random) {
         return std::to_string(static_cast<int>(below(random, 40)) - 8);
     case 6: {
         std::string any;
-        for (size_t i = below(random, 12) + 1; i > 0; i--) {
+        for (size_t i = below(random, 12) + 1; i > 0; --i) {
             any += "0123456789.+-eExXpPnaif:"[below(random, 24)];
         }
         return any;
@@ -88,9 +88,9 @@ std::string number(random_source& random) {
 TEST(Numbers, AreReadAsScanfReadsThem) {
     random_source random(1);
     const char* const gaps[] = {" ", " ", " ", "  ", "\t", "\v\f ", "", "/", "\n\r"};
-    for (int i = 0; i < 200000; i++) {
+    for (int i = 0; i < 200000; ++i) {
         std::string text;
-        for (int n = 0; n < 3; n++) {
+        for (int n = 0; n < 3; ++n) {
             text += pick(random, gaps) + number(random);
         }
         text += std::string(8, '\0');
@@ -138,12 +138,12 @@ std::string line(random_source& random) {
     const size_t kind = below(random, 10);
     if (kind < 5) {
         text = pick(random, {"v", "v", "vn", "vt", "v\\"});
-        for (size_t n = below(random, 8) ? 3 : below(random, 5); n > 0; n--) {
+        for (size_t n = below(random, 8) ? 3 : below(random, 5); n > 0; --n) {
             text += pick(random, gaps) + number(random);
         }
     } else if (kind < 9) {
         text = "f";
-        for (size_t n = below(random, 6) + 2; n > 0; n--) {
+        for (size_t n = below(random, 6) + 2; n > 0; --n) {
             text += pick(random, gaps) + corner(random);
         }
     } else {
@@ -168,7 +168,7 @@ std::string long_line(random_source& random) {
 // Faces that show what the lists of a file hold.
 std::string probe() {
     std::string text;
-    for (int i = 1; i < 12; i++) {
+    for (int i = 1; i < 12; ++i) {
         char line[100];
         snprintf(line, sizeof(line), "f %d/%d/%d -%d/-%d/-%d %d/-1/-1\n", i, i, i, i, i, i, i);
         text += line;
@@ -193,7 +193,7 @@ std::string compare(const char* what, const T* got, size_t count, const std::vec
         return std::string(what) + ": " + std::to_string(count) + " instead of " +
                std::to_string(expected.size());
     }
-    for (size_t i = 0; i < count; i++) {
+    for (size_t i = 0; i < count; ++i) {
         if (memcmp(&got[i], &expected[i], sizeof(T)) == 0) continue;
         return std::string(what) + "[" + std::to_string(i) + "]: " + std::to_string(got[i]) + " instead of " +
                std::to_string(expected[i]);
@@ -234,7 +234,7 @@ std::string difference_from_reference(const std::string& filename) {
     }
     if (mesh.calc_normals == reference->normals_given) return "calc_normals";
     if (static_cast<size_t>(mesh.nmaterials) != reference->segments.size()) return "number of segments";
-    for (size_t i = 0; i < reference->segments.size(); i++) {
+    for (size_t i = 0; i < reference->segments.size(); ++i) {
         const reference_segment& expected = reference->segments[i];
         if (mesh.materials[i].startIndex != expected.start) return "start of segment " + std::to_string(i);
         const std::string difference = compare(*mesh.materials[i].material, expected.material);
@@ -253,9 +253,9 @@ TEST(Loader, ReadsRandomFilesAsTheDialectSays) {
                  std::string("newmtl no name\nmap_Kd x.png\n").append(1022, 'x').append("\nNs 3\n"));
     random_source random(2);
     for (const file_kind& kind : kinds) {
-        for (int i = 0; i < kind.files; i++) {
+        for (int i = 0; i < kind.files; ++i) {
             std::string text;
-            for (size_t n = below(random, kind.lines); n > 0; n--) {
+            for (size_t n = below(random, kind.lines); n > 0; --n) {
                 text += below(random, kind.long_line_in) == 0 ? long_line(random) : line(random);
             }
             text += probe();

@@ -28,7 +28,7 @@ void read_lines(int fd, bool backslashes, const std::function<void(char*)>& hand
         ssize_t i = 0;
         for (;;) {
             while (i < n && blank(buffer[i])) {
-                i++;
+                ++i;
             }
             if (i == n) break;
             const ssize_t start = i;
@@ -39,7 +39,7 @@ void read_lines(int fd, bool backslashes, const std::function<void(char*)>& hand
                         buffer[++i] = ' ';
                     }
                 }
-                i++;
+                ++i;
             }
             if (i == n) {
                 char test;
@@ -48,11 +48,11 @@ void read_lines(int fd, bool backslashes, const std::function<void(char*)>& hand
                 break;
             }
             buffer[i] = 0;
-            for (ssize_t k = i - 1; k >= start && buffer[k] == ' '; k--) {
+            for (ssize_t k = i - 1; k >= start && buffer[k] == ' '; --k) {
                 buffer[k] = 0;
             }
             handle(buffer + start);
-            i++;
+            ++i;
         }
     }
 }
@@ -93,7 +93,7 @@ std::string eighth_on(const char* line) {
 int32_t saturated(const std::string& field) {
     const bool negative = field[0] == '-';
     long double value = 0;
-    for (size_t i = negative; i < field.size() && field[i] >= '0' && field[i] <= '9'; i++) {
+    for (size_t i = negative; i < field.size() && field[i] >= '0' && field[i] <= '9'; ++i) {
         value = value * 10 + (field[i] - '0');
     }
     if (negative) value = -value;
@@ -145,7 +145,7 @@ struct loader {
     reference_model model;
 
     void push(int64_t position) {
-        for (int i = 0; i < 3; i++) {
+        for (int i = 0; i < 3; ++i) {
             model.vertices.push_back(positions[static_cast<size_t>(position * 3 + i)]);
             model.normals.push_back(0);
         }
@@ -154,7 +154,7 @@ struct loader {
 
     void face(const char* line) {
         size_t count = 0;
-        for (const char* p = line; *p; p++) {
+        for (const char* p = line; *p; ++p) {
             count += *p == ' ' && p[1] != ' ';
         }
         if (count < 3) return;
@@ -178,7 +178,7 @@ struct loader {
         if (outside(corners[0].position, npositions)) return;
         push(corners[0].position);
         const auto first = static_cast<uint32_t>(model.vertices.size() / 3 - 1);
-        for (size_t k = 1; k + 1 < count; k++) {
+        for (size_t k = 1; k + 1 < count; ++k) {
             const corner triangle[] = {corners[0], corners[k], corners[k + 1]};
             if (outside(triangle[1].position, npositions) || outside(triangle[2].position, npositions))
                 return;
@@ -192,12 +192,12 @@ struct loader {
                 textured = textured && !outside(c.texcoord, ntexcoords);
                 lit = lit && !outside(c.normal, nnormals);
             }
-            for (int i = 0; i < 3; i++) {
-                for (int j = 0; textured && j < 2; j++) {
+            for (int i = 0; i < 3; ++i) {
+                for (int j = 0; textured && j < 2; ++j) {
                     model.texcoords[vertices[i] * 2 + static_cast<unsigned>(j)] =
                         texcoords[static_cast<size_t>(triangle[i].texcoord * 2 + j)];
                 }
-                for (int j = 0; lit && j < 3; j++) {
+                for (int j = 0; lit && j < 3; ++j) {
                     model.normals[vertices[i] * 3 + static_cast<unsigned>(j)] =
                         normals[static_cast<size_t>(triangle[i].normal * 3 + j)];
                     model.normals_given = true;
@@ -276,7 +276,7 @@ std::optional<reference_model> reference_load(const std::string& filename) {
 
 int reference_scan(const char* text, float* values, int count) {
     // A number more is read only when the ones before it are there: what is left tells how many there were.
-    for (int n = count; n > 0; n--) {
+    for (int n = count; n > 0; --n) {
         float v[3] = {};
         const bool all = n == 1   ? scan(text, "%f", &v[0])
                          : n == 2 ? scan(text, "%f %f", &v[0], &v[1])

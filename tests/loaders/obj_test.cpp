@@ -17,7 +17,7 @@ namespace {
 // "vertices: a b c | d e f": every corner of every triangle as x, x/u or x/u/nx, with zeros left out.
 std::string faces_of(const trimesh& mesh) {
     std::string text = std::to_string(mesh.nvertices) + ":";
-    for (size_t i = 0; i < static_cast<size_t>(mesh.nfaces) * 3; i++) {
+    for (size_t i = 0; i < static_cast<size_t>(mesh.nfaces) * 3; ++i) {
         const size_t v = mesh.indices[i];
         const float values[] = {mesh.vertices[v * 3], mesh.texcoords[0][v * 2], mesh.normals[v * 3]};
         if (i > 0 && i % 3 == 0) text += " |";
@@ -133,7 +133,7 @@ TEST(Loader, ReadsAttributesAndRadius) {
         const loaded_model model(folder.write("attributes.obj", std::string(row.lines) + "f 1/1 1/1 1/1\n"));
         EXPECT_FLOAT_EQ(model.root.root.radius, row.radius) << row.lines;
         ASSERT_EQ(model.mesh().nfaces, 1) << row.lines;
-        for (size_t i = 0; i < 3; i++) {
+        for (size_t i = 0; i < 3; ++i) {
             const float value = model.mesh().vertices[i];
             EXPECT_TRUE(value == row.position[i] || (value != value && row.position[i] != row.position[i]))
                 << row.lines << value;
@@ -239,7 +239,7 @@ TEST(Loader, AsksTheHostForPaths) {
         // The library named last goes before the others, even when it was read before.
         const std::pair<const char*, float> used[] = {{"b", 0.0f}, {"a", 2.0f}, {"a", 0.0f}, {"b", 0.0f}};
         ASSERT_EQ(model.mesh().nmaterials, 4);
-        for (int i = 0; i < 4; i++) {
+        for (int i = 0; i < 4; ++i) {
             EXPECT_STREQ(model.mesh().materials[i].material->name, used[i].first);
             EXPECT_EQ(model.mesh().materials[i].material->spec_exp, used[i].second);
         }

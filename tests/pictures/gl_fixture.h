@@ -1,5 +1,6 @@
 // An OpenGL ES 2.0 context without a display, and a framebuffer to draw a test's picture into.
-#pragma once
+#ifndef TESTS_PICTURES_GL_FIXTURE_H
+#define TESTS_PICTURES_GL_FIXTURE_H
 
 #include "image.h"
 
@@ -42,3 +43,5 @@ class gl_context {
 };
 
 } // namespace pictures
+
+#endif

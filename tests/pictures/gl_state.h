@@ -1,5 +1,6 @@
 // What an OpenGL ES 2.0 context can be asked about itself.
-#pragma once
+#ifndef TESTS_PICTURES_GL_STATE_H
+#define TESTS_PICTURES_GL_STATE_H
 
 #include <map>
 #include <string>
@@ -15,3 +16,5 @@ using gl_state = std::map<std::string, std::vector<double>>;
 gl_state gl_state_read(const std::vector<unsigned>& textures);
 
 } // namespace pictures
+
+#endif

@@ -1,5 +1,6 @@
 // Pictures in memory, and how two of them are compared.
-#pragma once
+#ifndef TESTS_PICTURES_IMAGE_H
+#define TESTS_PICTURES_IMAGE_H
 
 #include <cstddef>
 #include <cstdint>
@@ -46,3 +47,5 @@ image image_read_png(const std::string& path);
 #endif
 
 } // namespace pictures
+
+#endif

@@ -1,6 +1,7 @@
 // Models for the picture tests, kept as lists so that the same data becomes a file for the plug-in and
 // triangles for the reference renderer, without a parser in between.
-#pragma once
+#ifndef TESTS_PICTURES_MODEL_H
+#define TESTS_PICTURES_MODEL_H
 
 #include "image.h"
 
@@ -84,3 +85,5 @@ bool model_write(const model& m, const std::string& folder);
 bool model_write_qel(const model& m, const std::string& file);
 
 } // namespace pictures
+
+#endif

@@ -1,6 +1,7 @@
 // An independent renderer in double precision, written from the lighting, placement and blending formulas
 // alone. It shares no code with the plug-in and does every pixel on its own.
-#pragma once
+#ifndef TESTS_PICTURES_REFERENCE_H
+#define TESTS_PICTURES_REFERENCE_H
 
 #include "kora/host.h"
 #include "model.h"
@@ -26,3 +27,5 @@ struct scene {
 image reference_render(const scene& s);
 
 } // namespace pictures
+
+#endif

@@ -1,5 +1,6 @@
 // The test fixture: draws a scene with the real plug-in, hosted by libkora, and compares the picture.
-#pragma once
+#ifndef TESTS_PICTURES_STAGE_H
+#define TESTS_PICTURES_STAGE_H
 
 #include "gl_fixture.h"
 #include "reference.h"
@@ -79,3 +80,5 @@ scene small_scene(model content);
 scene lit_scene(model content);
 
 } // namespace pictures
+
+#endif

@@ -181,7 +181,7 @@ TEST(qelf_build, what_is_written_is_read_back_whole_and_the_rest_is_refused) {
     const auto build = [&](size_t first_left_out, size_t count) {
         scene_parts s;
         s.header->versionMajor = 2;
-        for (size_t i = 0; i < std::size(steps); i++) {
+        for (size_t i = 0; i < std::size(steps); ++i) {
             if (i < first_left_out || i >= first_left_out + count) steps[i].set(s);
         }
         return s;
@@ -196,7 +196,7 @@ TEST(qelf_build, what_is_written_is_read_back_whole_and_the_rest_is_refused) {
         const tree_ptr back{good ? QELF_readFd(file.get()) : nullptr, {table}};
         EXPECT_TRUE(!good || (QELF_check(back.get()) && QELF_compare(s.tree.get(), back.get()))) << missing;
     };
-    for (size_t i = 0; i < std::size(steps); i++)
+    for (size_t i = 0; i < std::size(steps); ++i)
         expect_written(build(i, 1), steps[i].missing);
     expect_told([&] {
         const scene_parts s = [&] {

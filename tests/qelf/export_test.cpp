@@ -21,7 +21,7 @@ void apply_bind_placement(group& g) {
     memcpy(g.rotation, g.bind_rotation, sizeof(g.rotation));
     memcpy(g.translation, g.bind_translation, sizeof(g.translation));
     memcpy(g.scaling, g.bind_scaling, sizeof(g.scaling));
-    for (int i = 0; i < g.nnodes; i++) {
+    for (int i = 0; i < g.nnodes; ++i) {
         if (g.nodes[i].export_node == group_export) apply_bind_placement(node<group>(g, i));
     }
 }
@@ -69,7 +69,7 @@ std::string text(const char* name) {
 // The texts of a tree that a scene file does not have, and its lights.
 void describe(const group& g, std::string& texts, std::vector<const light*>& lights) {
     texts += text(g.name) + '\n';
-    for (int i = 0; i < g.nnodes; i++) {
+    for (int i = 0; i < g.nnodes; ++i) {
         if (g.nodes[i].export_node == group_export) {
             describe(node<group>(g, i), texts, lights);
         } else if (g.nodes[i].export_node == light_export) {
@@ -77,7 +77,7 @@ void describe(const group& g, std::string& texts, std::vector<const light*>& lig
         } else {
             const auto& mesh = node<trimesh>(g, i);
             texts += text(mesh.name) + '\n';
-            for (int k = 0; k < mesh.nmaterials; k++) {
+            for (int k = 0; k < mesh.nmaterials; ++k) {
                 const material& m = *mesh.materials[k].material;
                 texts += text(m.name) + ' ' + (m.diffuseMap ? m.diffuseMap->filename : "-") + '\n';
             }
@@ -90,9 +90,9 @@ std::string contents(loaded_model& model) {
     std::string all;
     std::vector<const light*> lights;
     describe(model.root.root, all, lights);
-    for (int i = 0; i < model.root.ntextures; i++)
+    for (int i = 0; i < model.root.ntextures; ++i)
         all += text(model.root.textures[i]->filename) + '\n';
-    for (int i = 0; i < model.root.nlights; i++) {
+    for (int i = 0; i < model.root.nlights; ++i) {
         const auto place = std::find(lights.begin(), lights.end(), model.root.lights[i]);
         EXPECT_NE(place, lights.end());
         all += std::to_string(place - lights.begin()) + '\n';
@@ -110,13 +110,13 @@ std::string contents(loaded_model& model) {
 // Grows every array that a load has: more than 4096 vertices and 8192 faces, many materials.
 std::string large_obj() {
     std::string text;
-    for (int i = 0; i < 40; i++)
+    for (int i = 0; i < 40; ++i)
         text += "v 1 2 3\nvn 1 2 3\nvt 1 2\n";
     text += "mtllib lib.mtl\nmtllib missing.mtl\n";
-    for (int i = 0; i < 300; i++) {
+    for (int i = 0; i < 300; ++i) {
         if (i % 50 == 0) text += "usemtl " + std::to_string(i / 50) + "\n";
         text += "f -1/-1/1";
-        for (int k = 0; k < 30; k++)
+        for (int k = 0; k < 30; ++k)
             text += " 2/3/-1";
         text += "\n";
     }
@@ -125,7 +125,7 @@ std::string large_obj() {
 
 std::string material_library() {
     std::string text;
-    for (int i = 0; i < 40; i++) {
+    for (int i = 0; i < 40; ++i) {
         const std::string name = std::to_string(i % 30);
         text += "newmtl " + name + "\nmap_Kd " + name + ".png\nmap_Kd again.png\n";
     }
@@ -219,7 +219,7 @@ TEST(qel_export, gives_the_file_that_was_loaded) {
     });
     // Nor is a node exported in part: a light, a mesh and a group without nodes.
     const auto& arm = node<group>(model.root.root, 0);
-    for (int i = 0; i < arm.nnodes; i++) {
+    for (int i = 0; i < arm.nnodes; ++i) {
         expect_told([&] {
             QELF_Node* const exported = arm.nodes[i].export_node(arm.nodes[i].node);
             const bool whole = exported != nullptr;

@@ -59,13 +59,13 @@ TEST(qelf_files, every_bit_is_kept_and_compared) {
         begin = end;
     }
     int readable = 0;
-    for (size_t bit = 0; bit < file.bytes.size() * 8; bit++) {
+    for (size_t bit = 0; bit < file.bytes.size() * 8; ++bit) {
         std::string changed = file.bytes;
         changed[bit / 8] = static_cast<char>(changed[bit / 8] ^ 1 << bit % 8);
         const std::string reported = reports_of([&] {
             const tree_ptr other = read(changed, table);
             if (!other) return;
-            readable++;
+            ++readable;
             const std::string written = write(other.get(), table, 4096);
             if (exempt[bit / 8] == 'x') {
                 EXPECT_EQ(written, file.bytes) << bit / 8;
@@ -86,8 +86,8 @@ TEST(qelf_files, every_bit_is_kept_and_compared) {
 TEST(qelf_files, cut_off_anywhere_they_fail_with_the_field_and_leave_nothing) {
     const record file = everything();
     size_t part = 0;
-    for (size_t length = 0; length < file.bytes.size(); length++) {
-        if (length == file.ends[part].first) part++;
+    for (size_t length = 0; length < file.bytes.size(); ++length) {
+        if (length == file.ends[part].first) ++part;
         const long blocks = heap.blocks;
         EXPECT_EQ(reports_of([&] { EXPECT_FALSE(read(file.bytes.substr(0, length), table)); }),
                   file.ends[part].second + (length < 12 ? "" : in_form) + at_end);
@@ -97,7 +97,7 @@ TEST(qelf_files, cut_off_anywhere_they_fail_with_the_field_and_leave_nothing) {
 }
 
 TEST(qelf_files, arrays_follow_the_flags) {
-    for (int flags = 0; flags < 8; flags++) {
+    for (int flags = 0; flags < 8; ++flags) {
         for (const int sets : {0, 1, 255}) {
             mesh_spec shape;
             shape.flags = {static_cast<uint8_t>(flags & 1), static_cast<uint8_t>(flags & 2),

@@ -23,7 +23,7 @@ std::string nested(int levels) {
     const std::string around = innermost.patched("'SGRP'.nnodes", number(1)) + '\1';
     record file = scene_record(innermost);
     file.bytes.resize(file.bytes.size() - innermost.bytes.size());
-    for (int level = 1; level < levels; level++) {
+    for (int level = 1; level < levels; ++level) {
         file.bytes += around;
         innermost.size += 112 + 8 + 8 + 8; // itself, its empty name, its node, and that node's content
     }

@@ -6,9 +6,13 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
-static uint32_t extent(size_t size) {
+namespace {
+
+uint32_t extent(size_t size) {
     return static_cast<uint32_t>(size + 8 + size % 2);
 }
+
+} // namespace
 
 record& record::field(const std::string& name, const std::string& data) {
     bytes += data;
@@ -79,12 +83,14 @@ template <class Values> static std::string little_words(const Values& values) {
 
 std::vector<float> mesh_array(int kind, size_t count) {
     std::vector<float> values(count);
-    for (size_t i = 0; i < count; i++)
+    for (size_t i = 0; i < count; ++i)
         values[i] = static_cast<float>(kind) * 100 + static_cast<float>(i) * 0.25f;
     return values;
 }
 
-static record material_record(size_t entry, const std::vector<uint32_t>& maps) {
+namespace {
+
+record material_record(size_t entry, const std::vector<uint32_t>& maps) {
     record r;
     r.size = 74;
     float value = 16 * static_cast<float>(entry) - 0.5f;
@@ -101,6 +107,8 @@ static record material_record(size_t entry, const std::vector<uint32_t>& maps) {
     return r;
 }
 
+} // namespace
+
 record mesh_record(const mesh_spec& shape) {
     record r;
     r.size = 74 + 4 * static_cast<uint32_t>(shape.materials.size());
@@ -111,16 +119,16 @@ record mesh_record(const mesh_spec& shape) {
     for (const std::string name : {"normals", "tangents", "binormals", "textures"})
         r.field("'TMSH'.use_" + name, number(shape.flags[flag++], 1));
     r.field("'TMSH'.local_transform", big_floats(shape.matrix));
-    for (size_t i = 0; i < shape.materials.size(); i++) {
+    for (size_t i = 0; i < shape.materials.size(); ++i) {
         r.field("'TMSH'.materials.startIndex", number(shape.materials[i].first));
         r.embed(material_record(i, shape.materials[i].second));
     }
     const std::array ids = {"VRTX", "NRML", "TNGT", "BNML"};
-    for (int kind = 0; kind < 4; kind++) {
+    for (int kind = 0; kind < 4; ++kind) {
         if (kind == 0 || shape.flags[static_cast<size_t>(kind) - 1])
             r.embed(ids[static_cast<size_t>(kind)], little_words(mesh_array(kind, shape.nvertices * 3)));
     }
-    for (int set = 0; set < shape.flags[3]; set++)
+    for (int set = 0; set < shape.flags[3]; ++set)
         r.embed("TXUV", little_words(mesh_array(4 + set, shape.nvertices * 2)));
     return r.embed("INDX", little_words(shape.indices));
 }
@@ -154,8 +162,10 @@ record texture_record(uint32_t index, const std::string& name, const std::string
     return r.field("'TXTR'.pathLength", number(path.size())).embed("NAME", name).embed("PATH", path);
 }
 
+namespace {
+
 // Two channels: one of two keys, one of an unknown type without any.
-static record animation_record() {
+record animation_record() {
     record r;
     r.size = 8 + 16 * 2 + 8 * 2;
     r.field("'ANIM'.frameRate", floats({24})).field("'ANIM'.nchannels", number(2));
@@ -167,6 +177,8 @@ static record animation_record() {
     r.field("'ANIM'.channelType", number(5)).field("'ANIM'.numKeys", number(0));
     return r.field("'ANIM'.nodeNameLength", number(0)).embed("NDNM", "");
 }
+
+} // namespace
 
 record header_record(uint32_t major, uint32_t minor) {
     record r;

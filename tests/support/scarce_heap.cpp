@@ -8,7 +8,11 @@
 
 heap_state heap;
 
-static shortage* current;
+namespace {
+
+shortage* current;
+
+} // namespace
 
 shortage::shortage(long successes, long count) : older(current), left(successes), failures(count) {
     current = this;
@@ -20,7 +24,7 @@ shortage::~shortage() {
 
 bool shortage::refuses() {
     if (left-- > 0 || failures == 0) return false;
-    failures--;
+    --failures;
     errno = ENOMEM;
     return failed = true;
 }
@@ -30,18 +34,22 @@ bool shortage::end() {
     return failed;
 }
 
+namespace {
+
 // The lowest number that an open file would get: whatever is left open raises it.
-static int next_descriptor() {
+int next_descriptor() {
     const int descriptor = dup(STDERR_FILENO);
     close(descriptor);
     return descriptor;
 }
 
+} // namespace
+
 int fail_every_allocation(const std::function<void(shortage&)>& action) {
     int runs = 0;
     for (const long failures : {1L, 2L, LONG_MAX}) {
         bool failed = true;
-        for (long successes = 0; failed; successes++, runs++) {
+        for (long successes = 0; failed; ++successes, ++runs) {
             SCOPED_TRACE("allocations before the failure: " + std::to_string(successes) +
                          ", failing: " + std::to_string(failures));
             const long blocks = heap.blocks;
@@ -72,11 +80,15 @@ char* __wrap_strndup(const char* text, size_t size);
 void __wrap_free(void* p);
 }
 
-static bool refused(size_t size) {
-    heap.calls++;
+namespace {
+
+bool refused(size_t size) {
+    ++heap.calls;
     heap.largest = std::max(heap.largest, size);
     return current && current->refuses();
 }
+
+} // namespace
 
 template <class T> static T* counted(T* p) {
     heap.blocks += p != nullptr;

@@ -1,6 +1,6 @@
 // What no command line brings about: signals, disks and allocations that fail at a given place.
-#include "output_file.h"
-#include "qelf_commands.h"
+#include "common/output_file.h"
+#include "qelf/commands.h"
 #include "scarce_heap.h"
 
 #include <csignal>
@@ -12,7 +12,11 @@
 
 const char* const program_name = "test";
 
-static int disk_error;
+namespace {
+
+int disk_error;
+
+} // namespace
 
 // Stands in for the library's.
 int fsync(int) {
@@ -72,7 +76,7 @@ TEST_F(tools, do_not_blame_the_file_for_short_memory) {
     for (const auto& command : commands) {
         const std::string whole = outcome(command);
         bool failed = true;
-        for (long successes = 0; failed; successes++) {
+        for (long successes = 0; failed; ++successes) {
             shortage here(successes / 2, successes % 2 ? 1 : LONG_MAX);
             const std::string got = outcome(command);
             failed = here.end();

@@ -30,7 +30,7 @@ vec3 moved(const mat4& m, const vec3& v) {
 
 template <size_t n>
 void expect_near(const std::array<float, n>& actual, const std::array<float, n>& expected, float tolerance) {
-    for (size_t i = 0; i < n; i++) {
+    for (size_t i = 0; i < n; ++i) {
         EXPECT_NEAR(actual[i], expected[i], tolerance) << "element " << i;
     }
 }
@@ -69,18 +69,18 @@ TEST(math, look2_stands_at_the_eye) {
 
 TEST(math, transpose_swaps_rows_and_columns) {
     mat4 m, transposed;
-    for (size_t i = 0; i < 16; i++) {
+    for (size_t i = 0; i < 16; ++i) {
         m[i] = static_cast<float>(i);
     }
     mat_transpose(m.data(), transposed.data());
-    for (size_t i = 0; i < 16; i++) {
+    for (size_t i = 0; i < 16; ++i) {
         EXPECT_EQ(transposed[i], m[i % 4 * 4 + i / 4]);
     }
 }
 
 TEST(math, inverse_undoes_and_refuses_the_singular) {
     std::mt19937 random(2);
-    for (int i = 0; i < 20; i++) {
+    for (int i = 0; i < 20; ++i) {
         const mat4 m = random_matrix(random);
         mat4 inverse, product, identity;
         ASSERT_EQ(mat_inverse(m.data(), inverse.data()), 1);

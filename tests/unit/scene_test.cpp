@@ -11,7 +11,7 @@ namespace {
 int frees = 0;
 
 void count_free(void*) {
-    frees++;
+    ++frees;
 }
 
 texture* new_texture(const char* path) {
@@ -25,7 +25,7 @@ texture* new_texture(const char* path) {
 TEST(group, grows_as_soon_as_it_is_full_and_frees_what_it_owns) {
     group g = {};
     ASSERT_EQ(group_create(&g, 1), 1);
-    for (int32_t i = 1; i <= 5; i++) {
+    for (int32_t i = 1; i <= 5; ++i) {
         // The third child has no free operation: the group leaves it and its record alone.
         static int record;
         void* node = i == 3 ? &record : malloc(1);
@@ -71,7 +71,7 @@ TEST(group, transform_scales_then_turns_z_y_x_then_moves) {
         std::copy_n(c.rotation, 3, g.rotation);
         group_transform(&g, parent, world);
         mat_pointvecmul(world, c.from, point);
-        for (int i = 0; i < 3; i++) {
+        for (int i = 0; i < 3; ++i) {
             EXPECT_NEAR(point[i], c.to[i], 1e-5f) << "case " << &c - cases << " axis " << i;
         }
     }
@@ -82,13 +82,13 @@ TEST(scene, lists_keep_a_free_slot_and_free_drops_references) {
     scene s = {};
     ASSERT_EQ(scene_create(&s), 1);
     light lights[9];
-    for (int i = 0; i < 9; i++) {
+    for (int i = 0; i < 9; ++i) {
         ASSERT_EQ(scene_pushlight(&s, &lights[i]), 1);
         EXPECT_EQ(s.lights_capacity, i < 7 ? 8 : 16);
     }
     texture* shared = texture_getref(new_texture("a\\b.png"));
     EXPECT_STREQ(shared->filename, "a/b.png");
-    for (int i = 0; i < 4; i++) {
+    for (int i = 0; i < 4; ++i) {
         ASSERT_EQ(scene_pushtexture(&s, i == 0 ? shared : nullptr), 1);
     }
     EXPECT_EQ(s.textures_capacity, 8);

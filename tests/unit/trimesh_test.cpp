@@ -54,7 +54,7 @@ TEST(trimesh, arrays_grow_when_they_are_full_and_shrink_to_what_they_hold) {
     EXPECT_EQ(empty.material_capacity, 1);
 
     mesh_fixture mesh(4, 2, 1, 2);
-    for (int i = 0; i < 11; i++) {
+    for (int i = 0; i < 11; ++i) {
         ASSERT_EQ(trimesh_pushvertex(&mesh, static_cast<float>(i), 0, 0), 1);
         trimesh_settexcoordn(&mesh, 1, i, static_cast<float>(-i), 1);
         trimesh_settexcoordn(&mesh, 2, i, 7, 7); // no such set
@@ -66,7 +66,7 @@ TEST(trimesh, arrays_grow_when_they_are_full_and_shrink_to_what_they_hold) {
     trimesh_trim(&mesh);
     EXPECT_EQ(mesh.vertex_capacity, 12);
     EXPECT_EQ(mesh.face_capacity, 12);
-    for (int i = 0; i < 11; i++) {
+    for (int i = 0; i < 11; ++i) {
         EXPECT_EQ(mesh.vertices[i * 3], static_cast<float>(i));
         EXPECT_EQ(mesh.texcoords[0][i * 2], 0.0f);
         EXPECT_EQ(mesh.texcoords[1][i * 2], static_cast<float>(-i));
@@ -108,14 +108,14 @@ TEST(trimesh, computed_normals_are_means_over_equal_positions) {
     std::mt19937 random(3);
     const float coordinates[] = {-1.0f, -0.0f, 0.0f, 1.0f, std::nextafter(1.0f, 2.0f), NAN};
     std::vector<vec3> places(20000);
-    for (size_t i = 0; i < places.size(); i++) {
+    for (size_t i = 0; i < places.size(); ++i) {
         for (float& x : places[i]) {
             x = i < 500 ? coordinates[random() % (i < 20 ? 6 : 5)] : static_cast<float>(random() % 65536);
         }
     }
     mesh_fixture mesh;
     const auto place = [&] { return places[random() % (random() % 8 == 0 ? 500 : places.size())]; };
-    for (int i = 0; i < 8000; i++) {
+    for (int i = 0; i < 8000; ++i) {
         mesh.face(place(), place(), place());
     }
     std::map<vec3, vec3> sums;
@@ -124,7 +124,7 @@ TEST(trimesh, computed_normals_are_means_over_equal_positions) {
     std::vector<vec3> positions(expected.size());
     memcpy(positions.data(), mesh.vertices, positions.size() * sizeof(vec3));
     const auto is_place = [](const vec3& p) { return p == p; };
-    for (size_t i = 0; i < expected.size(); i++) {
+    for (size_t i = 0; i < expected.size(); ++i) {
         const vec3* const v = &positions[i - i % 3];
         vec3 ab, ac;
         vec_sub(v[1].data(), v[0].data(), ab.data());
@@ -137,13 +137,13 @@ TEST(trimesh, computed_normals_are_means_over_equal_positions) {
         counts[positions[i]]++;
     }
     EXPECT_EQ(trimesh_calculatenormals(&mesh), 1);
-    for (size_t i = 0; i < expected.size(); i++) {
+    for (size_t i = 0; i < expected.size(); ++i) {
         if (is_place(positions[i]) && counts[positions[i]] > 1) {
             expected[i] = sums[positions[i]];
             vec_normalize(expected[i].data());
         }
         const vec3 normal = mesh.normal(static_cast<int32_t>(i));
-        for (size_t k = 0; k < 3; k++) {
+        for (size_t k = 0; k < 3; ++k) {
             ASSERT_TRUE(std::bit_cast<uint32_t>(normal[k]) == std::bit_cast<uint32_t>(expected[i][k]) ||
                         (std::isnan(normal[k]) && std::isnan(expected[i][k])))
                 << "vertex " << i;
@@ -153,7 +153,7 @@ TEST(trimesh, computed_normals_are_means_over_equal_positions) {
 
 TEST(trimesh, texture_scaling_touches_each_vertex_once) {
     mesh_fixture mesh;
-    for (int i = 0; i < 5; i++) {
+    for (int i = 0; i < 5; ++i) {
         trimesh_pushvertex(&mesh, 0, 0, 0);
         trimesh_settexcoord(&mesh, i, 1, 1);
     }

@@ -1,0 +1,273 @@
+// qelf convert: OBJ models into scene files, and scene files written anew.
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <meshoptimizer.h>
+
+#include "commands.h"
+#include "common/model.h"
+#include "common/output_file.h"
+#include "common/report.h"
+#include "scene/export.h"
+#include "scene_file.h"
+#include "scene_walk.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct free_tree {
+    void operator()(IFF_Chunk* chunk) const { QELF_free(chunk); }
+};
+using owned_tree = std::unique_ptr<IFF_Chunk, free_tree>;
+
+[[noreturn]] void no_memory() {
+    throw failure(exit_failed, "out of memory, or more than a scene file can hold");
+}
+
+// Takes a chunk over into a form.
+template <class Record> void add_chunk(IFF_Form* form, Record* record) {
+    if (record && IFF_addToForm(form, &record->chunk)) return;
+    if (record) IFF_freeChunk(&record->chunk, form->groupType, QELF_formExtensions, 1);
+    no_memory();
+}
+
+// One path for each file; what cannot be looked up, such as too long a name, is taken as it is written.
+fs::path real_path(const fs::path& file) {
+    std::error_code error;
+    const fs::path real = fs::weakly_canonical(fs::absolute(file), error);
+    return error ? fs::absolute(file).lexically_normal() : real;
+}
+
+fs::path real_folder(const std::string& file) {
+    return real_path(fs::absolute(file).parent_path());
+}
+
+// Numbers the model's image files in the order of first use. Returns the paths as the scene file names them.
+std::vector<std::string> number_textures(model& m, const fs::path& folder) {
+    std::map<fs::path, int32_t> numbers;
+    std::vector<std::string> paths;
+    m.for_each_texture([&](texture& t) {
+        const fs::path file = real_path(t.filename);
+        const auto [known, fresh] = numbers.emplace(file, static_cast<int32_t>(paths.size()));
+        t.index = known->second;
+        if (fresh) paths.push_back(file.lexically_relative(folder).generic_string());
+    });
+    return paths;
+}
+
+// The group inside an exported node, which it is taken out of.
+QELF_SceneGroup* unwrap(QELF_Node* node) {
+    if (!node) no_memory();
+    auto* group = static_cast<QELF_SceneGroup*>(node->content);
+    node->content = nullptr;
+    QELF_freeNode(node);
+    return group;
+}
+
+owned_tree from_obj(const std::string& in, const std::string& out, input_files& inputs) {
+    missing_list missing;
+    const host_app host = make_host(missing, &inputs);
+    model source(host, in);
+    missing.report();
+    inputs.add(source.textures());
+    source.compute_normals();
+    const std::vector<std::string> textures = number_textures(source, real_folder(out));
+
+    owned_tree tree(reinterpret_cast<IFF_Chunk*>(IFF_createForm("QELF")));
+    if (!tree) no_memory();
+    auto* form = reinterpret_cast<IFF_Form*>(tree.get());
+    QELF_SceneHeader* header = QELF_createSceneHeader();
+    if (header) header->versionMajor = 2;
+    add_chunk(form, header);
+    QELF_SceneGroup* root = unwrap(source.export_root());
+    add_chunk(form, root);
+    // A node that could not be exported leaves its place empty.
+    if (std::count(root->nodes, root->nodes + root->nnodes, nullptr) > 0) no_memory();
+    for (size_t i = 0; i < textures.size(); ++i) {
+        QELF_Texture* texture = QELF_createTexture();
+        if (!texture) no_memory();
+        texture->index = static_cast<uint32_t>(i);
+        const std::string name = fs::path(textures[i]).stem().string();
+        // The form counts what the texture's size is when it is added.
+        const bool set =
+            QELF_setTextureName(texture, name.c_str()) && QELF_setTexturePath(texture, textures[i].c_str());
+        add_chunk(form, texture);
+        if (!set) no_memory();
+    }
+    return tree;
+}
+
+// Every array of a mesh that belongs to vertices.
+std::vector<IFF_RawChunk*> vertex_arrays(QELF_TriangleMesh& mesh) {
+    std::vector<IFF_RawChunk*> arrays{mesh.vertexData};
+    for (IFF_RawChunk* array : {mesh.normalData, mesh.tangentData, mesh.binormalData}) {
+        if (array) arrays.push_back(array);
+    }
+    arrays.insert(arrays.end(), mesh.texcoordData, mesh.texcoordData + mesh.use_textures);
+    return arrays;
+}
+
+// Merges vertices that are the same in every array. Returns how many fewer there are.
+int64_t weld(QELF_TriangleMesh& mesh) {
+    const auto count = static_cast<size_t>(mesh.nvertices);
+    const auto corners = static_cast<size_t>(mesh.nfaces) * 3;
+    if (count == 0 || corners == 0) return 0;
+    auto* indices = reinterpret_cast<uint32_t*>(mesh.indexData->data);
+    for (size_t i = 0; i < corners; ++i) {
+        if (indices[i] >= count)
+            throw failure(exit_failed, "a face index is beyond the vertices (see qelf check)");
+    }
+    const std::vector<IFF_RawChunk*> arrays = vertex_arrays(mesh);
+    std::vector<meshopt_Stream> streams;
+    for (const IFF_RawChunk* array : arrays) {
+        const size_t stride = static_cast<size_t>(array->chunk.chunkSize) / count;
+        streams.push_back({array->data, stride, stride});
+    }
+    // The library looks at 16 streams at the most; meshes with more texture coordinates stay as they are.
+    if (streams.size() > 16) return 0;
+    std::vector<uint32_t> remap(count);
+    const size_t unique = meshopt_generateVertexRemapMulti(remap.data(), indices, corners, count,
+                                                           streams.data(), streams.size());
+    meshopt_remapIndexBuffer(indices, indices, corners, remap.data());
+    for (size_t i = 0; i < arrays.size(); ++i) {
+        meshopt_remapVertexBuffer(arrays[i]->data, arrays[i]->data, count, streams[i].size, remap.data());
+        arrays[i]->chunk.chunkSize = static_cast<int32_t>(unique * streams[i].size);
+    }
+    mesh.nvertices = static_cast<int32_t>(unique);
+    return static_cast<int64_t>(count - unique);
+}
+
+int32_t extent(int64_t size) {
+    return static_cast<int32_t>(size + 8 + (size & 1));
+}
+
+// Welding only takes away, so the computed sizes cannot overflow.
+int64_t weld(QELF_SceneGroup& group) {
+    int64_t saved = 0;
+    for (uint32_t i = 0; i < group.nnodes; ++i) {
+        QELF_Node& node = *group.nodes[i];
+        auto* content = static_cast<IFF_Chunk*>(node.content);
+        const int32_t before = extent(node.chunk.chunkSize);
+        if (node.nodeType == QELF_NODE_GROUP) {
+            saved += weld(*static_cast<QELF_SceneGroup*>(node.content));
+        } else if (node.nodeType == QELF_NODE_TRIMESH) {
+            auto& mesh = *static_cast<QELF_TriangleMesh*>(node.content);
+            const auto array_bytes = [&] {
+                int64_t bytes = 0;
+                for (const IFF_RawChunk* array : vertex_arrays(mesh)) {
+                    bytes += array->chunk.chunkSize;
+                }
+                return bytes;
+            };
+            const int64_t full = array_bytes();
+            saved += weld(mesh);
+            content->chunkSize -= static_cast<int32_t>(full - array_bytes());
+        }
+        node.chunk.chunkSize = extent(content->chunkSize);
+        group.chunk.chunkSize += extent(node.chunk.chunkSize) - before;
+    }
+    return saved;
+}
+
+// The scenes of a tree, which must outlive them.
+class scene_list {
+  public:
+    // Throws a failure when there is nothing in the file that could be drawn.
+    scene_list(IFF_Chunk* tree, const std::string& file) {
+        const report_lines reports; // says less than the failure
+        errno = 0;
+        scenes_ = QELF_extractScenes(tree, &count_);
+        if (!scenes_ && errno == ENOMEM) no_memory();
+        if (std::none_of(begin(), end(), [](const QELF_Scene* s) { return s->nsceneGroups > 0; })) {
+            if (scenes_) QELF_freeScenes(scenes_, count_);
+            throw failure(exit_failed,
+                          file + ": is no scene: it has no form of type 'QELF' with a scene group");
+        }
+    }
+    ~scene_list() { QELF_freeScenes(scenes_, count_); }
+    scene_list(const scene_list&) = delete;
+    scene_list& operator=(const scene_list&) = delete;
+
+    QELF_Scene** begin() const { return scenes_; }
+    QELF_Scene** end() const { return scenes_ + count_; }
+
+  private:
+    QELF_Scene** scenes_ = nullptr;
+    unsigned int count_ = 0;
+};
+
+// All scene groups, and then the sizes of what is around them.
+int64_t weld(const scene_list& scenes) {
+    int64_t saved = 0;
+    for (const QELF_Scene* scene : scenes) {
+        for (uint32_t k = 0; k < scene->nsceneGroups; ++k) {
+            saved += weld(*scene->sceneGroups[k]);
+            IFF_updateChunkSizes(&scene->sceneGroups[k]->chunk);
+        }
+    }
+    return saved;
+}
+
+// Texture paths are relative to the folder of their file: makes those of `in` lead to the same files from
+// `out`.
+void move_textures(const scene_list& scenes, const std::string& in, const std::string& out,
+                   input_files& inputs) {
+    const fs::path folder = real_folder(out);
+    const bool moved = folder != real_folder(in);
+    for (const QELF_Scene* scene : scenes) {
+        for (uint32_t k = 0; k < scene->ntextures; ++k) {
+            QELF_Texture& texture = *scene->textures[k];
+            const std::string file = texture_file(in, texture);
+            inputs.add(file);
+            if (!moved || scene_text(texture.path).empty()) continue;
+            const std::string path = real_path(file).lexically_relative(folder).generic_string();
+            if (!QELF_setTexturePath(&texture, path.c_str()) || !IFF_updateChunkSizes(&texture.chunk)) {
+                no_memory();
+            }
+        }
+    }
+}
+
+bool is_obj(const std::string& file) {
+    std::string ending = fs::path(file).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; });
+    if (ending != ".obj" && ending != ".qel")
+        throw failure(exit_failed, file + ": neither an .obj nor a .qel file");
+    return ending == ".obj";
+}
+
+} // namespace
+
+int run_convert(const std::string& in, const std::string& out, bool merge) {
+    const bool obj = is_obj(in);
+    input_files inputs;
+    inputs.add(in);
+    check_output(out, inputs);
+    owned_tree built;
+    std::unique_ptr<scene_file> read;
+    if (obj) {
+        built = from_obj(in, out, inputs);
+    } else {
+        read = std::make_unique<scene_file>(in, exit_failed);
+        require_tree(*read);
+        for (const std::string& line : read->reports()) {
+            notice(in + ": " + line);
+        }
+    }
+    IFF_Chunk* tree = obj ? built.get() : read->tree();
+    {
+        const scene_list scenes(tree, in);
+        if (!obj) move_textures(scenes, in, out, inputs);
+        if (merge) notice("welding saved " + std::to_string(weld(scenes)) + " vertices");
+    }
+    write_file(out, inputs, [&](FILE* file) {
+        const report_lines reports; // name fields, where errno has the cause
+        return QELF_writeFd(file, tree) != 0;
+    });
+    return exit_done;
+}
