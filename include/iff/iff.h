@@ -121,7 +121,7 @@ MODEL3D_API IFF_Chunk* IFF_readFd(FILE* file, const IFF_FormExtension* formExten
 
 /* Write the stored sizes: call IFF_updateChunkSizes after changes. A tree that cannot be written, as for a
  * group more than 256 levels deep or a handler that fails, is refused before the file is opened or anything
- * written; so handlers write twice, the first time to a stream that only counts.
+ * written; so handlers write twice, the first time to /dev/null.
  * IFF_write follows links, and writes over a file that is there, which keeps its owner and permissions. When
  * the disk is full that file stays as it was, where the file system can reserve room; otherwise, and for a
  * new file, no part of one is left. Data that cannot be flushed when the file is closed fails IFF_write;

@@ -30,42 +30,37 @@ IFF_Chunk* IFF_readFd(FILE* file, const IFF_FormExtension* formExtensions,
     return chunk;
 }
 
-// How many bytes a tree takes in a file; -1 after a report, for one that cannot be written.
-static off_t measure(const IFF_Chunk* chunk, const IFF_FormExtension* formExtensions,
-                     unsigned int formExtensionsLength) {
-    if (!iff_check_depth(chunk, 0)) return -1;
-    off_t size = 0;
-    cookie_io_functions_t counting = {};
-    counting.write = [](void* sum, const char*, size_t count) {
-        auto* const bytes = static_cast<off_t*>(sum);
-        return __builtin_add_overflow(*bytes, count, bytes) ? ssize_t{0} : static_cast<ssize_t>(count);
-    };
-    FILE* file = fopencookie(&size, "wb", counting);
-    if (!file) {
-        IFF_error("ERROR: out of memory for writing!\n");
-        return -1;
-    }
-    const bool written = IFF_writeChunk(file, chunk, nullptr, formExtensions, formExtensionsLength) != 0;
-    return fclose(file) == 0 && written ? size : -1;
+namespace {
+
+// Whether a tree can be written, found out before the first byte goes where it shall; false after a report.
+bool is_writable(const IFF_Chunk* chunk, const IFF_FormExtension* formExtensions,
+                 unsigned int formExtensionsLength) {
+    if (!iff_check_depth(chunk, 0)) return false;
+    FILE* nowhere = fopen("/dev/null", "wb");
+    if (!nowhere) return true; // nothing to try it on
+    const bool written = IFF_writeChunk(nowhere, chunk, nullptr, formExtensions, formExtensionsLength) != 0;
+    return fclose(nowhere) == 0 && written;
 }
 
 // Reserves room for a whole file, so that a full disk is found before the old bytes are written over. Where
 // the file system cannot reserve, writing finds it.
-static bool reserve(int descriptor, off_t size) {
-    const int error = posix_fallocate(descriptor, 0, size);
+bool reserve(int descriptor, const IFF_Chunk* chunk) {
+    if (chunk->chunkSize < 0 || chunk->chunkSize > INT32_MAX - 8) return true;
+    const int error = posix_fallocate(descriptor, 0, off_t{chunk->chunkSize} + 8);
     return error != ENOSPC && error != EFBIG && error != EDQUOT;
 }
 
 // Part of a tree is no file: removes it where it is, at the end of the links to it.
-static void discard(const char* filename) {
+void discard(const char* filename) {
     char target[PATH_MAX];
     if (truncate(filename, 0) == 0 && realpath(filename, target)) unlink(target);
 }
 
+} // namespace
+
 int IFF_write(const char* filename, const IFF_Chunk* chunk, const IFF_FormExtension* formExtensions,
               unsigned int formExtensionsLength) {
-    const off_t size = measure(chunk, formExtensions, formExtensionsLength);
-    if (size < 0) return 0;
+    if (!is_writable(chunk, formExtensions, formExtensionsLength)) return 0;
     struct stat status = {};
     const bool existed = stat(filename, &status) == 0;
     const off_t old_size = status.st_size;
@@ -76,7 +71,7 @@ int IFF_write(const char* filename, const IFF_Chunk* chunk, const IFF_FormExtens
         return 0;
     }
     const bool regular = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
-    FILE* file = regular && !reserve(descriptor, size) ? nullptr : fdopen(descriptor, "wb");
+    FILE* file = regular && !reserve(descriptor, chunk) ? nullptr : fdopen(descriptor, "wb");
     if (!file) {
         IFF_error("ERROR: cannot write file: %s\n", filename);
         const bool restored = regular && existed && ftruncate(descriptor, old_size) == 0;
@@ -96,7 +91,7 @@ int IFF_write(const char* filename, const IFF_Chunk* chunk, const IFF_FormExtens
 
 int IFF_writeFd(FILE* file, const IFF_Chunk* chunk, const IFF_FormExtension* formExtensions,
                 unsigned int formExtensionsLength) {
-    return measure(chunk, formExtensions, formExtensionsLength) >= 0 &&
+    return is_writable(chunk, formExtensions, formExtensionsLength) &&
            IFF_writeChunk(file, chunk, nullptr, formExtensions, formExtensionsLength);
 }
 
