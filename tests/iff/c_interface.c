@@ -55,7 +55,7 @@ int main(void) {
     EXPECT(count == 1);
     const IFF_RawChunk* found = (IFF_RawChunk*)IFF_getChunkFromForm(forms[0], "NAME");
     EXPECT(found && found->chunk.chunkSize == 3 && memcmp(found->data, "any", 3) == 0);
-    EXPECT(found && found->chunk.parent == ((IFF_List*)back)->props[0]);
+    EXPECT(found && back && found->chunk.parent == ((IFF_List*)back)->props[0]);
     free(forms);
     EXPECT(report[0] == '\0');
 

@@ -64,6 +64,7 @@ int main(void) {
     scene->sceneHeader->versionMajor = 2;
     IFF_Form* form = QELF_convertSceneToForm(scene);
     EXPECT(form && form->subChunkCount == 4);
+    if (!form) return 1;
     EXPECT(memcmp(form->subChunks[0]->chunkId, "SHDR", 4) == 0);
     EXPECT(memcmp(form->subChunks[1]->chunkId, "SGRP", 4) == 0);
     EXPECT(memcmp(form->subChunks[2]->chunkId, "TXTR", 4) == 0);
