@@ -9,9 +9,8 @@
 struct material_definition {
     material* defined; // owned
     int32_t library;
-    int32_t older; // of this name, in another library; -1: none
-    uint32_t
-        bit; // the first in which the names below the branch differ, from the high bit of the first byte on
+    int32_t older;    // of this name, in another library; -1: none
+    uint32_t bit;     // the first in which the names below the branch differ, high bits first
     int32_t below[2]; // where that bit is 0 and 1: a branch, or ~ a definition
 };
 

@@ -100,7 +100,7 @@ TEST_F(entry, reads_the_options) {
         recorded().clear();
         char memory[40];
         std::memset(memory, '9', sizeof memory);
-        if (c.text) std::strcpy(memory, c.text);
+        if (c.text) std::memcpy(memory, c.text, std::strlen(c.text) + 1);
         init(c.text ? memory : nullptr);
         lines expected;
         if (c.notice)

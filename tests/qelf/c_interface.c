@@ -61,7 +61,9 @@ int main(void) {
     EXPECT(QELF_addAnimationToScene(scene, animation) && QELF_addTextureToScene(scene, texture) &&
            QELF_addSceneGroupToScene(scene, group));
     IFF_Form* form = QELF_convertSceneToForm(scene);
-    EXPECT(form && form->subChunkCount == 3 && memcmp(form->subChunks[0]->chunkId, "SGRP", 4) == 0 &&
+    EXPECT(form && form->subChunkCount == 3);
+    if (!form) return 1;
+    EXPECT(memcmp(form->subChunks[0]->chunkId, "SGRP", 4) == 0 &&
            memcmp(form->subChunks[1]->chunkId, "TXTR", 4) == 0);
     QELF_freeScene(scene);
 

@@ -230,9 +230,11 @@ TEST(qel_export, gives_the_file_that_was_loaded) {
 }
 
 TEST(qel_export, gives_degrees_that_are_read_as_the_same_radians) {
-    for (float degrees = 1e-30f; degrees < 1e30f; degrees *= 1.000123f) {
+    float degrees = 1e-30f;
+    while (degrees < 1e30f) {
         const float radians = radians_from_degrees(-degrees);
         EXPECT_EQ(radians_from_degrees(degrees_from_radians(radians)), radians) << degrees;
+        degrees *= 1.000123f;
     }
 }
 
