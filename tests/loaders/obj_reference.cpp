@@ -111,7 +111,7 @@ corner read_corner(const char** p) {
     enum { start, position, texcoord, normal, complete } state = start;
     corner c;
     std::string field;
-    for (;; (*p)++) {
+    for (;; ++*p) {
         const char byte = **p;
         if ((byte >= '0' && byte <= '9') || byte == '-') {
             if (field.size() < 63) field += byte;
@@ -131,7 +131,7 @@ corner read_corner(const char** p) {
             if (byte == 0) return c;
             if (byte == ' ' && state != start) return c;
             if (state == complete) {
-                (*p)++;
+                ++*p;
                 return c;
             }
         }

@@ -10,7 +10,7 @@ static int failures;
 static void expect(int condition, const char* text) {
     if (condition) return;
     fprintf(stderr, "failed: %s\n", text);
-    failures++;
+    ++failures;
 }
 #define EXPECT(condition) expect((condition) != 0, #condition)
 

@@ -60,19 +60,25 @@ std::string number(size_t value, size_t bytes) {
     return big_endian(static_cast<uint32_t>(value)).substr(4 - bytes);
 }
 
-template <class Values> static std::string big_floats(const Values& values) {
+namespace {
+
+template <class Values> std::string big_floats(const Values& values) {
     std::string bytes;
     for (const float value : values)
         bytes += big_endian(std::bit_cast<uint32_t>(value));
     return bytes;
 }
 
+} // namespace
+
 std::string floats(const std::vector<float>& values) {
     return big_floats(values);
 }
 
+namespace {
+
 // Arrays are little-endian, whatever the machine.
-template <class Values> static std::string little_words(const Values& values) {
+template <class Values> std::string little_words(const Values& values) {
     std::string bytes;
     for (const auto value : values) {
         const std::string big = big_endian(std::bit_cast<uint32_t>(value));
@@ -80,6 +86,8 @@ template <class Values> static std::string little_words(const Values& values) {
     }
     return bytes;
 }
+
+} // namespace
 
 std::vector<float> mesh_array(int kind, size_t count) {
     std::vector<float> values(count);

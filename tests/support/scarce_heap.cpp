@@ -88,12 +88,12 @@ bool refused(size_t size) {
     return current && current->refuses();
 }
 
-} // namespace
-
-template <class T> static T* counted(T* p) {
+template <class T> T* counted(T* p) {
     heap.blocks += p != nullptr;
     return p;
 }
+
+} // namespace
 
 void* __wrap_malloc(size_t size) {
     return refused(size) ? nullptr : counted(__real_malloc(size));

@@ -134,7 +134,7 @@ TEST(trimesh, computed_normals_are_means_over_equal_positions) {
         if (!is_place(positions[i])) continue;
         vec3& sum = sums[positions[i]];
         vec_add(sum.data(), expected[i].data(), sum.data());
-        counts[positions[i]]++;
+        ++counts[positions[i]];
     }
     EXPECT_EQ(trimesh_calculatenormals(&mesh), 1);
     for (size_t i = 0; i < expected.size(); ++i) {
