@@ -1,5 +1,5 @@
 // A heap that runs out on request. It serves the program's own code, not the libraries it loads: to `new` and
-// to streams memory is never short.
+// to streams memory is never short, but where scarce_new is linked, too.
 #ifndef TESTS_SCARCE_HEAP_H
 #define TESTS_SCARCE_HEAP_H
 
@@ -36,5 +36,8 @@ class shortage {
 // in a row failing, and with all that follow. Expects that each run gives back its memory and closes its
 // files. Returns the number of runs.
 int fail_every_allocation(const std::function<void(shortage&)>& action);
+
+// With scarce_new. False where `new` is another's, as under valgrind: what needs it scarce must be skipped.
+bool new_is_scarce();
 
 #endif
