@@ -1,50 +1,14 @@
 // A plug-in and its controls from loading to the end, with a plug-in that notes what it is asked.
+#include "hosting.h"
 #include "scarce_heap.h"
-
-#include "kora/host.h"
-
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
-#include <dlfcn.h>
 #include <filesystem>
 #include <string>
 #include <unistd.h>
 
 namespace {
-
-struct hosting : testing::Test {
-    kora_app* app = kora_app_create();
-    char* journal = nullptr;
-
-    hosting() {
-        // The host never closes a plug-in, so this handle's symbol stays good.
-        void* library = dlopen(FAKE_PLUGIN, RTLD_NOW | RTLD_LOCAL);
-        journal = static_cast<char*>(dlsym(library, "fake_journal"));
-        *journal = '\0';
-        kora_log_set_level(0);
-    }
-    ~hosting() override {
-        kora_app_destroy(app);
-        kora_log_set_level(2);
-    }
-
-    // What was noted since the last call.
-    std::string noted() {
-        std::string result = journal;
-        *journal = '\0';
-        return result;
-    }
-    kora_control* control(const char* name) {
-        EXPECT_TRUE(kora_app_load_plugin(app, FAKE_PLUGIN, nullptr));
-        return kora_control_create(app, name, "fake", 1, 2, 30, 40);
-    }
-    void destroy_app() {
-        kora_app_destroy(app);
-        app = nullptr;
-    }
-};
 
 TEST_F(hosting, loads_a_plugin_once_and_says_why_not) {
     const struct {
@@ -176,43 +140,30 @@ TEST_F(hosting, knows_when_a_control_must_be_drawn_again) {
     EXPECT_EQ(settled(), "gauge bare") << "the context went away";
 }
 
-TEST_F(hosting, tells_listeners_of_presleep_as_long_as_their_instance_lives) {
-    kora_control* const first = control("first");
-    kora_control* const second = kora_control_create(app, "second", "fake", 0, 0, 1, 1);
-    kora_control_render(first);
-    noted();
-    kora_app_presleep(app);
-    EXPECT_EQ(noted(), "presleep;presleep;discard;clear;");
-    kora_control_destroy(first);
-    EXPECT_EQ(noted(), "unrealize;free own;");
-    kora_app_presleep(app);
-    EXPECT_EQ(noted(), "presleep;clear;");
-    kora_control_destroy(second);
-    kora_control_destroy(nullptr);
-    noted();
-    kora_app_presleep(app);
-    EXPECT_EQ(noted(), "clear;");
-}
-
-TEST_F(hosting, copies_a_control_with_an_instance_of_its_own) {
+TEST_F(hosting, copies_a_control_with_an_instance_and_listeners_of_its_own) {
     kora_control* const source = control("source");
     kora_control_set(source, "alpha", "77");
     noted();
     kora_control* const copy = kora_control_copy(source, "copy");
     ASSERT_NE(copy, nullptr);
     EXPECT_EQ(noted(), "copy;realize;");
-    kora_app_presleep(app);
-    EXPECT_EQ(noted(), "presleep;presleep;clear;");
-
     EXPECT_NE(kora_control_instance(copy)->state, kora_control_instance(source)->state);
     EXPECT_EQ(kora_control_instance(copy)->control, kora_control_record(copy));
     kora_control_render(copy);
     EXPECT_EQ(noted(), "render 30x40 alpha 77;make program argument;");
     kora_app_set_data(app, "copy.level", 1);
     EXPECT_TRUE(kora_control_dirty(copy));
+
+    // Listeners hear as long as their instance lives.
+    kora_app_presleep(app);
+    EXPECT_EQ(noted(), "presleep;presleep;discard program;clear;");
     kora_control_destroy(source);
+    kora_app_presleep(app);
+    EXPECT_EQ(noted(), "unrealize;free own;presleep;clear;");
     kora_control_destroy(copy);
-    EXPECT_EQ(noted(), "unrealize;free own;unrealize;free own;");
+    kora_control_destroy(nullptr);
+    kora_app_presleep(app);
+    EXPECT_EQ(noted(), "unrealize;free own;clear;");
 }
 
 TEST_F(hosting, survives_every_failing_allocation) {

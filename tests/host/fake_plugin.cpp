@@ -8,9 +8,6 @@
 
 #define EXPORTED extern "C" __attribute__((visibility("default")))
 
-EXPORTED int kora_plugin_create(plugin_record* record);
-EXPORTED void lum_gl_create_shader_pool(app_record* app, void* pool_parameter);
-EXPORTED void lum_gl_clearprogramcaches();
 EXPORTED char fake_journal[65536];
 char fake_journal[65536];
 
@@ -94,14 +91,16 @@ const renderext_descriptor extension = {"fake", sizeof(fake_state), args,  parse
                                         copy,   free_state,         dirty, nullptr};
 
 kora_reference* make(app_record*, void*, void*, const char* name, va_list rest) {
-    auto* reference = static_cast<kora_reference*>(calloc(1, sizeof(kora_reference)));
-    if (reference) reference->data = reference;
     note("make %s %s;", name, va_arg(rest, const char*));
+    if (strcmp(name, "none") == 0) return nullptr;
+    auto* reference = static_cast<kora_reference*>(calloc(1, sizeof(kora_reference)));
+    if (reference) reference->data = strdup(name);
     return reference;
 }
 
 void discard(void*, void*, void*, kora_reference* reference) {
-    note("discard;");
+    note("discard %s;", static_cast<char*>(reference->data));
+    free(reference->data);
     free(reference->host_block);
     free(reference);
 }
@@ -119,17 +118,17 @@ void fini() {
 
 } // namespace
 
-void lum_gl_create_shader_pool(app_record* app, void* pool_parameter) {
+EXPORTED void lum_gl_create_shader_pool(app_record* app, void* pool_parameter) {
     resource_manager* resources = app->services->resource;
     note("pool;");
     resources->create_pool(resources, "shader", pool_parameter, make, discard, 0);
 }
 
-void lum_gl_clearprogramcaches() {
+EXPORTED void lum_gl_clearprogramcaches() {
     note("clear;");
 }
 
-int kora_plugin_create(plugin_record* record) {
+EXPORTED int kora_plugin_create(plugin_record* record) {
     *record = {strdup("fake"), nullptr, init, fini, {}};
     return 0;
 }

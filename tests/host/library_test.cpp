@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cstdio>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -20,27 +19,22 @@ int collect(const char* key, void* value, void* user) {
 TEST(string_map, keeps_every_key_in_order_and_replaces_values) {
     constexpr int count = 5000;
     static int values[count], other = -1;
+    const auto key = [](int i) { return "light_params[" + std::to_string(i) + "].position"; };
     for (const int32_t hint : {-1, 0, 32, INT_MAX}) {
         kor_string_map* map = kor_string_map_create(hint);
         for (int i = 0; i < count; ++i) {
             values[i] = i;
-            // One buffer serves every key: the map has to copy it.
-            char key[32];
-            snprintf(key, sizeof key, "light_params[%d].position", i);
-            kor_string_map_set(map, key, &values[i]);
+            kor_string_map_set(map, key(i).c_str(), &values[i]); // which has to copy the key
         }
-        kor_string_map_set(map, "light_params[1].position", &other);
-        for (int i = 0; i < count; ++i) {
-            const std::string key = "light_params[" + std::to_string(i) + "].position";
-            ASSERT_EQ(kor_string_map_get(map, key.c_str()), i == 1 ? &other : &values[i]);
-        }
-        EXPECT_EQ(kor_string_map_get(map, "light_params[5000].position"), nullptr);
+        kor_string_map_set(map, key(1).c_str(), &other);
+        for (int i = 0; i < count; ++i)
+            ASSERT_EQ(kor_string_map_get(map, key(i).c_str()), i == 1 ? &other : &values[i]);
+        EXPECT_EQ(kor_string_map_get(map, key(count).c_str()), nullptr);
         EXPECT_EQ(kor_string_map_get(map, ""), nullptr);
 
         std::vector<std::string> seen;
         kor_string_map_traverse(map, collect, &seen, 0);
-        EXPECT_EQ(seen, (std::vector<std::string>{"light_params[0].position=0", "light_params[1].position=-1",
-                                                  "light_params[2].position=2"}));
+        EXPECT_EQ(seen, (std::vector{key(0) + "=0", key(1) + "=-1", key(2) + "=2"}));
         int destroyed = 0;
         const auto tally = [](const char*, void*, void* user) { return ++*static_cast<int*>(user); };
         kor_string_map_destroy(map, tally, &destroyed);

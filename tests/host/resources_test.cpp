@@ -1,9 +1,6 @@
 // Pools and path resolution through the service tables.
+#include "hosting.h"
 #include "scarce_heap.h"
-
-#include "kora/host.h"
-
-#include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -19,38 +16,15 @@ namespace {
 namespace fs = std::filesystem;
 using lines = std::vector<std::string>;
 
-struct pool_log {
-    lines made, discarded;
-    bool failing = false;
-};
-
-kora_reference* make(app_record*, void* parameter, void*, const char* name, va_list args) {
-    auto& log = *static_cast<pool_log*>(parameter);
-    if (log.failing) return nullptr;
-    auto* reference = static_cast<kora_reference*>(calloc(1, sizeof(kora_reference)));
-    reference->data = strdup(name);
-    log.made.push_back(std::string(name) + va_arg(args, const char*));
-    return reference;
-}
-
-void discard(void* parameter, void*, void*, kora_reference* reference) {
-    auto& log = *static_cast<pool_log*>(parameter);
-    log.discarded.push_back(static_cast<char*>(reference->data));
-    free(reference->data);
-    free(reference->host_block);
-    free(reference);
-}
-
-struct pools : testing::Test {
-    pool_log log;
-    kora_app* app = kora_app_create();
+struct pools : hosting {
     resource_manager* resources = kora_app_record(app)->services->resource;
 
-    pools() { EXPECT_EQ(resources->create_pool(resources, "thing", &log, make, discard, 0), 1); }
-    ~pools() override { kora_app_destroy(app); }
-
+    pools() {
+        EXPECT_TRUE(kora_app_load_plugin(app, FAKE_PLUGIN, nullptr));
+        EXPECT_EQ(noted(), "pool;init null;");
+    }
     kora_reference* acquire(const std::string& name) {
-        return resources->get_reference(resources, "thing", name.c_str(), "!");
+        return resources->get_reference(resources, "shader", name.c_str(), "!");
     }
 };
 
@@ -59,47 +33,41 @@ TEST_F(pools, share_by_name_until_the_last_release_and_keep_a_few) {
     EXPECT_EQ(acquire("a"), first);
     EXPECT_STREQ(static_cast<char*>(resources->get_data(resources, first)), "a");
     EXPECT_EQ(resources->get_data(resources, nullptr), nullptr);
+    EXPECT_EQ(noted(), "make a !;");
 
     // Held ones stay however many others come; of the idle ones the longest idle goes.
     for (int i = 0; i < 16; ++i)
-        resources->release(resources, acquire(std::to_string(i) + "n"));
-    resources->release(resources, acquire("0n"));
-    EXPECT_TRUE(log.discarded.empty());
-    for (const char* name : {"16n", "17n"})
+        resources->release(resources, acquire(std::to_string(i)));
+    resources->release(resources, acquire("0"));
+    EXPECT_EQ(noted().find("discard"), std::string::npos);
+    for (const char* name : {"16", "17"})
         resources->release(resources, acquire(name));
-    EXPECT_EQ(log.discarded, (lines{"1n", "2n"}));
+    EXPECT_EQ(noted(), "make 16 !;discard 1;make 17 !;discard 2;");
     resources->release(resources, first);
-    EXPECT_EQ(log.discarded.size(), 2u);
+    EXPECT_EQ(noted(), "");
     resources->release(resources, first);
-    EXPECT_EQ(log.discarded, (lines{"1n", "2n", "3n"}));
+    EXPECT_EQ(noted(), "discard 3;");
     EXPECT_EQ(acquire("a"), first);
-    EXPECT_EQ(log.made.size(), 19u);
-    EXPECT_EQ(log.made[0], "a!");
+    EXPECT_EQ(noted(), "");
 
     kora_app_presleep(app);
-    EXPECT_EQ(log.discarded.size(), 18u);
+    EXPECT_EQ(noted(),
+              "discard 4;discard 5;discard 6;discard 7;discard 8;discard 9;discard 10;discard 11;discard 12;"
+              "discard 13;discard 14;discard 15;discard 0;discard 16;discard 17;clear;");
     resources->release(resources, first);
-    kora_log_set_level(0);
     EXPECT_EQ(resources->release(resources, first), 0) << "released once too often";
-    kora_log_set_level(2);
     EXPECT_EQ(acquire("a"), first) << "and still there";
-
-    // A reference that is never released goes with the application.
-    kora_app_destroy(app);
-    app = nullptr;
-    EXPECT_EQ(log.discarded.size(), log.made.size());
+    destroy_app();
+    EXPECT_EQ(noted(), "discard a;clear;fini;") << "never released, it goes with the application";
 }
 
 TEST_F(pools, keep_nothing_of_a_failure) {
-    log.failing = true;
-    EXPECT_EQ(acquire("a"), nullptr);
-    log.failing = false;
-    EXPECT_NE(acquire("a"), nullptr);
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(acquire("none"), nullptr);
+    EXPECT_EQ(noted(), "make none !;make none !;");
     EXPECT_EQ(resources->get_reference(resources, "unknown", "a", nullptr), nullptr);
     EXPECT_EQ(resources->release(resources, nullptr), 0);
-    kora_log_set_level(0);
-    EXPECT_EQ(resources->create_pool(resources, "thing", nullptr, make, discard, 0), 0);
-    kora_log_set_level(2);
+    EXPECT_EQ(resources->create_pool(resources, "shader", nullptr, nullptr, nullptr, 0), 0);
 }
 
 TEST_F(pools, steady_use_takes_no_memory) {
@@ -112,7 +80,7 @@ TEST_F(pools, steady_use_takes_no_memory) {
 
     const long calls = heap.calls;
     for (int i = 0; i < 10; ++i) {
-        resources->release(resources, resources->get_reference(resources, "thing", "a", "!"));
+        resources->release(resources, acquire("a"));
         kora_app_set_data(app, key.c_str(), static_cast<float>(i));
         EXPECT_EQ(data->get(data, key.c_str(), 0), before);
     }
