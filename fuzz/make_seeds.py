@@ -134,7 +134,7 @@ def trees():
     yield "trailing", Record(form.data + b"more")
 
 
-# ---- Images ----------------------------------------------------------------------------------------------
+# ---- Images: those that tests/host/images has not, faulty ones above all ----------------------------------
 
 
 def tga(kind, bits, layout, pixels, width=3, height=2):
@@ -143,14 +143,10 @@ def tga(kind, bits, layout, pixels, width=3, height=2):
     return Record(head + b"hi" + (bytes(range(12)) if mapped else b"") + pixels)
 
 
-def bmp(bits, coding, pixels, width=3, height=2, info=40, colours=0, masks=()):
-    between = struct.pack("<%dI" % len(masks), *masks) + bytes(range(colours * (3 if info == 12 else 4)))
-    if info == 12:
-        header = struct.pack("<IHHHH", 12, width, height, 1, bits)
-    else:
-        header = struct.pack("<IiiHHII8xII", info, width, height, 1, bits, coding, 0, colours, 0)
-    start = 14 + len(header) + len(between)
-    return Record(b"BM" + struct.pack("<I4xI", start + len(pixels), start) + header + between + pixels)
+def bmp(width, height, bits, coding, colours, table, pixels):
+    start = 54 + len(table)
+    sizes = (start + len(pixels), start, 40, width, height, 1, bits, coding, 0, colours, 0)
+    return Record(b"BM" + struct.pack("<I4xIIiiHHII8xII", *sizes) + table + pixels)
 
 
 def png(bits, kind, rows, *others, width=3, height=2, interlaced=0):
@@ -194,28 +190,13 @@ def images():
     yield from pngs()
     yield from jpegs()
     ramp = bytes(range(24))
-    for bits, layout in ((15, 0), (16, 0x11), (24, 0x20), (32, 0x38)):
-        size = (bits + 7) // 8
-        yield "colour%d.tga" % bits, tga(2, bits, layout, ramp[: 6 * size])
-        yield "runs%d.tga" % bits, tga(10, bits, layout, b"\x82" + ramp[:size] + b"\x02" + ramp[: 3 * size])
-    yield "grey.tga", tga(3, 8, 0x20, ramp[:6])
+    yield "colour15.tga", tga(2, 15, 0, ramp[:12])
     yield "grey16.tga", tga(11, 16, 0x18, b"\x85ab")
-    yield "mapped.tga", tga(1, 8, 0, bytes((10, 11, 12, 13, 10, 11)))
     yield "beyond.tga", tga(1, 8, 0, bytes((10, 11, 12, 14, 9, 255)))
-    yield "mapped_runs.tga", tga(9, 16, 0, b"\x82\x0a\0\x02\x0b\0\x0c\0\x0d\0")
     yield "large.tga", tga(10, 32, 0, b"\xff\0\0\0\0" * 1024, 512, 256)
     yield "endless.tga", tga(10, 32, 0, b"\xff\0\0\0\0", 1024, 1024)
-    yield "endless.bmp", bmp(8, 1, b"\0\2\xff\xff\1\1\0\1", 1024, 1024, colours=2)
-    for bits in (1, 4, 8):
-        yield "%d.bmp" % bits, bmp(bits, 0, b"\x50\xa0\0\0\xa0\x50\0\0", colours=2)
-    yield "24.bmp", bmp(24, 0, ramp, height=-2)
-    yield "16.bmp", bmp(16, 0, ramp[:16])
-    yield "32.bmp", bmp(32, 0, ramp)
-    yield "old.bmp", bmp(8, 0, b"\0\1\2\0\1\0\1\0", info=12, colours=3)
-    yield "masks.bmp", bmp(16, 3, ramp[:16], masks=(0xF800, 0x7E0, 0x1F))
-    yield "alpha.bmp", bmp(32, 6, ramp, masks=(0xFF0000, 0xFF00, 0xFF, 0xFF000000))
-    yield "rle8.bmp", bmp(8, 1, b"\2\1\1\0\0\0\0\3\1\2\0\0\0\2\1\0\0\1", colours=4)
-    yield "rle4.bmp", bmp(4, 2, b"\3\x12\0\0\0\3\x12\x30\0\1", colours=4)
+    yield "endless.bmp", bmp(1024, 1024, 8, 1, 2, bytes(range(8)), b"\0\2\xff\xff\1\1\0\1")
+    yield "alpha.bmp", bmp(3, 2, 32, 6, 0, struct.pack("<4I", 0xFF0000, 0xFF00, 0xFF, 0xFF000000), ramp)
 
 
 # ---- Models: lines, and the library behind "#mtl" ---------------------------------------------------------

@@ -12,6 +12,9 @@
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <set>
+#include <span>
+#include <string>
 #include <vector>
 
 namespace {
@@ -86,7 +89,7 @@ bytes spoil(bytes input, std::minstd_rand& random) {
     return input;
 }
 
-int replay(const char* last, const std::filesystem::path& path) {
+void replay(const char* last, const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     const bytes input{std::istreambuf_iterator<char>(file), {}};
     fprintf(stderr, "%s\n", path.c_str());
@@ -94,7 +97,6 @@ int replay(const char* last, const std::filesystem::path& path) {
     std::minstd_rand random;
     for (int i = 0; i < copies; ++i)
         run(last, spoil(input, random));
-    return 1;
 }
 
 } // namespace
@@ -102,21 +104,18 @@ int replay(const char* last, const std::filesystem::path& path) {
 int main(int argc, char** argv) {
     if (argc < 3 || !freopen("/dev/null", "w", stdout)) return 2;
     memory();
-    int count = 0;
-    for (int i = 2; i < argc; ++i) {
-        if (!std::filesystem::is_directory(argv[i])) {
-            count += replay(argv[1], argv[i]);
-            continue;
-        }
-        std::vector<std::filesystem::path> files;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(argv[i]))
-            if (entry.is_regular_file()) files.push_back(entry.path());
-        std::sort(files.begin(), files.end());
-        for (const auto& file : files)
-            count += replay(argv[1], file);
+    std::set<std::filesystem::path> files;
+    for (const std::string name : std::span(argv, static_cast<size_t>(argc)).subspan(2)) {
+        if (!std::filesystem::is_directory(name))
+            files.insert(name);
+        else
+            for (const auto& entry : std::filesystem::recursive_directory_iterator(name))
+                if (entry.is_regular_file()) files.insert(entry.path());
     }
+    for (const auto& file : files)
+        replay(argv[1], file);
     std::filesystem::remove(argv[1]);
-    fprintf(stderr, "%d files, at most %ld ms and %ld KiB\n", count, slowest * 1000 / CLOCKS_PER_SEC,
+    fprintf(stderr, "%zu files, at most %ld ms and %ld KiB\n", files.size(), slowest * 1000 / CLOCKS_PER_SEC,
             memory());
-    return count == 0;
+    return files.empty();
 }

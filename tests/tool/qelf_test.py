@@ -4,16 +4,14 @@ import json
 import os
 import resource
 import struct
-import subprocess
 import sys
-import tempfile
 import unittest
 from pathlib import Path
 
 sys.path.append(str(Path(__file__).parents[2] / "fuzz"))
 from make_seeds import IDENTITY, Record, chunk, container
+from tool_case import ToolCase
 
-QELF = os.environ["QELF_TOOL"]
 TOOL = os.environ["MODEL3D_TOOL"]
 
 def material(diffuse_map=0):
@@ -50,20 +48,12 @@ TRIANGLE = mesh([(0, 0, 0), (1, 0, 0), (0, 1, 0)], [(0, 1, 2)], [(0, material())
 GOOD = scene((b"SGRP", group(b"root", [(1, group(b"arm", [(2, TRIANGLE)]))])))
 
 
-class QelfTest(unittest.TestCase):
+class QelfTest(ToolCase):
+    tool = os.environ["QELF_TOOL"]
+
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = Path(folder.name)
+        super().setUp()
         self.write("good.qel", GOOD)
-
-    def write(self, name, data):
-        (self.folder / name).write_bytes(data)
-
-    def run_tool(self, *args, code=0, tool=QELF, first=None):
-        done = subprocess.run([tool, *args], cwd=self.folder, capture_output=True, timeout=60, preexec_fn=first)
-        self.assertEqual(done.returncode, code, f"{args}: {done.stderr.decode()}")
-        return done.stdout.decode(), done.stderr.decode()
 
     def test_check_names_place_and_cause(self):
         self.run_tool("check", "good.qel")
@@ -170,18 +160,14 @@ class QelfTest(unittest.TestCase):
         (self.folder / "out.qel").chmod(0o640)
         before = sorted(self.folder.iterdir())
         small = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (9, 9))
-        self.assertIn("File too large", self.run_tool("convert", "good.qel", "out.qel", code=1, first=small)[1])
+        self.assertIn("File too large", self.run_tool("convert", "good.qel", "out.qel", code=1, preexec_fn=small)[1])
         self.assertEqual((self.folder / "out.qel").read_bytes(), b"earlier")
         self.assertEqual(sorted(self.folder.iterdir()), before)
         self.run_tool("convert", "good.qel", "out.qel",
-                      first=lambda: open(self.folder / f".model3d-{os.getpid()}.part", "w").close())
+                      preexec_fn=lambda: open(self.folder / f".model3d-{os.getpid()}.part", "w").close())
         self.assertEqual((self.folder / "out.qel").read_bytes(), GOOD)
         self.assertEqual((self.folder / "out.qel").stat().st_mode & 0o777, 0o640)
-        with open("/dev/full", "wb") as full:
-            for args in (["--help"], ["check", "--help"], ["--version"], ["print", "good.qel"], ["info", "good.qel"]):
-                done = subprocess.run([QELF, *args], cwd=self.folder, stdout=full, stderr=subprocess.PIPE)
-                self.assertEqual((done.returncode, done.stderr),
-                                 (1, b"qelf: cannot write to standard output: No space left on device\n"), args)
+        self.assert_full_disks_are_noticed("--help", "check --help", "--version", "print good.qel", "info good.qel")
 
     def test_wrong_use_has_its_codes_and_writes_nothing(self):
         self.write("cut.qel", GOOD[:-1])
@@ -191,15 +177,22 @@ class QelfTest(unittest.TestCase):
         (self.folder / "zero.qel").symlink_to("/dev/zero")
         os.mkfifo(self.folder / "pipe.qel")
         before = sorted(self.folder.iterdir())
-        for code, *args in ((2,), (2, "check"), (2, "check", "none.qel"), (2, "print", "."), (2, "info", "none.qel"),
-                            (2, "compare", "good.qel", "none.qel"), (1, "print", "cut.qel"),
-                            (1, "convert", "cut.qel", "new.qel"), (1, "convert", "good.qel", "none/new.qel"),
-                            (1, "convert", "good.txt", "new.qel"), (1, "convert", "none.obj", "new.qel"),
-                            *((1, "convert", f"{name}.qel", "new.qel") for name in ("other", "zeros", "zero", "pipe")),
-                            *((2, command, "pipe.qel") for command in ("print", "check", "info")),
-                            (2, "compare", "good.qel", "pipe.qel"), (1, "convert", "good.qel", "/dev/full")):
-            with self.subTest(args):
-                self.assertTrue(self.run_tool(*args, code=code)[1])
+        self.assertIn("Usage: qelf", self.run_tool(code=2)[1])
+        self.assert_failures(
+            (2, "check", "FILE is required"),
+            (2, "print .", "is a directory"),
+            *((2, command, "none.qel: No such file") for command in ("check none.qel", "info none.qel")),
+            (2, "compare good.qel none.qel", "none.qel: No such file"),
+            *((1, command, "cut.qel: cannot be read") for command in ("print cut.qel", "convert cut.qel new.qel")),
+            (1, "convert good.qel none/new.qel", "none/new.qel: cannot be written"),
+            (1, "convert good.qel /dev/full", "/dev/full: ", "No space left"),
+            (1, "convert good.txt new.qel", "good.txt: neither an .obj nor a .qel file"),
+            (1, "convert none.obj new.qel", "none.obj: No such file"),
+            (1, "convert other.qel new.qel", "other.qel: is no scene"),
+            (1, "convert zeros.qel new.qel", "zeros.qel: cannot be read"),
+            *((1, f"convert {name}.qel new.qel", "is not a regular file") for name in ("zero", "pipe")),
+            *((2, f"{command} pipe.qel", "pipe.qel: is not a regular file")
+              for command in ("print", "check", "info", "compare good.qel")))
         self.assertEqual(sorted(self.folder.iterdir()), before)
 
 

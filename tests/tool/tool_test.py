@@ -4,14 +4,12 @@ import json
 import os
 import struct
 import subprocess
-import tempfile
 import unittest
 import zlib
 from pathlib import Path
 
-from png_read import read_png
+from tool_case import ToolCase
 
-TOOL = os.environ["MODEL3D_TOOL"]
 FAILING_PLUGIN = os.environ["FAILING_PLUGIN"]
 
 # A rectangle from (-1, -1) to (0.5, 1), so that no turn or flip looks like another.
@@ -40,32 +38,42 @@ def f32(values):
     return struct.pack(f"<{len(values)}f", *values)
 
 
-class ToolTest(unittest.TestCase):
+def read_png(data):
+    """Returns rows from the top, each a list of (r, g, b, a). The tool filters nothing, which would take it time."""
+    assert data[:8] == b"\x89PNG\r\n\x1a\n", "not a PNG"
+    at, chunks = 8, {}
+    while at < len(data):
+        (length,) = struct.unpack_from(">I", data, at)
+        kind, body = data[at + 4 : at + 8], data[at + 8 : at + 8 + length]
+        assert struct.unpack_from(">I", data, at + 8 + length)[0] == zlib.crc32(kind + body)
+        chunks[kind] = chunks.get(kind, b"") + body
+        at += 12 + length
+    width, height, *form = struct.unpack(">IIBBBBB", chunks[b"IHDR"])
+    assert kind == b"IEND" and form == [8, 6, 0, 0, 0], "not 8-bit RGBA"
+    raw, stride = zlib.decompress(chunks[b"IDAT"]), 4 * width + 1
+    assert len(raw) == stride * height and not any(raw[::stride]), "filtered"
+    return [[tuple(raw[x : x + 4]) for x in range(y * stride + 1, (y + 1) * stride, 4)] for y in range(height)]
+
+
+class ToolTest(ToolCase):
+    tool = os.environ["MODEL3D_TOOL"]
+
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.folder = Path(folder.name)
+        super().setUp()
         for name, text in {"quad.obj": QUAD, "quad.mtl": QUAD_MTL, "octahedron.obj": OCTAHEDRON,
                            "broken.obj": "mtllib none.mtl\nmtllib tex.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\n"
                                          "usemtl wood\nf 1 2 3\n",
                            "tex.mtl": "newmtl wood\nmap_Kd wood.png\n", "empty.obj": "", "model.stl": "solid\n",
                            "scene.qel": "FORM", "points.obj": "v 1 2 2\n"}.items():
-            (self.folder / name).write_text(text)
+            self.write(name, text.encode())
         (self.folder / "folder.obj").mkdir()
-
-    def run_tool(self, *args, code=0, env=None):
-        done = subprocess.run([TOOL, *args], cwd=self.folder, capture_output=True, timeout=120,
-                              env={**os.environ, **(env or {})})
-        errors = done.stderr.decode()
-        self.assertEqual(done.returncode, code, f"{args}: {errors}")
-        return done.stdout, errors
 
     def info(self, name):
         return json.loads(self.run_tool("info", name, "--json")[0])
 
     def picture(self, *args, file="quad.obj", view=VIEW):
         self.run_tool("render", file, "-o", "out.png", *view, *args)
-        return read_png((self.folder / "out.png").read_bytes())[2]
+        return read_png((self.folder / "out.png").read_bytes())
 
     def assert_same_picture(self, got, want):
         """Says where the first difference is; unittest's own report of long lists takes minutes."""
@@ -96,10 +104,10 @@ class ToolTest(unittest.TestCase):
                               "diffuse_map": None}]}],
             "groups": [], "lights": [], "textures": [], "missing": []})
 
-        text = self.run_tool("info", "quad.obj")[0].decode()
+        text = self.run_tool("info", "quad.obj")[0]
         for fact in ("quad.obj", "5, sum -0.5", "computed when drawn", '"paint"', "exponent 12.5"):
             self.assertIn(fact, text)
-        (self.folder / "odd.obj").write_bytes(b"v inf 0 0\nv 1 0 0\nv 0 1 0\nvn 0 0 1\nf 1//1 2//1 3//1\n")
+        self.write("odd.obj", b"v inf 0 0\nv 1 0 0\nv 0 1 0\nvn 0 0 1\nf 1//1 2//1 3//1\n")
         odd = self.info("odd.obj")
         self.assertIsNone(odd["radius"])
         self.assertIsNone(odd["meshes"][0]["position_sum"][0])
@@ -115,62 +123,55 @@ class ToolTest(unittest.TestCase):
             self.assertEqual(errors.count(f"not found: {what} (tried "), 1, errors)
 
         # Bytes that are no PNG: the file is there, the picture is not.
-        (self.folder / "wood.png").write_text("no PNG")
+        self.write("wood.png", b"no PNG")
         self.assertEqual(self.info("broken.obj")["textures"], [{"path": ".//wood.png", "found": True}])
         self.assertIn('not found: texture ".//wood.png"', self.run_tool("render", "broken.obj", "-o", "o.png")[1])
         # 2 MiB of black.
         bmp = struct.pack("<2s8x4I2H", b"BM", 62, 40, 1024, 512, 1, 1) + bytes(32 + 1024 * 512 // 8)
-        (self.folder / "wood.png").write_bytes(bmp)
+        self.write("wood.png", bmp)
         for option, limit in (("--image-limit", "image limit"), ("--image-budget", "control's image budget")):
             errors = [self.run_tool("render", "broken.obj", "-o", "o.png", option, mib)[1] for mib in ("1", "2")]
             self.assertIn(f"{limit} of 1 MiB (see {option})", errors[0])
             self.assertNotIn("texture", errors[1])
 
     def test_wrong_input_gets_one_line_and_its_code(self):
-        out = ["-o", "out.png"]
-        cases = [
-            (1, ["none.obj", *out], ["none.obj", "No such file"]),
-            (1, ["folder.obj", *out], ["folder.obj", "directory"]),
-            (1, ["empty.obj", *out], ["empty.obj", "empty"]),
-            (1, ["model.stl", *out], ["model.stl", "unsupported format", ".obj"]),
-            (1, ["quad.obj", "-o", "none/out.png"], ["none/out.png", "No such file"]),
-            (1, ["quad.obj", "-o", "/dev/full"], ["/dev/full", "No space left"]),
-            (2, ["quad.obj"], ["--output"]),
-            (2, out, ["FILE"]),
-            (2, ["quad.obj", *out, "--set", "colour=1"], ["colour", "model3d attributes"]),
-            (2, ["quad.obj", *out, "--set", "azimuth=north"], ["azimuth", "north"]),
-            (2, ["quad.obj", *out, "--set", "alpha"], ["NAME=VALUE"]),
-            (2, ["quad.obj", *out, "--set", "filename=other.obj"], ["filename"]),
-            (2, ["quad.obj", *out, "--data", "door_RY=open"], ["open"]),
-            (2, ["quad.obj", *out, "--size", "64"], ["64"]),
-            (2, ["quad.obj", *out, "--size", "100000x10"], ["at most"]),
-            (2, ["quad.obj", *out, "--background", "12345"], ["12345"]),
-            (2, ["quad.obj", *out, "--rotation", "45"], ["45"]),
-            (2, ["quad.obj", *out, "--rotation", "90", "--surface"], ["--surface"]),
-            (2, ["quad.obj", *out, "--frames", "0"], ["--frames"]),
-            (2, ["quad.obj", *out, "--image-limit", "0"], ["--image-limit"]),
-            (2, ["quad.obj", *out, "--image-budget", "4096"], ["--image-budget"]),
-            (2, ["quad.obj", "-o", "-", "--json"], ["--json"]),
-        ]
-        for code, args, words in cases:
-            with self.subTest(args=args):
-                errors = self.run_tool("render", *args, code=code)[1]
-                self.assertEqual(errors.count("\n"), 1, errors)
-                for word in ["model3d: ", *words]:
-                    self.assertIn(word, errors)
-        for name in ("none.obj", "folder.obj", "empty.obj", "model.stl"):
-            self.assertIn(name, self.run_tool("info", name, code=1)[1])
-        # The loader of scene files says more before.
-        for args in (["info", "scene.qel"], ["render", "scene.qel", *out]):
-            self.assertRegex(self.run_tool(*args, code=1)[1], r"(?m)^model3d: scene\.qel: .*\n\Z")
-        for args in ([], ["info"], ["draw"], ["info", "quad.obj", "--frames", "1"]):
-            self.assertIn("model3d", self.run_tool(*args, code=2)[1])
+        draw = "render quad.obj -o out.png"
+        self.assert_failures(
+            (1, "render none.obj -o out.png", "none.obj: No such file"),
+            (1, "render folder.obj -o out.png", "folder.obj: is a directory"),
+            (1, "render empty.obj -o out.png", "empty.obj: the file is empty"),
+            (1, "render model.stl -o out.png", "model.stl: unsupported format", ".obj"),
+            (1, "render quad.obj -o none/out.png", "none/out.png: ", "No such file"),
+            (1, "render quad.obj -o /dev/full", "/dev/full: ", "No space left"),
+            *((1, f"info {name}", name) for name in ("none.obj", "folder.obj", "empty.obj", "model.stl")),
+            (2, "render quad.obj", "--output is required"),
+            (2, "render -o out.png", "FILE is required"),
+            (2, "info", "FILE is required"),
+            (2, "info quad.obj --frames 1", "--frames"),
+            (2, "draw", "subcommand"),
+            (2, f"{draw} --set colour=1", "colour", "model3d attributes"),
+            (2, f"{draw} --set azimuth=north", "azimuth", "north"),
+            (2, f"{draw} --set alpha", "NAME=VALUE"),
+            (2, f"{draw} --set filename=other.obj", "filename"),
+            (2, f"{draw} --data door_RY=open", "open"),
+            (2, f"{draw} --size 64", "64"),
+            (2, f"{draw} --size 100000x10", "at most"),
+            (2, f"{draw} --background 12345", "12345"),
+            (2, f"{draw} --rotation 45", "45"),
+            (2, f"{draw} --rotation 90 --surface", "--surface"),
+            (2, f"{draw} --frames 0", "--frames"),
+            (2, f"{draw} --image-limit 0", "--image-limit"),
+            (2, f"{draw} --image-budget 4096", "--image-budget"),
+            (2, "render quad.obj -o - --json", "--json"))
+        self.assert_failures(*((1, command, "scene.qel: could not be loaded")  # after what the loader says
+                               for command in ("info scene.qel", "render scene.qel -o out.png")), lines=2)
+        self.assertIn("Usage: model3d", self.run_tool(code=2)[1])
         if os.geteuid() != 0:
             (self.folder / "quad.obj").chmod(0)
-            self.assertIn("Permission denied", self.run_tool("info", "quad.obj", code=1)[1])
+            self.assert_failures((1, "info quad.obj", "Permission denied"))
 
     def test_no_input_is_replaced(self):
-        (self.folder / "wood.png").write_text("no PNG")
+        self.write("wood.png", b"no PNG")
         os.link(self.folder / "tex.mtl", self.folder / "hard.png")
         (self.folder / "soft.png").symlink_to("wood.png")
         for out in (f"../{self.folder.name}/broken.obj", "tex.mtl", "wood.png", "hard.png", "soft.png"):
@@ -199,7 +200,8 @@ class ToolTest(unittest.TestCase):
         self.run_tool("render", "quad.obj", "-o", "link.png", *VIEW)
         self.assertTrue((self.folder / "link.png").is_symlink())
         to_file = (self.folder / "out.png").read_bytes()
-        self.assertEqual(self.run_tool("render", "quad.obj", "-o", "-", *VIEW)[0], to_file)
+        to_output = self.run_tool("render", "quad.obj", "-o", "-", *VIEW)[0]
+        self.assertEqual(to_output.encode(errors="surrogateescape"), to_file)
         os.mkfifo(self.folder / "pipe")
         with subprocess.Popen(["cat", self.folder / "pipe"], stdout=subprocess.PIPE) as reader:
             try:
@@ -207,11 +209,8 @@ class ToolTest(unittest.TestCase):
                 self.assertEqual(reader.communicate(timeout=60)[0], to_file)
             finally:
                 reader.kill()
-        with open("/dev/full", "wb") as full:
-            for args in (["render", "quad.obj", "-o", "-", *VIEW], ["info", "quad.obj", "--json"], ["info", "quad.obj"],
-                         ["attributes"], ["--help"], ["--version"]):
-                code = subprocess.call([TOOL, *args], cwd=self.folder, stdout=full, stderr=subprocess.DEVNULL)
-                self.assertEqual(code, 1, args)
+        self.assert_full_disks_are_noticed("render quad.obj -o -", "info quad.obj --json", "info quad.obj", "attributes",
+                                           "--help", "--version")
         self.assertIn("no triangles", self.run_tool("render", "points.obj", "-o", "out.png", *VIEW)[1])
         self.assertEqual(set(os.listdir(self.folder)), before | {"out.png", "link.png", "pipe"})
 
@@ -301,7 +300,7 @@ class ToolTest(unittest.TestCase):
 
     def test_the_attribute_table_is_the_plugins(self):
         table = json.loads(self.run_tool("attributes", "--json")[0])
-        self.assertEqual(self.run_tool("attributes")[0].decode().count("\n"), len(table) + 1)
+        self.assertEqual(self.run_tool("attributes")[0].count("\n"), len(table) + 1)
         self.assertEqual(len(table), 38)  # all that the plug-in has
 
         # Every default is a value of its attribute, and the plug-in's own default.
@@ -327,8 +326,8 @@ class ToolTest(unittest.TestCase):
         self.assertIn("libEGL.so.1", errors)
         self.assertFalse((self.folder / "out.png").exists())
         for args in (["--help"], ["render", "--help"], ["info", "--help"], ["attributes", "--help"]):
-            self.assertIn("Example:\n  model3d ", self.run_tool(*args, env=env)[0].decode())
-        self.assertRegex(self.run_tool("--version", env=env)[0].decode(), r"^model3d \d+\.\d+\.\d+\n$")
+            self.assertIn("Example:\n  model3d ", self.run_tool(*args, env=env)[0])
+        self.assertRegex(self.run_tool("--version", env=env)[0], r"^model3d \d+\.\d+\.\d+\n$")
 
 
 if __name__ == "__main__":
