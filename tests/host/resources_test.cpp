@@ -67,7 +67,11 @@ TEST_F(pools, keep_nothing_of_a_failure) {
     EXPECT_EQ(noted(), "make none !;make none !;");
     EXPECT_EQ(resources->get_reference(resources, "unknown", "a", nullptr), nullptr);
     EXPECT_EQ(resources->release(resources, nullptr), 0);
-    EXPECT_EQ(resources->create_pool(resources, "shader", nullptr, nullptr, nullptr, 0), 0);
+    const auto make = [](app_record*, void*, void*, const char*, va_list) -> kora_reference* {
+        return nullptr;
+    };
+    const auto discard = [](void*, void*, void*, kora_reference*) {};
+    EXPECT_EQ(resources->create_pool(resources, "shader", nullptr, make, discard, 0), 0);
 }
 
 TEST_F(pools, steady_use_takes_no_memory) {
