@@ -40,7 +40,7 @@ TEST_F(bindings, unnamed_groups_are_not_registered) {
 TEST_F(bindings, a_dirty_check_without_a_model_only_says_so) {
     control c;
     c.dirty();
-    c.set(id_filename, "missing.obj");
+    c.set("filename", "missing.obj");
     c.render();
     recorded().clear();
     c.dirty();
@@ -163,15 +163,15 @@ TEST_F(bindings, configuration_chooses_what_the_groups_start_from) {
     };
     for (const auto& [ignore, zero] : {std::pair{0, 0}, {1, 0}, {0, 1}, {1, 1}, {5, 0}}) {
         SCOPED_TRACE(print("ignore %d zero %d", ignore, zero));
-        shown.set(id_ignore_bind, ignore);
-        shown.set(id_zero_deformers, zero);
+        shown.set("ignore_bind_transforms", ignore);
+        shown.set("zero_deformers", zero);
         shown.render();
         EXPECT_EQ(std::vector(root.transform, root.transform + 16), ignore ? identity : bind);
         EXPECT_EQ(deformers(), zero ? none : values);
     }
     host().values["ctl.door_TY"] = 11; // read again with every new configuration
-    shown.set(id_zero_deformers, 1);
-    shown.set(id_ignore_bind, 1);
+    shown.set("zero_deformers", 1);
+    shown.set("ignore_bind_transforms", 1);
     shown.render();
     EXPECT_EQ(deformers(), (std::vector<float>{0, 0, 0, 0, 11, 0, 1, 1, 1}));
     EXPECT_EQ(gl().named("gouraud_color").find("model_local")->value,
@@ -267,7 +267,7 @@ TEST_F(bindings, keys_follow_the_groups_of_a_scene_file) {
     shown.copy_to(copy);       // shares nothing with it
     copy.render();
     check(copy, {"car", "door", "lid"});
-    shown.set(id_filename, (folder + "/b.qel").c_str());
+    shown.set("filename", (folder + "/b.qel").c_str());
     shown.render();
     check(shown, {"boat", "sail"});
 }

@@ -88,7 +88,7 @@ class scene_lights : public plugin_test {
     // A shown control with `n` lights in its scene's list, which the scene owns.
     void hang(control& shown, described::light* lights, int32_t n) {
         write("t.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
-        shown.set(id_lighting, "model");
+        shown.set("lighting_mode", "model");
         show(shown, "t.obj");
         described::scene& scene = shown.state().scene;
         std::free(scene.lights);
@@ -122,7 +122,7 @@ TEST_F(scene_lights, are_sent_to_both_programs) {
     for (const char* shading : {"gouraud", "blinn-phong"}) {
         SCOPED_TRACE(shading);
         control shown;
-        shown.set(id_shading, shading);
+        shown.set("shading_model", shading);
         hang(shown, lights, 4);
         shown.render();
         const std::string family = shading[0] == 'g' ? "gouraud" : "phong";

@@ -19,7 +19,7 @@ class failures : public plugin_test {
 TEST_F(failures, no_file_name_is_no_frame) {
     control c;
     c.render();
-    c.set(id_fov, 60.0f);
+    c.set("camera_field_of_view", 60.0f);
     c.render();
     expect_lines(recorded().text({channel::host, channel::gl, channel::log, channel::map}), {});
 }
