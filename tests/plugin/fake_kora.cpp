@@ -4,9 +4,7 @@
 #include <cstdarg>
 #include <cstdlib>
 
-struct kor_string_map {
-    std::map<std::string, void*> entries;
-};
+struct kor_string_map : std::map<std::string, void*> {};
 
 namespace {
 
@@ -31,10 +29,11 @@ void unused_slot() {
     fault("a slot that the interface does not use was called");
 }
 
-template <class T> void fill_slots(T& table) {
-    kora_slot slots[sizeof table / sizeof(kora_slot)];
+template <class... T> void fill_slots(T&... tables) {
+    kora_slot slots[64];
+    static_assert((... && (sizeof(T) <= sizeof slots)));
     std::fill(std::begin(slots), std::end(slots), &unused_slot);
-    std::memcpy(&table, slots, sizeof table);
+    (std::memcpy(&tables, slots, sizeof tables), ...);
 }
 
 void check_service(const void* self, const void* expected, const char* operation) {
@@ -215,12 +214,7 @@ template <class T> T* unless_absent(const char* name, T& service) {
 void build_records() {
     std::memset(&app, 0xA5, sizeof app);
     std::memset(&services, 0xA5, sizeof services);
-    fill_slots(data);
-    fill_slots(renderext);
-    fill_slots(events);
-    fill_slots(graphics);
-    fill_slots(resources);
-    fill_slots(canvas);
+    fill_slots(data, renderext, events, graphics, resources, canvas);
     app.services = &services;
     data.get = data_get;
     renderext.register_extension = register_extension;
@@ -303,7 +297,7 @@ void kora_app_vlog(app_record* given, int level, const char* format, va_list arg
 void kora_app_log(app_record* given, int level, const char* format, ...) {
     va_list args;
     va_start(args, format);
-    record(channel::log, "%d %s %s", level, app_name(given), vprint(format, args).c_str());
+    kora_app_vlog(given, level, format, args);
     va_end(args);
 }
 
@@ -338,27 +332,27 @@ kor_string_map* kor_string_map_create(int32_t initial_size) {
 void kor_string_map_set(kor_string_map* map, const char* key, void* value) {
     record(channel::map, "map_set \"%s\"", key);
     // Nothing is kept under an empty key.
-    if (map && *key && !host().silent.contains("string_map_set")) map->entries[key] = value;
+    if (map && *key && !host().silent.contains("string_map_set")) (*map)[key] = value;
 }
 
 void* kor_string_map_get(kor_string_map* map, const char* key) {
     record(channel::lookup, "map_get \"%s\"", key);
     if (!map) return nullptr;
-    const auto found = map->entries.find(key);
-    return found == map->entries.end() ? nullptr : found->second;
+    const auto found = map->find(key);
+    return found == map->end() ? nullptr : found->second;
 }
 
 void kor_string_map_traverse(kor_string_map* map, kor_string_map_callback callback, void* user, int zero) {
     record(channel::map, "map_traverse %d", zero);
     if (!map) return fault("a null map cannot be walked");
-    for (const auto& [key, value] : map->entries)
+    for (const auto& [key, value] : *map)
         if (callback(key.c_str(), value, user)) break;
 }
 
 void kor_string_map_destroy(kor_string_map* map, kor_string_map_callback callback, void* user) {
     record(channel::map, "map_destroy");
     if (!map || !callback) return fault("a map is destroyed with a callback for each entry");
-    for (const auto& [key, value] : map->entries)
+    for (const auto& [key, value] : *map)
         callback(key.c_str(), value, user);
     delete map;
     --host().live_maps;

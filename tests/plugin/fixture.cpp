@@ -6,7 +6,6 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 namespace {
 
@@ -140,12 +139,16 @@ void plugin_test::show(control& shown, const char* name) {
     shown.render();
 }
 
-lines listing(const char* text) {
+lines text_lines(const std::string& file, const std::string& tags, const std::map<char, std::string>& words) {
+    std::ifstream text(PLUGIN_TEXTS "/" + file);
     lines result;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) {
-        const size_t start = line.find_first_not_of(' ');
-        if (start != std::string::npos) result.push_back(line.substr(start));
+    for (std::string line; std::getline(text, line);) {
+        bool wanted = !line.empty() && line[0] != '#';
+        for (; line[0] == '['; line.erase(0, line.find_first_of("] ") + 1))
+            wanted = wanted && tags.find(line.substr(0, line.find(']') + 1)) != std::string::npos;
+        for (size_t at; (at = line.find('$')) != std::string::npos;)
+            line.replace(at, 2, words.at(line[at + 1]));
+        if (wanted) result.push_back(line.substr(line.find_first_not_of(' ')));
     }
     return result;
 }

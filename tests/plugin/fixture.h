@@ -8,6 +8,7 @@
 #include "plugin/fake_kora.h"
 
 #include <gtest/gtest.h>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -68,8 +69,10 @@ class plugin_test : public testing::Test {
     std::string folder;
 };
 
-/* Text to lines without indentation and empty lines. */
-lines listing(const char* text);
+/* The lines of a file in texts/ whose every tag, as "[this]" before it, is in `tags`. "$" and a letter stand
+ * for a word, "#" begins a comment. */
+lines text_lines(const std::string& file, const std::string& tags = "",
+                 const std::map<char, std::string>& words = {});
 /* Compares line by line; "..." in an expected line stands for anything. */
 void expect_lines(const lines& got, const lines& expected, const char* what = "");
 

@@ -3,25 +3,8 @@
 #include "plugin/fixture.h"
 
 #include <algorithm>
-#include <fstream>
-#include <map>
 
 namespace {
-
-// The lines of a file in texts/ whose every tag is in `tags`, with `words` for "$" and a letter.
-lines choose(const std::string& file, const std::string& tags, const std::map<char, std::string>& words) {
-    std::ifstream text(PLUGIN_TEXTS "/" + file);
-    lines chosen;
-    for (std::string line; std::getline(text, line);) {
-        bool wanted = !line.empty() && line[0] != '#';
-        for (; line[0] == '['; line.erase(0, line.find_first_of("] ") + 1))
-            wanted = wanted && tags.find(line.substr(0, line.find(']') + 1)) != std::string::npos;
-        for (size_t at; (at = line.find('$')) != std::string::npos;)
-            line.replace(at, 2, words.at(line[at + 1]));
-        if (wanted) chosen.push_back(line.substr(line.find_first_not_of(' ')));
-    }
-    return chosen;
-}
 
 // By number: the attribute's values, and what the names of the programs begin with.
 constexpr const char* shadings[] = {"gouraud", "blinn-phong", "flat"};
@@ -88,7 +71,7 @@ TEST_P(frame, makes_these_calls) {
         lines got = recorded().text({channel::host, channel::gl, channel::map});
         // The image may be given back anywhere after its upload.
         EXPECT_EQ(std::erase(got, "release \".//tex.png\""), when == "[first]" ? 2u : 0u);
-        expect_lines(got, choose("frame_calls.txt", tags + when, {{'c', color}, {'t', texture}}),
+        expect_lines(got, text_lines("frame_calls.txt", tags + when, {{'c', color}, {'t', texture}}),
                      ("calls, " + when).c_str());
         expect_lines(recorded().log(0, 4), {}, "warnings");
         EXPECT_EQ(shown.state().flags, described::defaults_set);
@@ -119,11 +102,11 @@ TEST_P(frame, writes_these_diagnostic_lines) {
                 std::string wanted = tags + when + path.tag;
                 for (int level = 5; level <= threshold; ++level)
                     wanted += print("[%d]", level);
-                const lines expected = choose("frame_trace.txt", wanted,
-                                              {{'s', shadings[number]},
-                                               {'n', std::to_string(number)},
-                                               {'e', path.extensions},
-                                               {'r', path.ranges}});
+                const lines expected = text_lines("frame_trace.txt", wanted,
+                                                  {{'s', shadings[number]},
+                                                   {'n', std::to_string(number)},
+                                                   {'e', path.extensions},
+                                                   {'r', path.ranges}});
                 expect_lines(recorded().text({channel::diag}), expected, wanted.c_str());
             }
         }

@@ -15,21 +15,6 @@ class lifecycle : public plugin_test {
     static size_t scene_objects() { return gl().buffers.size() + gl().textures.size(); }
 };
 
-TEST_F(lifecycle, free_leaves_nothing) {
-    control never_named, never_shown, shown;
-    never_named.release();
-    never_shown.set("filename", "tri.obj");
-    never_shown.release();
-    show(shown);
-    EXPECT_EQ(scene_objects(), 4u);
-    const int maps = host().live_maps;
-    shown.release();
-    EXPECT_EQ(scene_objects(), 0u);
-    EXPECT_EQ(host().live_maps, maps - 1) << "the group map";
-    EXPECT_EQ(recorded().count("glDeleteBuffers 2"), 1);
-    EXPECT_EQ(recorded().count("glDeleteTextures 1"), 2);
-}
-
 TEST_F(lifecycle, another_file_name_frees_the_scene) {
     control shown;
     show(shown);
