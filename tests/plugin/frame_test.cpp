@@ -3,6 +3,7 @@
 #include "plugin/fixture.h"
 
 #include <algorithm>
+#include <sstream>
 
 namespace {
 
@@ -29,27 +30,14 @@ class frame : public plugin_test, public testing::WithParamInterface<setting> {
         if (is("[model]")) shown.set("lighting_mode", "model");
         if (is("[back]")) shown.set("culling_mode", "back");
         shown.set("alpha", 128);
-        constexpr struct {
-            const char* attribute;
-            float value;
-        } values[] = {{"camera_position_x", 1},
-                      {"camera_position_y", 2},
-                      {"camera_position_z", 9},
-                      {"light_internal_intensity", 0.8f},
-                      {"control_ambient", 0.3f},
-                      {"control_lightness", 0.5f},
-                      {"azimuth", 10},
-                      {"elevation", 20},
-                      {"model_position_x", 0.5f},
-                      {"model_position_y", 0.25f},
-                      {"model_position_z", 0.125f},
-                      {"model_orientation_phi", 60},
-                      {"light_internal_azimuth", 60},
-                      {"light_internal_elevation", 30},
-                      {"model_orientation_theta", 90},
-                      {"model_orientation_psi", 180}};
-        for (const auto& v : values)
-            shown.set(v.attribute, v.value);
+        std::istringstream values(
+            "camera_position_x 1 camera_position_y 2 camera_position_z 9 azimuth 10 elevation 20 "
+            "model_position_x 0.5 model_position_y 0.25 model_position_z 0.125 model_orientation_phi 60 "
+            "model_orientation_theta 90 model_orientation_psi 180 light_internal_azimuth 60 "
+            "light_internal_elevation 30 light_internal_intensity 0.8 control_ambient 0.3 control_lightness "
+            "0.5");
+        for (std::string attribute, value; values >> attribute >> value;)
+            shown.set(attribute, std::stof(value));
     }
     // The first frame of a control, or a later one, recorded from a clean trace.
     void draw(control& shown, const std::string& when) {
