@@ -24,8 +24,6 @@ class bindings : public plugin_test {
         write("t.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
     }
     static lines log() { return recorded().log(0, 9); }
-    const lines begin = {"9 null model3d: control initiated dirty check",
-                         "8 null model3d: checking for dirty deformers"};
 };
 
 TEST_F(bindings, unnamed_groups_are_not_registered) {
@@ -40,7 +38,7 @@ TEST_F(bindings, unnamed_groups_are_not_registered) {
 TEST_F(bindings, a_dirty_check_without_a_model_only_says_so) {
     control c;
     c.dirty();
-    c.set(id_filename, "missing.obj");
+    c.set("filename", "missing.obj");
     c.render();
     recorded().clear();
     c.dirty();
@@ -63,83 +61,34 @@ TEST_F(bindings, no_number_is_news_once) {
 }
 
 TEST_F(bindings, every_key_moves_its_own_value) {
-    const struct {
-        const char* key;
-        size_t place; // among rotation, translation, scaling
-        float value, expected;
-    } cases[] = {{"RX", 0, 90, 1.570795f},
-                 {"RY", 1, 45, 45 / 180.0f * 3.14159f},
-                 {"RZ", 2, -30, -30 / 180.0f * 3.14159f},
-                 {"TX", 3, 4, 4},
-                 {"TY", 4, 5, 5},
-                 {"TZ", 5, 6, 6},
-                 {"SX", 6, 2, 2},
-                 {"SY", 7, 3, 3},
-                 {"SZ", 8, 0.5f, 0.5f}};
     init("diag=9");
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.key);
-        host().values.clear();
-        control shown;
-        show(shown, "t.obj");
-        name_root(shown);
-        const int32_t before = shown.dirty_count();
-        host().values[std::string("ctl.door_") + c.key] = c.value;
+    control shown;
+    show(shown, "t.obj");
+    name_root(shown);
+    int32_t count = shown.dirty_count();
+    const auto check = [&](const char* tag, uint32_t flags) {
+        SCOPED_TRACE(tag);
+        recorded().clear();
         shown.dirty();
-        const float* deformers = shown.state().scene.root.rotation;
-        for (size_t i = 0; i < 9; ++i)
-            EXPECT_EQ(get<float>(deformers, i * 4), i == c.place ? c.expected : i < 6 ? 0 : 1) << i;
-        EXPECT_EQ(shown.dirty_count(), before + 1);
-        EXPECT_EQ(shown.state().flags,
-                  described::defaults_set | described::updated | described::dirty_deformer);
-
-        lines asked, trace, host_lines = begin;
-        for (const auto& k : cases) {
-            const std::string name = print("door_%s", k.key);
-            asked.push_back(print("data_get \"ctl.%s\" 0", name.c_str()));
-            const std::string retrieving = print("retrieving data for key: %s using data manager key: ctl.%s",
-                                                 name.c_str(), name.c_str());
-            // Plain values announce themselves to the host's log, angles to the diagnostic log.
-            if (k.place < 3)
-                trace.push_back("... " + retrieving);
-            else
-                host_lines.push_back("8 ... " + retrieving);
-            if (&k - cases != &c - cases) {
-                trace.push_back(print("... no value for data manager value with key ctl.%s", name.c_str()));
-                continue;
-            }
-            trace.push_back(print("... found value for data manager key ctl.%s", name.c_str()));
-            const bool angle = k.place < 3;
-            trace.push_back(print("... found updated %sdata for key: %s, value: %.4f%s",
-                                  angle ? "angle " : "", name.c_str(), static_cast<double>(c.expected),
-                                  angle ? " radians" : ""));
-        }
-        host_lines.push_back("9 null model3d: found dirty deformer, marking rext dirty");
-        expect_lines(recorded().text({channel::host}), asked);
-        // The key lines may name the key as asked for or as the data manager knows it.
-        lines got = recorded().text({channel::diag});
-        for (std::string& l : got)
-            if (l.find("found updated") != std::string::npos && l.find(" ctl.door") != std::string::npos)
-                l.erase(l.find(" ctl.door") + 1, 4);
-        expect_lines(got, trace);
-        expect_lines(log(), host_lines);
-
-        recorded().clear();
-        shown.dirty(); // not drawn yet: nothing is read again
-        expect_lines(log(), {"9 null model3d: control initiated dirty check"});
-        expect_lines(recorded().text({channel::host}), {});
-        EXPECT_EQ(shown.dirty_count(), before + 1);
-
-        shown.render();
-        EXPECT_EQ(shown.state().flags, described::defaults_set);
-
-        recorded().clear();
-        const int32_t drawn = shown.dirty_count();
-        shown.dirty(); // the same value again
-        EXPECT_EQ(shown.dirty_count(), drawn);
-        EXPECT_EQ(shown.state().flags, described::defaults_set);
-        EXPECT_EQ(log().back(), "9 null model3d: found no dirty deformers, clearing UPDATED flag");
-    }
+        expect_lines(recorded().text({channel::host, channel::log, channel::diag}),
+                     text_lines("bindings.txt", tag), tag);
+        EXPECT_EQ(shown.dirty_count(), count);
+        EXPECT_EQ(shown.state().flags, described::defaults_set | flags);
+    };
+    check("[empty]", 0);
+    host().values = {{"ctl.door_RX", 90}, {"ctl.door_RY", 45}, {"ctl.door_RZ", -30},
+                     {"ctl.door_TX", 4},  {"ctl.door_TY", 5},  {"ctl.door_TZ", 6},
+                     {"ctl.door_SX", 2},  {"ctl.door_SY", 3},  {"ctl.door_SZ", 0.5f}};
+    ++count;
+    check("[new]", described::updated | described::dirty_deformer);
+    const float* values = shown.state().scene.root.rotation; // translation and scaling follow
+    EXPECT_EQ(std::vector(values, values + 9),
+              (std::vector{1.570795f, 45 / 180.0f * 3.14159f, -30 / 180.0f * 3.14159f, 4.0f, 5.0f, 6.0f, 2.0f,
+                           3.0f, 0.5f}));
+    check("[undrawn]", described::updated | described::dirty_deformer);
+    shown.render();
+    EXPECT_EQ(shown.state().flags, described::defaults_set);
+    check("[same]", 0);
 }
 
 TEST_F(bindings, configuration_chooses_what_the_groups_start_from) {
@@ -155,23 +104,19 @@ TEST_F(bindings, configuration_chooses_what_the_groups_start_from) {
     std::copy_n(values.begin(), 3, root.bind_rotation);
     std::copy_n(values.begin() + 3, 3, root.bind_translation);
     std::copy_n(values.begin() + 6, 3, root.bind_scaling);
-    const auto deformers = [&root] {
-        std::vector<float> all(root.rotation, root.rotation + 3);
-        all.insert(all.end(), root.translation, root.translation + 3);
-        all.insert(all.end(), root.scaling, root.scaling + 3);
-        return all;
-    };
+    const float* const first = root.rotation; // translation and scaling follow
+    const auto deformers = [first] { return std::vector(first, first + 9); };
     for (const auto& [ignore, zero] : {std::pair{0, 0}, {1, 0}, {0, 1}, {1, 1}, {5, 0}}) {
         SCOPED_TRACE(print("ignore %d zero %d", ignore, zero));
-        shown.set(id_ignore_bind, ignore);
-        shown.set(id_zero_deformers, zero);
+        shown.set("ignore_bind_transforms", ignore);
+        shown.set("zero_deformers", zero);
         shown.render();
         EXPECT_EQ(std::vector(root.transform, root.transform + 16), ignore ? identity : bind);
         EXPECT_EQ(deformers(), zero ? none : values);
     }
     host().values["ctl.door_TY"] = 11; // read again with every new configuration
-    shown.set(id_zero_deformers, 1);
-    shown.set(id_ignore_bind, 1);
+    shown.set("zero_deformers", 1);
+    shown.set("ignore_bind_transforms", 1);
     shown.render();
     EXPECT_EQ(deformers(), (std::vector<float>{0, 0, 0, 0, 11, 0, 1, 1, 1}));
     EXPECT_EQ(gl().named("gouraud_color").find("model_local")->value,
@@ -267,7 +212,7 @@ TEST_F(bindings, keys_follow_the_groups_of_a_scene_file) {
     shown.copy_to(copy);       // shares nothing with it
     copy.render();
     check(copy, {"car", "door", "lid"});
-    shown.set(id_filename, (folder + "/b.qel").c_str());
+    shown.set("filename", (folder + "/b.qel").c_str());
     shown.render();
     check(shown, {"boat", "sail"});
 }

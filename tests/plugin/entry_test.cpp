@@ -23,20 +23,21 @@ constexpr const char* attributes =
     "4s1:ignore_bind_transforms 4s1:zero_deformers 4f1:camera_clip_near 4f1:camera_clip_far";
 
 TEST_F(entry, fills_the_plugin_record) {
-    unsigned char record[sizeof(plugin_record) + 8];
-    std::memset(record, 0xEE, sizeof record);
-    EXPECT_EQ(PLUGIN(kora_plugin_create)(reinterpret_cast<plugin_record*>(record)), 0);
-
-    const size_t word = sizeof(void*);
-    char* name = get<char*>(record, 0);
-    EXPECT_STREQ(name, "model3d");
-    EXPECT_EQ(get<void*>(record, word), nullptr);
-    EXPECT_EQ(get<void*>(record, 2 * word), plugin_symbol("rext_model3d_init"));
-    EXPECT_EQ(get<void*>(record, 3 * word), plugin_symbol("rext_model3d_fini"));
+    struct {
+        plugin_record record;
+        unsigned char beyond;
+    } given;
+    std::memset(&given, 0xEE, sizeof given);
+    const plugin_record& record = given.record;
+    EXPECT_EQ(PLUGIN(kora_plugin_create)(&given.record), 0);
+    EXPECT_STREQ(record.name, "model3d");
+    EXPECT_EQ(record.reserved, nullptr);
+    EXPECT_EQ(record.init, PLUGIN(rext_model3d_init));
+    EXPECT_EQ(record.fini, PLUGIN(rext_model3d_fini));
     const unsigned char constants[] = {4, 0, 2, 0, 1, 0, 0x4C, 0x54};
-    EXPECT_EQ(std::memcmp(record + 4 * word, constants, sizeof constants), 0);
-    EXPECT_EQ(record[4 * word + sizeof constants], 0xEE) << "written beyond the record";
-    std::free(name); // must be a block of its own
+    EXPECT_EQ(std::memcmp(record.constants, constants, sizeof constants), 0);
+    EXPECT_EQ(given.beyond, 0xEE) << "written beyond the record";
+    std::free(record.name); // must be a block of its own
     PLUGIN(rext_model3d_fini)();
 }
 

@@ -176,8 +176,8 @@ DRIVER void glLinkProgram(GLuint program) {
     for (const GLuint shader : p.shaders) {
         const gl_shader& s = gl().shaders.at(shader);
         if (s.compiled) stages.insert(s.type);
-        for (const glsl_uniform& u : glsl_uniforms(s.source))
-            if (!p.find(u.name)) p.uniforms.push_back({u.name, u.type, {}, 0});
+        for (const gl_uniform& u : glsl_uniforms(s.source))
+            if (!p.find(u.name)) p.uniforms.push_back(u);
     }
     p.linked = stages.size() == 2 && !fails("link");
 }

@@ -7,7 +7,6 @@
 #ifndef TESTS_PLUGIN_FAKE_GLES_H
 #define TESTS_PLUGIN_FAKE_GLES_H
 
-#include "plugin/glsl_uniforms.h"
 #include "plugin/trace.h"
 
 #include <GLES2/gl2.h>

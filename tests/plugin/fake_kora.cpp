@@ -1,11 +1,10 @@
 #include "plugin/fake_kora.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdlib>
 
-struct kor_string_map {
-    std::map<std::string, void*> entries;
-};
+struct kor_string_map : std::map<std::string, void*> {};
 
 namespace {
 
@@ -17,30 +16,34 @@ struct {
     uint64_t clock;
 } pool;
 
-// Records are poison where nothing is documented.
-struct record_memory {
-    alignas(16) char bytes[512];
-    record_memory() { std::memset(bytes, 0xA5, sizeof bytes); }
-};
-record_memory app, services, data, renderext, events, graphics, resources, canvas;
+app_record app;
+app_services services;
+data_manager data;
+renderext_manager renderext;
+event_manager events;
+graphics_manager graphics;
+resource_manager resources;
+render_canvas canvas;
 
 void unused_slot() {
     fault("a slot that the interface does not use was called");
 }
 
-void fill_slots(record_memory& table) {
-    for (size_t i = 0; i < sizeof table.bytes / sizeof(void*); ++i)
-        put(&table, i * sizeof(void*), &unused_slot);
+template <class... T> void fill_slots(T&... tables) {
+    kora_slot slots[64];
+    static_assert((... && (sizeof(T) <= sizeof slots)));
+    std::fill(std::begin(slots), std::end(slots), &unused_slot);
+    (std::memcpy(&tables, slots, sizeof tables), ...);
 }
 
-void check_service(const void* self, const record_memory& expected, const char* operation) {
-    if (self != &expected) fault("%s: the first argument is not the service", operation);
+void check_service(const void* self, const void* expected, const char* operation) {
+    if (self != expected) fault("%s: the first argument is not the service", operation);
 }
 // A line for a service's function, after a look at its first argument.
-#define HOST_CALL(service, ...) (check_service(self, service, __func__), record(channel::host, __VA_ARGS__))
+#define HOST_CALL(service, ...) (check_service(self, &service, __func__), record(channel::host, __VA_ARGS__))
 
 const char* app_name(const app_record* given) {
-    if (given && static_cast<const void*>(given) != &app) fault("a log call with an unknown app record");
+    if (given && given != &app) fault("a log call with an unknown app record");
     return given ? "app" : "null";
 }
 
@@ -92,7 +95,7 @@ kora_reference* image_reference(const char* name) {
 }
 
 kora_reference* get_reference(resource_manager* self, const char* type, const char* name, ...) {
-    check_service(self, resources, __func__);
+    check_service(self, &resources, __func__);
     va_list args;
     va_start(args, name);
     kora_reference* reference = nullptr;
@@ -129,7 +132,7 @@ void discard_shader(const std::string& name) {
 }
 
 int release_reference(resource_manager* self, kora_reference* reference) {
-    check_service(self, resources, __func__);
+    check_service(self, &resources, __func__);
     const std::string name = reference_name(reference, "release");
     if (name.empty()) return 0;
     record(channel::host, "release \"%s\"", name.substr(name.find(' ') + 1).c_str());
@@ -148,8 +151,7 @@ void* get_data(resource_manager* self, kora_reference* reference) {
         return image.data ? &image : nullptr;
     }
     if (name.empty() || host().without_data.contains(name.substr(7))) return nullptr;
-    void* const program = get<void*>(reference, sizeof(void*));
-    return program && host().other_record ? host().other_record(program) : program;
+    return reference->data && host().other_record ? host().other_record(reference->data) : reference->data;
 }
 
 char* resolve_path(resource_manager* self, const char* name) {
@@ -161,16 +163,16 @@ char* resolve_path(resource_manager* self, const char* name) {
 int describe_image(graphics_manager* self, void* object, int one, image_info* info, size_t size) {
     const auto* image = static_cast<const host_image*>(object);
     HOST_CALL(graphics, "describe_image %d %d", one, static_cast<int>(size));
-    if (size != HOST_OFFSET(image_info, pixels, 32) + sizeof(void*)) fault("wrong size of an image_info");
+    if (size != sizeof *info) fault("wrong size of an image_info");
     if (host().silent.contains("describe_image")) return 0;
-    std::memset(static_cast<void*>(info), 0xA5, size);
-    put(info, HOST_OFFSET(image_info, texture, 0), image->texture);
-    put(info, HOST_OFFSET(image_info, image_width, 4), image->width);
-    put(info, HOST_OFFSET(image_info, image_height, 8), image->height);
-    put(info, HOST_OFFSET(image_info, buffer_width, 12), image->buffer_width);
-    put(info, HOST_OFFSET(image_info, buffer_height, 16), image->buffer_height);
-    put(info, HOST_OFFSET(image_info, bytes_per_pixel, 28), image->bytes_per_pixel);
-    put(info, HOST_OFFSET(image_info, pixels, 32), image->pixels.empty() ? nullptr : image->pixels.data());
+    std::memset(info, 0xA5, sizeof *info);
+    info->texture = image->texture;
+    info->image_width = image->width;
+    info->image_height = image->height;
+    info->buffer_width = image->buffer_width;
+    info->buffer_height = image->buffer_height;
+    info->bytes_per_pixel = image->bytes_per_pixel;
+    info->pixels = image->pixels.empty() ? nullptr : image->pixels.data();
     return 0; // not a sign of success
 }
 
@@ -205,33 +207,27 @@ void timing_hook(app_record* given, const char* category, const char* phase, con
            static_cast<long long>(elapsed));
 }
 
-void offer_services() {
-    const auto unless_absent = [](const char* name, record_memory& table) {
-        return host().absent.contains(name) ? nullptr : &table;
-    };
-    put(&services, HOST_OFFSET(app_services, data, 4), unless_absent("data", data));
-    put(&services, HOST_OFFSET(app_services, renderext, 8), unless_absent("renderext", renderext));
-    put(&services, HOST_OFFSET(app_services, event, 12), unless_absent("event", events));
-    put(&services, HOST_OFFSET(app_services, graphics, 20), unless_absent("graphics", graphics));
-    put(&services, HOST_OFFSET(app_services, resource, 24), unless_absent("resource", resources));
+template <class T> T* unless_absent(const char* name, T& service) {
+    return host().absent.contains(name) ? nullptr : &service;
 }
 
 void build_records() {
-    for (record_memory* table : {&data, &renderext, &events, &graphics, &resources, &canvas})
-        fill_slots(*table);
-    put(&app, HOST_OFFSET(app_record, services, 36), &services);
-    put(&data, HOST_OFFSET(data_manager, get, 24), &data_get);
-    put(&renderext, HOST_OFFSET(renderext_manager, register_extension, 16), &register_extension);
-    put(&events, HOST_OFFSET(event_manager, add_listener, 12), &add_listener);
-    put(&resources, HOST_OFFSET(resource_manager, create_pool, 12), &create_pool);
-    put(&resources, HOST_OFFSET(resource_manager, get_reference, 16), &get_reference);
-    put(&resources, HOST_OFFSET(resource_manager, release, 20), &release_reference);
-    put(&resources, HOST_OFFSET(resource_manager, get_data, 28), &get_data);
-    put(&resources, HOST_OFFSET(resource_manager, resolve_path, 36), &resolve_path);
-    put(&graphics, HOST_OFFSET(graphics_manager, describe_image, 168), &describe_image);
-    put(&canvas, HOST_OFFSET(render_canvas, get_origin, 124), &get_origin);
-    put(&canvas, HOST_OFFSET(render_canvas, find_service, 188), &find_service);
-    put(&canvas, HOST_OFFSET(render_canvas, is_surface, 204), &is_surface);
+    std::memset(&app, 0xA5, sizeof app);
+    std::memset(&services, 0xA5, sizeof services);
+    fill_slots(data, renderext, events, graphics, resources, canvas);
+    app.services = &services;
+    data.get = data_get;
+    renderext.register_extension = register_extension;
+    events.add_listener = add_listener;
+    graphics.describe_image = describe_image;
+    resources.create_pool = create_pool;
+    resources.get_reference = get_reference;
+    resources.release = release_reference;
+    resources.get_data = get_data;
+    resources.resolve_path = resolve_path;
+    canvas.get_origin = get_origin;
+    canvas.find_service = find_service;
+    canvas.is_surface = is_surface;
 }
 
 } // namespace
@@ -251,25 +247,29 @@ void host_reset() {
 }
 
 app_record* host_app() {
-    offer_services();
-    put(&app, HOST_OFFSET(app_record, timing_hook, 116), host().timing ? &timing_hook : nullptr);
-    return reinterpret_cast<app_record*>(&app);
+    services.data = unless_absent("data", data);
+    services.renderext = unless_absent("renderext", renderext);
+    services.event = unless_absent("event", events);
+    services.graphics = unless_absent("graphics", graphics);
+    services.resource = unless_absent("resource", resources);
+    app.timing_hook = host().timing ? timing_hook : nullptr;
+    return &app;
 }
 
 render_canvas* host_canvas() {
-    return reinterpret_cast<render_canvas*>(&canvas);
+    return &canvas;
 }
 
 kora_reference* host_get_shader(const char* name, const void* description) {
-    return get_reference(reinterpret_cast<resource_manager*>(&resources), "shader", name, description);
+    return get_reference(&resources, "shader", name, description);
 }
 
 void* host_get_data(kora_reference* reference) {
-    return get_data(reinterpret_cast<resource_manager*>(&resources), reference);
+    return get_data(&resources, reference);
 }
 
 void host_release(kora_reference* reference) {
-    release_reference(reinterpret_cast<resource_manager*>(&resources), reference);
+    release_reference(&resources, reference);
 }
 
 void host_purge_shaders() {
@@ -297,19 +297,18 @@ void kora_app_vlog(app_record* given, int level, const char* format, va_list arg
 void kora_app_log(app_record* given, int level, const char* format, ...) {
     va_list args;
     va_start(args, format);
-    record(channel::log, "%d %s %s", level, app_name(given), vprint(format, args).c_str());
+    kora_app_vlog(given, level, format, args);
     va_end(args);
 }
 
 void kor_renderext_common_parse(int32_t id, const void* value, renderext_instance* rext) {
     record(channel::host, "common_parse %d", id);
-    if (id == 9 && value) put(rext, HOST_OFFSET(renderext_instance, alpha, 8), get<uint32_t>(value, 0));
+    if (id == 9 && value) rext->alpha = get<uint32_t>(value, 0);
 }
 
 void kor_rect_to_size(const kor_rect* rect, kor_size* size) {
     record(channel::host, "rect_to_size");
-    put(size, 0, get<int32_t>(rect, 8) - get<int32_t>(rect, 0));
-    put(size, 4, get<int32_t>(rect, 12) - get<int32_t>(rect, 4));
+    *size = {rect->x2 - rect->x1, rect->y2 - rect->y1};
 }
 
 uint64_t kor_snapshot_time(void) {
@@ -333,27 +332,27 @@ kor_string_map* kor_string_map_create(int32_t initial_size) {
 void kor_string_map_set(kor_string_map* map, const char* key, void* value) {
     record(channel::map, "map_set \"%s\"", key);
     // Nothing is kept under an empty key.
-    if (map && *key && !host().silent.contains("string_map_set")) map->entries[key] = value;
+    if (map && *key && !host().silent.contains("string_map_set")) (*map)[key] = value;
 }
 
 void* kor_string_map_get(kor_string_map* map, const char* key) {
     record(channel::lookup, "map_get \"%s\"", key);
     if (!map) return nullptr;
-    const auto found = map->entries.find(key);
-    return found == map->entries.end() ? nullptr : found->second;
+    const auto found = map->find(key);
+    return found == map->end() ? nullptr : found->second;
 }
 
 void kor_string_map_traverse(kor_string_map* map, kor_string_map_callback callback, void* user, int zero) {
     record(channel::map, "map_traverse %d", zero);
     if (!map) return fault("a null map cannot be walked");
-    for (const auto& [key, value] : map->entries)
+    for (const auto& [key, value] : *map)
         if (callback(key.c_str(), value, user)) break;
 }
 
 void kor_string_map_destroy(kor_string_map* map, kor_string_map_callback callback, void* user) {
     record(channel::map, "map_destroy");
     if (!map || !callback) return fault("a map is destroyed with a callback for each entry");
-    for (const auto& [key, value] : map->entries)
+    for (const auto& [key, value] : *map)
         callback(key.c_str(), value, user);
     delete map;
     --host().live_maps;

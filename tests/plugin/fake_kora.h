@@ -1,8 +1,6 @@
-/* A recording host: libkora.so made of byte offsets, knowing nothing of the real one.
+/* A recording host: a libkora.so of its own on the records of kora/kora.h.
  *
- * Where pointers are 4 bytes the host's documented offsets are used as plain numbers; elsewhere the
- * offsets of the structs in kora/kora.h. Every byte the plug-in has no business reading is poison,
- * every slot it may not call records a fault.
+ * Every byte the plug-in has no business reading is poison, every slot it may not call records a fault.
  */
 #ifndef TESTS_PLUGIN_FAKE_KORA_H
 #define TESTS_PLUGIN_FAKE_KORA_H
@@ -16,14 +14,9 @@
 #include <string>
 #include <vector>
 
-#define HOST_OFFSET(record, field, offset32) (sizeof(void*) == 4 ? size_t{offset32} : offsetof(record, field))
-
-template <class T> void put(void* record, size_t offset, T value) {
-    std::memcpy(static_cast<char*>(record) + offset, &value, sizeof value);
-}
-template <class T> T get(const void* record, size_t offset) {
+template <class T> T get(const void* memory, size_t offset) {
     T value;
-    std::memcpy(&value, static_cast<const char*>(record) + offset, sizeof value);
+    std::memcpy(&value, static_cast<const char*>(memory) + offset, sizeof value);
     return value;
 }
 

@@ -6,7 +6,6 @@
 #include <dlfcn.h>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 namespace {
 
@@ -34,51 +33,49 @@ void* plugin_symbol(const char* name) {
 }
 
 control::control() : state_memory(new char[extension()->state_size]()) {
-    std::memset(instance_memory, 0xA5, sizeof instance_memory);
-    std::memset(record_memory, 0xA5, sizeof record_memory);
-    put(instance_memory, HOST_OFFSET(renderext_instance, alpha, 8), uint32_t{255});
-    put(instance_memory, HOST_OFFSET(renderext_instance, dirty_count, 32), int32_t{0});
-    put(instance_memory, HOST_OFFSET(renderext_instance, state, 68), state_memory.get());
-    put(instance_memory, HOST_OFFSET(renderext_instance, control, 76), &record_memory);
-    put(record_memory, HOST_OFFSET(control_record, app, 128), host_app());
-    rectangle(10, 20, 210, 120);
+    std::memset(&rext, 0xA5, sizeof rext);
+    std::memset(&record, 0xA5, sizeof record);
+    rext.alpha = 255;
+    rext.dirty_count = 0;
+    rext.state = state_memory.get();
+    rext.control = &record;
+    record.rect = {10, 20, 210, 120};
+    record.app = host_app();
 }
 
-void control::rectangle(int32_t x1, int32_t y1, int32_t x2, int32_t y2) {
-    const int32_t edges[] = {x1, y1, x2, y2};
-    std::memcpy(record_memory + HOST_OFFSET(control_record, rect, 64), edges, sizeof edges);
+int control::id_of(const std::string& attribute) {
+    const renderext_arg* arg = extension()->args;
+    while (arg->name && arg->name != attribute)
+        ++arg;
+    EXPECT_NE(arg->name, nullptr) << attribute;
+    return arg->id;
 }
 
-void control::set(int id, const void* value) {
-    extension()->parse(id, value, instance());
+void control::parse(int id, const void* value) {
+    extension()->parse(id, value, &rext);
 }
 
 void control::realize() {
-    void* context[] = {nullptr, host_app()};
-    EXPECT_EQ(extension()->realize(reinterpret_cast<realize_context*>(context), nullptr, instance()), 0);
+    realize_context context = {nullptr, host_app()};
+    EXPECT_EQ(extension()->realize(&context, nullptr, &rext), 0);
 }
 
 void control::render() {
     host_app(); // installs the timing hook as set
-    EXPECT_EQ(
-        extension()->render(host_canvas(), reinterpret_cast<control_record*>(record_memory), instance()), 0);
+    EXPECT_EQ(extension()->render(host_canvas(), &record, &rext), 0);
 }
 
 void control::dirty() {
-    EXPECT_EQ(extension()->dirty(nullptr, nullptr, instance()), 0);
+    EXPECT_EQ(extension()->dirty(nullptr, nullptr, &rext), 0);
 }
 void control::copy_to(control& other) {
-    EXPECT_EQ(extension()->copy(other.instance(), instance()), 0);
+    EXPECT_EQ(extension()->copy(&other.rext, &rext), 0);
 }
 
 void control::release() {
     if (!live) return;
     live = false;
-    EXPECT_EQ(extension()->free(instance()), 0);
-}
-
-int32_t control::dirty_count() const {
-    return get<int32_t>(instance_memory, HOST_OFFSET(renderext_instance, dirty_count, 32));
+    EXPECT_EQ(extension()->free(&rext), 0);
 }
 
 described::state& control::state() {
@@ -136,18 +133,22 @@ void plugin_test::write_three_triangles() {
 }
 
 void plugin_test::show(control& shown, const char* name) {
-    shown.set(id_filename, name);
-    shown.set(id_fov, 60.0f);
+    shown.set("filename", name);
+    shown.set("camera_field_of_view", 60.0f);
     recorded().clear();
     shown.render();
 }
 
-lines listing(const char* text) {
+lines text_lines(const std::string& file, const std::string& tags, const std::map<char, std::string>& words) {
+    std::ifstream text(PLUGIN_TEXTS "/" + file);
     lines result;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) {
-        const size_t start = line.find_first_not_of(' ');
-        if (start != std::string::npos) result.push_back(line.substr(start));
+    for (std::string line; std::getline(text, line);) {
+        bool wanted = !line.empty() && line[0] != '#';
+        for (; line[0] == '['; line.erase(0, line.find_first_of("] ") + 1))
+            wanted = wanted && tags.find(line.substr(0, line.find(']') + 1)) != std::string::npos;
+        for (size_t at; (at = line.find('$')) != std::string::npos;)
+            line.replace(at, 2, words.at(line[at + 1]));
+        if (wanted) result.push_back(line.substr(line.find_first_not_of(' ')));
     }
     return result;
 }

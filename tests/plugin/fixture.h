@@ -8,6 +8,7 @@
 #include "plugin/fake_kora.h"
 
 #include <gtest/gtest.h>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,24 +29,25 @@ class control {
     ~control() { release(); }
     control(const control&) = delete;
 
-    void set(int id, const void* value);
-    void set(int id, float value) { set(id, static_cast<const void*>(&value)); }
-    void set(int id, int32_t value) { set(id, static_cast<const void*>(&value)); }
-    void set(int id, const char* value) { set(id, static_cast<const void*>(value)); }
-    void rectangle(int32_t x1, int32_t y1, int32_t x2, int32_t y2);
+    void parse(int id, const void* value);
+    void set(const std::string& attribute, float value) { parse(id_of(attribute), &value); }
+    void set(const std::string& attribute, int32_t value) { parse(id_of(attribute), &value); }
+    void set(const std::string& attribute, const char* value) { parse(id_of(attribute), value); }
     void realize();
     void render();
     void dirty();
     void copy_to(control& other);
     void release(); // the extension's free, once
 
-    int32_t dirty_count() const;
+    int32_t dirty_count() const { return rext.dirty_count; }
     described::state& state();
-    renderext_instance* instance() { return reinterpret_cast<renderext_instance*>(instance_memory); }
+    const renderext_instance* instance() const { return &rext; }
 
   private:
-    alignas(16) char instance_memory[160];
-    alignas(16) char record_memory[320];
+    static int id_of(const std::string& attribute);
+
+    renderext_instance rext;
+    control_record record;
     std::unique_ptr<char[]> state_memory;
     bool live = true;
 };
@@ -67,39 +69,10 @@ class plugin_test : public testing::Test {
     std::string folder;
 };
 
-/* Ids of the attribute table. */
-enum {
-    id_alpha = 9,
-    id_filename = 12,
-    id_camera_x,
-    id_camera_y,
-    id_camera_z,
-    id_azimuth,
-    id_elevation,
-    id_fov,
-    id_model_x,
-    id_model_y,
-    id_model_z,
-    id_phi,
-    id_theta,
-    id_psi,
-    id_light_azimuth,
-    id_light_elevation,
-    id_light_intensity,
-    id_shading,
-    id_lighting,
-    id_camera_mode,
-    id_ambient,
-    id_lightness,
-    id_culling,
-    id_ignore_bind,
-    id_zero_deformers,
-    id_clip_near,
-    id_clip_far,
-};
-
-/* Text to lines without indentation and empty lines. */
-lines listing(const char* text);
+/* The lines of a file in texts/ whose every tag, as "[this]" before it, is in `tags`. "$" and a letter stand
+ * for a word, "#" begins a comment. */
+lines text_lines(const std::string& file, const std::string& tags = "",
+                 const std::map<char, std::string>& words = {});
 /* Compares line by line; "..." in an expected line stands for anything. */
 void expect_lines(const lines& got, const lines& expected, const char* what = "");
 

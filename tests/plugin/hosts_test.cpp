@@ -62,7 +62,7 @@ TEST_F(hosts, may_lack_anything_for_a_while) {
         host().silent.clear();
         gl().draws.clear();
         if (c.draws > 0 && !c.absent.empty())
-            shown.set(id_filename, "again.obj"), shown.set(id_filename, "tri.obj");
+            shown.set("filename", "again.obj"), shown.set("filename", "tri.obj");
         recorded().clear();
         shown.render();
         expect_lines(recorded().log(0, 4), {});
@@ -115,7 +115,7 @@ TEST_F(hosts, may_keep_program_records_of_their_own) {
         others.clear();
         host().other_record = records[i];
         control shown;
-        shown.set(id_shading, "blinn-phong");
+        shown.set("shading_model", "blinn-phong");
         show(shown);
         shown.render();
         sent[i] = recorded().text({channel::gl, channel::log});

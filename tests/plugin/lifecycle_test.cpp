@@ -15,28 +15,13 @@ class lifecycle : public plugin_test {
     static size_t scene_objects() { return gl().buffers.size() + gl().textures.size(); }
 };
 
-TEST_F(lifecycle, free_leaves_nothing) {
-    control never_named, never_shown, shown;
-    never_named.release();
-    never_shown.set(id_filename, "tri.obj");
-    never_shown.release();
-    show(shown);
-    EXPECT_EQ(scene_objects(), 4u);
-    const int maps = host().live_maps;
-    shown.release();
-    EXPECT_EQ(scene_objects(), 0u);
-    EXPECT_EQ(host().live_maps, maps - 1) << "the group map";
-    EXPECT_EQ(recorded().count("glDeleteBuffers 2"), 1);
-    EXPECT_EQ(recorded().count("glDeleteTextures 1"), 2);
-}
-
 TEST_F(lifecycle, another_file_name_frees_the_scene) {
     control shown;
     show(shown);
-    shown.set(id_filename, "tri.obj");
+    shown.set("filename", "tri.obj");
     EXPECT_EQ(shown.state().loaded, 1);
     EXPECT_EQ(scene_objects(), 4u);
-    shown.set(id_filename, "other.obj");
+    shown.set("filename", "other.obj");
     EXPECT_EQ(shown.state().loaded, 0);
     EXPECT_EQ(scene_objects(), 0u);
     const int maps = host().live_maps;
@@ -144,7 +129,7 @@ void lost_context::follow(const order& o) {
     if (o.then == "presleep") host_fire("kora.presleep");
     if (o.then == "clear") clear_caches();
     if (o.then == "free") other.release();
-    if (o.then == "rename") other.set(id_filename, "other.obj");
+    if (o.then == "rename") other.set("filename", "other.obj");
     gl().draws.clear();
     shown.render();
     ASSERT_EQ(gl().draws.size(), 3u);
@@ -233,10 +218,10 @@ TEST_F(lifecycle, programs_may_be_rebuilt_for_every_frame) {
 
 TEST_F(lifecycle, a_copy_loads_its_own_scene) {
     control source, copy;
-    source.set(id_shading, "flat");
-    source.set(id_azimuth, 30.0f);
-    source.set(id_ignore_bind, 0);
-    source.set(id_clip_far, 77.0f);
+    source.set("shading_model", "flat");
+    source.set("azimuth", 30.0f);
+    source.set("ignore_bind_transforms", 0);
+    source.set("camera_clip_far", 77.0f);
     show(source);
     source.copy_to(copy);
     const described::state &from = source.state(), &to = copy.state();
@@ -291,8 +276,8 @@ TEST_F(lifecycle, copies_onto_themselves_and_onto_loaded_controls) {
 // Two controls share programs, not values: what one sends, the other must send again.
 TEST_F(lifecycle, two_controls_share_the_programs) {
     control a, b;
-    a.set(id_lightness, 0.25f);
-    b.set(id_lightness, 1.0f);
+    a.set("control_lightness", 0.25f);
+    b.set("control_lightness", 1.0f);
     show(a);
     show(b);
     EXPECT_EQ(recorded().count("glCompileShader"), 0);

@@ -67,8 +67,8 @@ class frames : public plugin_test {
             auto quiet = std::make_unique<shortage>(LONG_MAX);
             control shown;
             shown.realize();
-            shown.set(id_filename, model);
-            shown.set(id_zero_deformers, 0);
+            shown.set("filename", model);
+            shown.set("zero_deformers", 0);
             recorded().clear();
             quiet.reset();
             shown.render();
@@ -140,9 +140,9 @@ TEST_F(frames, leave_nothing_behind_in_a_thousand_lives) {
         shown.copy_to(copy);
         copy.render();
         copy.release();
-        shown.set(id_filename, "scene.qel");
+        shown.set("filename", "scene.qel");
         shown.render();
-        shown.set(id_filename, "tri.obj");
+        shown.set("filename", "tri.obj");
         shown.render();
         gl().draws.clear();
         recorded().clear();

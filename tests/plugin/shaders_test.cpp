@@ -31,59 +31,11 @@ TEST_F(shaders, a_built_in_program_is_made_by_these_calls) {
     control shown;
     show(shown);
     lines got;
-    for (const trace::line& l : recorded().lines)
+    for (const trace::line& l : recorded().lines) {
         if (l.nested && l.from != channel::lookup) got.push_back(l.text);
-    const gl_program& second = gl().named("gouraud_texture");
-    const auto start = std::find(got.begin(), got.end(), "glCreateShader VERTEX_SHADER");
-    const auto next = std::find(start + 1, got.end(), "snapshot_time") + 1; // ends the first program
-    lines program(std::find(next, got.end(), "snapshot_time"), got.end());
-    program.erase(std::find(program.begin() + 1, program.end(), "snapshot_time") + 2, program.end());
-
-    lines expected = listing(R"(
-        snapshot_time
-        glCreateShader VERTEX_SHADER
-        glShaderSource 103 1 null
-        glCompileShader 103
-        glGetShaderiv 103 COMPILE_STATUS
-        glCreateShader FRAGMENT_SHADER
-        glShaderSource 104 1 null
-        glCompileShader 104
-        glGetShaderiv 104 COMPILE_STATUS
-        glIsShader 103
-        glIsShader 104
-        glCreateProgram
-        glAttachShader 2 103
-        glAttachShader 2 104
-        glBindAttribLocation 2 0 pos
-        glBindAttribLocation 2 1 normal
-        glBindAttribLocation 2 2 tex
-        glLinkProgram 2
-        glGetProgramiv 2 LINK_STATUS
-        glValidateProgram 2
-        glGetProgramiv 2 VALIDATE_STATUS
-        glIsShader 103
-        glDeleteShader 103
-        glIsShader 104
-        glDeleteShader 104
-        glIsProgram 2
-        glGetProgramiv 2 ACTIVE_UNIFORMS)");
-    const size_t n = second.uniforms.size();
-    size_t longest = 0;
-    for (const gl_uniform& u : second.uniforms)
-        longest = std::max(longest, u.name.size() + 1);
-    expected.push_back(print("map_create %zu", n));
-    expected.push_back("glGetProgramiv 2 ACTIVE_UNIFORM_MAX_LENGTH");
-    expected.push_back("5 app LUMGL: shader=gouraud_texture");
-    for (size_t i = 0; i < n; ++i) {
-        const char* name = second.uniforms[i].name.c_str();
-        expected.push_back(print("glGetActiveUniform 2 %zu %zu", i, longest));
-        expected.push_back(print("glGetUniformLocation 2 %s", name));
-        expected.push_back(print("5 app LUMGL: Uniform: %s=%zu", name, i));
-        expected.push_back(print("map_set \"%s\"", name));
+        if (l.text.starts_with("timing app lum_Image load flat_color")) got.clear(); // the last but one
     }
-    expected.push_back("snapshot_time");
-    expected.push_back("timing app lum_Image load gouraud_texture 4294967303");
-    expect_lines(program, expected);
+    expect_lines(got, text_lines("flat_texture.txt"), "program");
 }
 
 TEST_F(shaders, files_are_read_whole_and_compiled_once) {
@@ -207,52 +159,25 @@ TEST_F(shaders, descriptions_of_every_type) {
     const std::string v = write("v.glsl", vertex), f = write("f.glsl", fragment);
     for (const char* binary : {"lit.shd", "a.shd.shd", "b.shd"})
         write(binary, "binary");
-    const lines unlinked = {"0 app error: could not link program", "0 app 0:1: bad"};
-    const lines lost = {"0 app Unable to open shader: " + folder + "/gone.shd\n", unlinked[0], unlinked[1]};
-    const struct {
-        shader_desc description;
-        const char* resolved; // of a binary
-        lines log;            // before the line that all failures have
-    } cases[] = {
-        {{"no file", SHADER_TYPE_FILE, v.c_str(), "gone", nullptr}, nullptr, {}},
-        {{"lit", SHADER_TYPE_BINARY, nullptr, "lit.frag", nullptr}, "lit.shd", unlinked},
-        {{"twice", SHADER_TYPE_BINARY, "x", "a.frag.frag", nullptr}, "a.shd.shd", unlinked},
-        {{"direct", SHADER_TYPE_BINARY, "x", "b.shd", nullptr}, "b.shd", unlinked},
-        {{"lost", SHADER_TYPE_BINARY, "x", "gone.frag", nullptr}, "gone.shd", lost},
-        {{"odd", 7, "x", "y", nullptr}, nullptr, {}},
-        {{"odd", 3, "x", nullptr, nullptr}, nullptr, {}},
-    };
     host().timing = true;
-    const auto acquire = [this](const char* name, const shader_desc* description) {
-        recorded().clear();
-        host_app();
-        kora_reference* reference = host_get_shader(name, description);
-        EXPECT_EQ(recorded().count("snapshot_time"), description ? 2 : 0);
-        EXPECT_EQ(recorded().count(print("timing app lum_Image load %s 4294967303", name)),
-                  description ? 1 : 0);
-        return reference;
-    };
-    for (const auto& c : cases) {
-        const shader_desc& d = c.description;
-        SCOPED_TRACE(d.name);
-        EXPECT_EQ(acquire(d.name, &d), nullptr);
-        lines expected = c.log;
-        const char* frag = d.fragment ? d.fragment : "...";
-        expected.push_back(d.type == 7 || d.type == 3
-                               ? print("0 app LUMGL: unknown shader type=%d: vert=x frag=%s", d.type, frag)
-                               : print("0 app LUMGL: failed to load shader: vert=%s frag=%s",
-                                       d.vertex ? d.vertex : "...", frag));
-        expected.push_back(print("5 app Attempt to load shader [%s] failed: vert=%s frag=%s", d.name,
-                                 d.vertex ? d.vertex : "NULL", d.fragment ? d.fragment : "NULL"));
-        expect_lines(log(), expected);
-        EXPECT_EQ(recorded().count("resolve_path"), c.resolved ? 1 : 0);
-        if (c.resolved) {
-            EXPECT_EQ(recorded().count(print("resolve_path \"%s\"", c.resolved)), 1);
-        }
-    }
+    host_app();
+    const shader_desc failing[] = {{"no file", SHADER_TYPE_FILE, v.c_str(), "gone", nullptr},
+                                   {"lit", SHADER_TYPE_BINARY, nullptr, "lit.frag", nullptr},
+                                   {"twice", SHADER_TYPE_BINARY, "x", "a.frag.frag", nullptr},
+                                   {"direct", SHADER_TYPE_BINARY, "x", "b.shd", nullptr},
+                                   {"lost", SHADER_TYPE_BINARY, "x", "gone.frag", nullptr},
+                                   {"odd", 7, "x", "y", nullptr},
+                                   {"odd", 3, "x", nullptr, nullptr}};
+    for (const shader_desc& d : failing)
+        EXPECT_EQ(host_get_shader(d.name, &d), nullptr) << d.name;
+    expect_lines(recorded().text({channel::log, channel::host}, true),
+                 text_lines("descriptions.txt", "", {{'f', folder}, {'n', "\n"}}), "failing");
+    recorded().clear();
+    EXPECT_EQ(host_get_shader("nothing", nullptr), nullptr);
+    expect_lines(recorded().text({channel::log, channel::gl}, true), {});
     for (const shader_desc& d : {shader_desc{"file", SHADER_TYPE_FILE, v.c_str(), f.c_str(), nullptr},
                                  shader_desc{"source", SHADER_TYPE_SOURCE, vertex, fragment, nullptr}}) {
-        kora_reference* reference = acquire(d.name, &d);
+        kora_reference* reference = host_get_shader(d.name, &d);
         ASSERT_NE(reference, nullptr);
         expect_lines(recorded().log(0, 4), {});
         const auto* program = static_cast<const shader_program*>(host_get_data(reference));
@@ -260,8 +185,6 @@ TEST_F(shaders, descriptions_of_every_type) {
         EXPECT_TRUE(gl().programs.contains(program->program));
         host_release(reference);
     }
-    EXPECT_EQ(acquire("nothing", nullptr), nullptr);
-    expect_lines(recorded().text({channel::log, channel::gl}, true), {});
 }
 
 TEST_F(shaders, whole_files_come_with_their_length) {

@@ -20,10 +20,10 @@ TEST_F(view, clip_planes) {
     for (const auto& c : cases) {
         write("r.obj", print("v 0 0 0\nv %d 0 0\nv 0 1 0\nf 1 2 3\n", c.radius));
         control shown;
-        shown.set(id_clip_near, c.near);
-        shown.set(id_clip_far, c.far);
-        shown.set(id_camera_z, c.camera_z);
-        shown.set(id_model_z, c.model_z);
+        shown.set("camera_clip_near", c.near);
+        shown.set("camera_clip_far", c.far);
+        shown.set("camera_position_z", c.camera_z);
+        shown.set("model_position_z", c.model_z);
         show(shown, "r.obj");
         const std::string expected = print("null camera parameters: aspect: %f, near=%f, far=%f", 2.0,
                                            c.expected_near, c.expected_far);
