@@ -29,10 +29,10 @@ class host_objects {
         glBindBuffer(GL_ARRAY_BUFFER, 0);
         glBindTexture(GL_TEXTURE_2D, 0);
         for (int i = 0; i < shift; ++i)
-            shaders_.push_back(compile(GL_VERTEX_SHADER, vertex_source));
+            shaders_.push_back(gl_compile(GL_VERTEX_SHADER, vertex_source));
         for (GLuint i = 0; i < count; ++i) {
-            shaders_.push_back(compile(GL_VERTEX_SHADER, vertex_source));
-            shaders_.push_back(compile(GL_FRAGMENT_SHADER, fragment_source));
+            shaders_.push_back(gl_compile(GL_VERTEX_SHADER, vertex_source));
+            shaders_.push_back(gl_compile(GL_FRAGMENT_SHADER, fragment_source));
             programs_[i] = glCreateProgram();
             glAttachShader(programs_[i], shaders_.back());
             glAttachShader(programs_[i], shaders_[shaders_.size() - 2]);
@@ -85,12 +85,6 @@ class host_objects {
         "precision mediump float; uniform vec4 tint; void main() { gl_FragColor = tint; }";
 
     static rgba colour(GLuint i) { return {static_cast<uint8_t>(10 * i), 7, 200, static_cast<uint8_t>(i)}; }
-    static GLuint compile(GLenum type, const char* text) {
-        const GLuint shader = glCreateShader(type);
-        glShaderSource(shader, 1, &text, nullptr);
-        glCompileShader(shader);
-        return shader;
-    }
 
     GLuint buffers_[count], textures_[count], programs_[count];
     std::vector<GLuint> shaders_;
@@ -132,7 +126,7 @@ TEST_F(context, may_be_replaced_behind_the_back_of_controls) {
                                  write(landmark(), "other")};
     const image expected[] = {draw_file(shown, files[0]), draw_file(lit, files[1]),
                               draw_file(shown, files[2])};
-    ASSERT_FALSE(same(expected[0], expected[2]));
+    ASSERT_FALSE(expected[0] == expected[2]);
 
     for (const auto& row : rows)
         for (int shift = 0; shift < shifts; ++shift) {
@@ -141,8 +135,8 @@ TEST_F(context, may_be_replaced_behind_the_back_of_controls) {
             kora_app_set_image_limits(app_, 64, 64); // enough for one load of each control
             ASSERT_TRUE(gl_->replace());             // the plug-in's names start over, as the host's will
             kora_control* controls[] = {open(shown, files[0]), open(lit, files[1])};
-            EXPECT_TRUE(same(expected[0], frame(shown, controls[0]))) << label << ", before";
-            EXPECT_TRUE(same(expected[1], frame(lit, controls[1]))) << label << ", before";
+            EXPECT_TRUE(expected[0] == frame(shown, controls[0])) << label << ", before";
+            EXPECT_TRUE(expected[1] == frame(lit, controls[1])) << label << ", before";
             if (strstr(row.then, "idle"))
                 for (kora_control* control : controls)
                     kora_control_destroy(control);
@@ -173,8 +167,8 @@ TEST_F(context, may_be_replaced_behind_the_back_of_controls) {
                 controls[1] = open(lit, files[1]);
             }
             for (int time = 1; time <= 2; ++time) {
-                EXPECT_TRUE(same(*first, frame(shown, controls[0]))) << label << ", frame " << time;
-                EXPECT_TRUE(same(expected[1], frame(lit, controls[1]))) << label << ", frame " << time;
+                EXPECT_TRUE(*first == frame(shown, controls[0])) << label << ", frame " << time;
+                EXPECT_TRUE(expected[1] == frame(lit, controls[1])) << label << ", frame " << time;
             }
             host.expect_untouched(label + ", drawn");
             ASSERT_TRUE(kora_control_set(controls[0], "filename", files[1].c_str()));

@@ -102,4 +102,11 @@ std::vector<std::string> gl_context::take_errors() {
     return std::exchange(errors_, {});
 }
 
+unsigned gl_compile(unsigned type, const char* text) {
+    const GLuint shader = glCreateShader(type);
+    glShaderSource(shader, 1, &text, nullptr);
+    glCompileShader(shader);
+    return shader;
+}
+
 } // namespace pictures

@@ -42,6 +42,9 @@ class gl_context {
     std::vector<std::string> errors_;
 };
 
+// A new shader of that type.
+unsigned gl_compile(unsigned type, const char* text);
+
 } // namespace pictures
 
 #endif

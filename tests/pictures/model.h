@@ -1,12 +1,14 @@
-// Models for the picture tests, kept as lists so that the same data becomes a file for the plug-in and
-// triangles for the reference renderer, without a parser in between.
+// Models for the picture tests, kept as lists of faces so that the same data becomes a file for the plug-in
+// and triangles for the reference renderer, without a parser in between.
 #ifndef TESTS_PICTURES_MODEL_H
 #define TESTS_PICTURES_MODEL_H
 
 #include "image.h"
 
 #include <array>
+#include <compare>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,15 +19,17 @@ struct vec2 {
 };
 struct vec3 {
     double x = 0, y = 0, z = 0;
+    friend auto operator<=>(const vec3&, const vec3&) = default;
 };
 
 // Rows, as written on paper; vectors are columns on the right.
 using mat4 = std::array<std::array<double, 4>, 4>;
 constexpr mat4 identity{{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}}};
 
-// Indices as in the file: from 1, 0 for not given.
 struct corner {
-    int position, texcoord = 0, normal = 0;
+    vec3 position;
+    std::optional<vec3> normal;
+    std::optional<vec2> texcoord; // as in OBJ files: v grows upwards
 };
 
 // material: index into the model's materials; -1 before the first one is chosen.
@@ -49,8 +53,6 @@ struct lamp {
 };
 
 struct model {
-    std::vector<vec3> positions, normals;
-    std::vector<vec2> texcoords; // as in the file: v grows upwards
     std::vector<material> materials;
     std::vector<face> faces;
     std::map<std::string, image> textures; // by file name; a map that is missing here has no file
@@ -61,6 +63,8 @@ struct model {
     vec3 translation, rotation, scaling{1, 1, 1};
     std::vector<lamp> lamps;
     std::vector<model> groups; // below this one; their textures are the outermost model's
+
+    double radius() const; // of the farthest corner
 };
 
 // The builders add faces with the material added last (none yet: -1), wound counter-clockwise seen from

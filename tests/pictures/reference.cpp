@@ -11,13 +11,10 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
-#include <optional>
-#include <tuple>
+#include <ranges>
 
 namespace pictures {
 namespace {
-
-// ---- Vectors and matrices ------------------------------------------------------------------------
 
 vec3 operator+(vec3 a, vec3 b) {
     return {a.x + b.x, a.y + b.y, a.z + b.z};
@@ -72,20 +69,15 @@ mat4 scale(double x, double y, double z) {
 mat4 translate(vec3 t) {
     return {{{1, 0, 0, t.x}, {0, 1, 0, t.y}, {0, 0, 1, t.z}, {0, 0, 0, 1}}};
 }
-mat4 rotate_x(double a) {
-    const double c = std::cos(a), s = std::sin(a);
-    return {{{1, 0, 0, 0}, {0, c, -s, 0}, {0, s, c, 0}, {0, 0, 0, 1}}};
+// About the axis 'x', 'y' or 'z'.
+mat4 rotate(char axis, double angle) {
+    const auto from = static_cast<size_t>(axis - 'x' + 1) % 3, to = (from + 1) % 3;
+    mat4 m = identity;
+    m[from][from] = m[to][to] = std::cos(angle);
+    m[to][from] = std::sin(angle);
+    m[from][to] = -m[to][from];
+    return m;
 }
-mat4 rotate_y(double a) {
-    const double c = std::cos(a), s = std::sin(a);
-    return {{{c, 0, s, 0}, {0, 1, 0, 0}, {-s, 0, c, 0}, {0, 0, 0, 1}}};
-}
-mat4 rotate_z(double a) {
-    const double c = std::cos(a), s = std::sin(a);
-    return {{{c, -s, 0, 0}, {s, c, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}}};
-}
-
-// ---- Triangles -----------------------------------------------------------------------------------
 
 struct vertex {
     vec3 position, normal;
@@ -117,38 +109,28 @@ geometry triangulate(const model& m, const mat4& to_world) {
                                   : f.material < 0 ? nullptr
                                                    : &m.materials[static_cast<size_t>(f.material)];
         const auto add = [&](const corner& c) {
-            g.vertices.push_back({m.positions[static_cast<size_t>(c.position - 1)], {}, {}});
+            const vec2 uv = c.texcoord.value_or(vec2{0, 1});
+            g.vertices.push_back({c.position, c.normal.value_or(vec3{}), {uv.x, 1 - uv.y}});
+            given = given || c.normal;
             return g.vertices.size() - 1;
         };
         const size_t first = add(f.corners[0]);
-        for (size_t k = 1; k + 1 < f.corners.size(); ++k) {
-            const triangle t{{first, add(f.corners[k]), add(f.corners[k + 1])}, surface};
-            const corner* corners[3] = {&f.corners[0], &f.corners[k], &f.corners[k + 1]};
-            const vec3 a = g.vertices[t.vertices[0]].position, b = g.vertices[t.vertices[1]].position;
-            const vec3 normal = normalized(cross(b - a, g.vertices[t.vertices[2]].position - a));
-            for (size_t i = 0; i < 3; ++i) {
-                vertex& v = g.vertices[t.vertices[i]];
-                v.normal = normal;
-                if (corners[i]->normal) v.normal = m.normals[static_cast<size_t>(corners[i]->normal - 1)];
-                given = given || corners[i]->normal;
-                if (!corners[i]->texcoord) continue;
-                const vec2 uv = m.texcoords[static_cast<size_t>(corners[i]->texcoord - 1)];
-                v.texcoord = {uv.x, 1 - uv.y};
-            }
-            g.triangles.push_back(t);
-        }
+        for (size_t k = 1; k + 1 < f.corners.size(); ++k)
+            g.triangles.push_back({{first, add(f.corners[k]), add(f.corners[k + 1])}, surface});
     }
     if (given) return g;
-    std::map<std::tuple<double, double, double>, vec3> sums;
-    const auto place = [](const vertex& v) { return std::tuple{v.position.x, v.position.y, v.position.z}; };
+    for (const triangle& t : g.triangles) {
+        const vec3 a = g.vertices[t.vertices[0]].position, b = g.vertices[t.vertices[1]].position;
+        for (const size_t i : t.vertices)
+            g.vertices[i].normal = normalized(cross(b - a, g.vertices[t.vertices[2]].position - a));
+    }
+    std::map<vec3, vec3> sums;
     for (const vertex& v : g.vertices)
-        sums[place(v)] = sums[place(v)] + v.normal;
+        sums[v.position] = sums[v.position] + v.normal;
     for (vertex& v : g.vertices)
-        v.normal = normalized(sums[place(v)]);
+        v.normal = normalized(sums[v.position]);
     return g;
 }
-
-// ---- The frame -----------------------------------------------------------------------------------
 
 class frame {
   public:
@@ -202,8 +184,8 @@ class frame {
         mat4 world = parent;
         if (is("ignore_bind_transforms", "0")) world = world * m.matrix;
         if (!is("zero_deformers", "1"))
-            world = world * translate(m.translation) * rotate_x(radians(m.rotation.x)) *
-                    rotate_y(radians(m.rotation.y)) * rotate_z(radians(m.rotation.z)) *
+            world = world * translate(m.translation) * rotate('x', radians(m.rotation.x)) *
+                    rotate('y', radians(m.rotation.y)) * rotate('z', radians(m.rotation.z)) *
                     scale(m.scaling.x, m.scaling.y, m.scaling.z);
         meshes_.push_back(triangulate(m, model_ * world * m.mesh_matrix));
         for (const lamp& l : m.lamps)
@@ -218,19 +200,17 @@ class frame {
     void place_camera() {
         camera_ = {number("camera_position_x"), number("camera_position_y"), number("camera_position_z")};
         const vec3 at{number("model_position_x"), number("model_position_y"), number("model_position_z")};
-        model_ = translate(at) * rotate_z(angle("model_orientation_psi")) *
-                 rotate_y(angle("model_orientation_theta")) * rotate_x(angle("model_orientation_phi"));
+        model_ = translate(at) * rotate('z', angle("model_orientation_psi")) *
+                 rotate('y', angle("model_orientation_theta")) * rotate('x', angle("model_orientation_phi"));
         const double az = angle("azimuth"), el = angle("elevation");
         const mat4 away = translate(camera_ * -1);
-        const mat4 view = is("camera_mode", "fly")     ? rotate_x(-el) * rotate_y(az) * away
-                          : is("camera_mode", "orbit") ? away * rotate_x(el) * rotate_y(az)
-                                                       : rotate_x(el) * rotate_y(az) * away;
+        const mat4 view = is("camera_mode", "fly")     ? rotate('x', -el) * rotate('y', az) * away
+                          : is("camera_mode", "orbit") ? away * rotate('x', el) * rotate('y', az)
+                                                       : rotate('x', el) * rotate('y', az) * away;
 
         double near = number("camera_clip_near"), far = number("camera_clip_far");
         if (near == 0 && far == 0) {
-            double radius = 0, distance = std::abs(at.z - camera_.z);
-            for (const vec3& p : s_.content.positions)
-                radius = std::max(radius, length(p));
+            const double radius = s_.content.radius(), distance = std::abs(at.z - camera_.z);
             near = distance - 1.5 * radius;
             far = distance + 1.5 * radius;
         }
@@ -245,7 +225,8 @@ class frame {
                                    {0, f, 0, 0},
                                    {0, 0, (far + near) / (near - far), 2 * far * near / (near - far)},
                                    {0, 0, -1, 0}}};
-        const mat4 turned = s_.target.is_surface ? scale(1, -1, 1) : rotate_z(-rotation() / 180 * 3.1415927);
+        const mat4 turned =
+            s_.target.is_surface ? scale(1, -1, 1) : rotate('z', -rotation() / 180 * 3.1415927);
         proj_view_ = turned * perspective * view;
     }
 
@@ -368,25 +349,25 @@ class frame {
         const bool front = s_.target.is_surface ? area < 0 : area > 0;
         if (is("culling_mode", "back") && !front) return;
 
-        double low_x = -1, high_x = 1, low_y = -1, high_y = 1;
-        if (v[0].clip.w > 0 && v[1].clip.w > 0 && v[2].clip.w > 0) {
-            const auto [x0, x1] = std::minmax(
-                {v[0].clip.x / v[0].clip.w, v[1].clip.x / v[1].clip.w, v[2].clip.x / v[2].clip.w});
-            const auto [y0, y1] = std::minmax(
-                {v[0].clip.y / v[0].clip.w, v[1].clip.y / v[1].clip.w, v[2].clip.y / v[2].clip.w});
-            low_x = std::max(low_x, x0), high_x = std::min(high_x, x1);
-            low_y = std::max(low_y, y0), high_y = std::min(high_y, y1);
-        }
-        const auto pixel = [](double ndc, int start, int size) { return start + (ndc + 1) / 2 * size - 0.5; };
-        const auto clamped = [](double p, int size) {
-            return static_cast<int>(std::clamp(p, 0.0, static_cast<double>(size)));
+        // Pixels along an axis whose centres are in the view volume and, unless a vertex is behind the
+        // camera, between the vertices.
+        const bool in_front = std::ranges::all_of(v, [](const projected& p) { return p.clip.w > 0; });
+        const auto pixels = [&](double vec4::*axis, int start, int size, int limit) {
+            double low = 1, high = -1;
+            for (const projected& p : v) {
+                low = std::min(low, in_front ? p.clip.*axis / p.clip.w : -1);
+                high = std::max(high, in_front ? p.clip.*axis / p.clip.w : 1);
+            }
+            const auto pixel = [&](double ndc) {
+                return std::clamp(start + (std::clamp(ndc, -1.0, 1.0) + 1) / 2 * size - 0.5, -1.0,
+                                  1.0 * limit);
+            };
+            const int first = std::max(0, static_cast<int>(std::ceil(pixel(low))));
+            const int end = std::min(limit, static_cast<int>(std::floor(pixel(high))) + 1);
+            return std::views::iota(first, std::max(first, end));
         };
-        const int x_end = clamped(std::floor(pixel(high_x, viewport_.x, viewport_.width)) + 1, s_.width);
-        const int y_end = clamped(std::floor(pixel(high_y, viewport_.y, viewport_.height)) + 1, s_.height);
-        for (int y = clamped(std::ceil(pixel(low_y, viewport_.y, viewport_.height)), s_.height); y < y_end;
-             ++y)
-            for (int x = clamped(std::ceil(pixel(low_x, viewport_.x, viewport_.width)), s_.width); x < x_end;
-                 ++x)
+        for (const int y : pixels(&vec4::y, viewport_.y, viewport_.height, s_.height))
+            for (const int x : pixels(&vec4::x, viewport_.x, viewport_.width, s_.width))
                 draw_pixel(x, y, v, edge, area, *t.surface);
     }
 

@@ -18,8 +18,7 @@ void stage::SetUp() {
 
     kora_log_set_callback(
         [](int level, const char* text, void* user) {
-            auto* told = static_cast<stage*>(user);
-            (level <= 1 ? told->complaints_ : told->notices_).push_back(text);
+            if (level <= 1) static_cast<stage*>(user)->complaints_.push_back(text);
         },
         this);
     start(nullptr);
@@ -135,10 +134,6 @@ void stage::compare(const image& expected, const image& actual, const std::strin
         std::cout << report.str();
     else
         ADD_FAILURE() << report.str();
-}
-
-bool same(const image& a, const image& b) {
-    return a.width == b.width && a.height == b.height && a.pixels == b.pixels;
 }
 
 model boxes() {
