@@ -11,13 +11,9 @@
 namespace pictures {
 
 comparison image_compare(const image& expected, const image& actual, int tolerance) {
-    comparison result;
-    result.difference = image(expected.width, expected.height);
-    if (expected.width != actual.width || expected.height != actual.height || expected.pixels.empty()) {
-        result.fraction = 1;
-        result.worst = 255;
-        return result;
-    }
+    if (expected.width != actual.width || expected.height != actual.height || expected.pixels.empty())
+        return {1, 255, image(expected.width, expected.height)};
+    comparison result{0, 0, image(expected.width, expected.height)};
     size_t beyond = 0;
     for (size_t i = 0; i < expected.pixels.size(); ++i) {
         const rgba& e = expected.pixels[i];

@@ -14,12 +14,12 @@ constexpr double pi = std::numbers::pi;
 // Adds a face around the origin, moved to `centre`. One normal may do for all corners; none, or no texture
 // coordinates: not given. Positions are rounded to what the file holds, so that both sides see the same
 // numbers.
-void push_face(model& m, vec3 centre, const std::vector<vec3>& positions, const std::vector<vec3>& normals,
-               const std::vector<vec2>& texcoords = {}) {
+void push_face(model& m, vec centre, const std::vector<vec>& positions, const std::vector<vec>& normals,
+               const std::vector<vec>& texcoords = {}) {
     const auto rounded = [](double v) { return std::round(v * 1e5) / 1e5; };
     face f{static_cast<int>(m.materials.size()) - 1, {}};
     for (size_t i = 0; i < positions.size(); ++i) {
-        const vec3& p = positions[i];
+        const vec& p = positions[i];
         corner c{{rounded(centre.x + p.x), rounded(centre.y + p.y), rounded(centre.z + p.z)}, {}, {}};
         if (!normals.empty()) c.normal = normals[normals.size() > 1 ? i : 0];
         if (!texcoords.empty()) c.texcoord = texcoords[i];
@@ -28,8 +28,8 @@ void push_face(model& m, vec3 centre, const std::vector<vec3>& positions, const 
     m.faces.push_back(std::move(f));
 }
 
-std::vector<vec3> only_if(bool wanted, vec3 normal) {
-    return wanted ? std::vector{normal} : std::vector<vec3>{};
+std::vector<vec> only_if(bool wanted, vec normal) {
+    return wanted ? std::vector{normal} : std::vector<vec>{};
 }
 
 std::string line(const char* format, auto... values) {
@@ -42,46 +42,46 @@ std::string material_name(int index) {
     return line("m%d", index);
 }
 
-std::string colour_line(const char* keyword, vec3 c, vec3 usual) {
+std::string colour_line(const char* keyword, vec c, vec usual) {
     return c == usual ? "" : line("%s %.6f %.6f %.6f\n", keyword, c.x, c.y, c.z);
 }
 
 } // namespace
 
-void add_material(model& m, vec3 ambient, vec3 diffuse, vec3 specular, double exponent, double alpha,
+void add_material(model& m, vec ambient, vec diffuse, vec specular, double exponent, double alpha,
                   const std::string& map) {
     m.materials.push_back({ambient, diffuse, specular, {}, exponent, alpha, map});
 }
 
-void add_sphere(model& m, vec3 centre, double radius, int slices, int stacks, bool normals) {
+void add_sphere(model& m, vec centre, double radius, int slices, int stacks, bool normals) {
     const auto direction = [&](int slice, int stack) {
         const double around = 2 * pi * (slice % slices) / slices, down = pi * stack / stacks;
-        return vec3{std::sin(down) * std::sin(around), std::cos(down), std::sin(down) * std::cos(around)};
+        return vec{std::sin(down) * std::sin(around), std::cos(down), std::sin(down) * std::cos(around)};
     };
     for (int slice = 0; slice < slices; ++slice)
         for (int stack = 0; stack < stacks; ++stack) {
-            std::vector<vec3> directions, positions;
+            std::vector<vec> directions, positions;
             directions = {direction(slice, stack), direction(slice, stack + 1)};
             if (stack + 1 < stacks) directions.push_back(direction(slice + 1, stack + 1));
             if (stack > 0) directions.push_back(direction(slice + 1, stack));
-            for (const vec3& d : directions)
+            for (const vec& d : directions)
                 positions.push_back({radius * d.x, radius * d.y, radius * d.z});
             if (!normals) directions.clear();
             push_face(m, centre, positions, directions);
         }
 }
 
-void add_box(model& m, vec3 centre, vec3 half, bool normals) {
+void add_box(model& m, vec centre, vec half, bool normals) {
     // Corner i lies on the positive side of x, y, z where bit 0, 1, 2 of i is set.
     static const struct {
         int corners[4];
-        vec3 normal;
+        vec normal;
     } sides[6] = {{{4, 5, 7, 6}, {0, 0, 1}},  {{1, 0, 2, 3}, {0, 0, -1}}, {{5, 1, 3, 7}, {1, 0, 0}},
                   {{0, 4, 6, 2}, {-1, 0, 0}}, {{6, 7, 3, 2}, {0, 1, 0}},  {{0, 1, 5, 4}, {0, -1, 0}}};
-    std::vector<vec2> texcoords;
+    std::vector<vec> texcoords;
     if (!m.materials.empty() && !m.materials.back().map.empty()) texcoords = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
     for (const auto& side : sides) {
-        std::vector<vec3> positions;
+        std::vector<vec> positions;
         for (const int i : side.corners)
             positions.push_back(
                 {i & 1 ? half.x : -half.x, i & 2 ? half.y : -half.y, i & 4 ? half.z : -half.z});
@@ -89,15 +89,15 @@ void add_box(model& m, vec3 centre, vec3 half, bool normals) {
     }
 }
 
-void add_prism(model& m, vec3 centre, double radius, double half_length, int n, bool normals) {
-    const auto add = [&](const std::vector<vec3>& positions, vec3 normal) {
+void add_prism(model& m, vec centre, double radius, double half_length, int n, bool normals) {
+    const auto add = [&](const std::vector<vec>& positions, vec normal) {
         push_face(m, centre, positions, only_if(normals, normal));
     };
     const auto edge = [&](int i, double z) {
         const double angle = 2 * pi * (i % n) / n;
-        return vec3{radius * std::cos(angle), radius * std::sin(angle), z};
+        return vec{radius * std::cos(angle), radius * std::sin(angle), z};
     };
-    std::vector<vec3> front, back;
+    std::vector<vec> front, back;
     for (int i = 0; i < n; ++i) {
         front.push_back(edge(i, half_length));
         back.push_back(edge(n - 1 - i, -half_length));
@@ -110,7 +110,7 @@ void add_prism(model& m, vec3 centre, double radius, double half_length, int n, 
     add(back, {0, 0, -1});
 }
 
-void add_quad(model& m, vec3 centre, double half_width, double half_height, vec2 uv0, vec2 uv1) {
+void add_quad(model& m, vec centre, double half_width, double half_height, vec uv0, vec uv1) {
     const double w = half_width, h = half_height;
     push_face(m, centre, {{-w, -h, 0}, {w, -h, 0}, {w, h, 0}, {-w, h, 0}}, {{0, 0, 1}},
               {uv0, {uv1.x, uv0.y}, uv1, {uv0.x, uv1.y}});

@@ -7,7 +7,7 @@
 namespace pictures {
 namespace {
 
-template <class T> T triple(const vec3& v) {
+template <class T> T triple(const vec& v) {
     return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
 }
 
@@ -47,7 +47,7 @@ QELF_TriangleMesh* mesh_record(const model& m, QELF_Scene* scene) {
         for (size_t k = 1; k + 1 < f.corners.size(); ++k)
             for (const size_t at : {size_t{0}, k, k + 1}) {
                 const corner& c = f.corners[at];
-                const vec2 t = c.texcoord.value_or(vec2{});
+                const vec t = c.texcoord.value_or(vec{});
                 positions.push_back(triple<QELF_Vector3>(c.position));
                 normals.push_back(triple<QELF_Vector3>(c.normal.value()));
                 texcoords.push_back(static_cast<float>(t.x));

@@ -10,7 +10,7 @@ class placement : public stage {};
 // A plate with an arm, a ball on the arm, a lantern on the ball, and a sky of two lamps. No matrix commutes
 // with another, and every group has a matrix and a movement.
 scene tree() {
-    const auto group = [](vec3 translation, vec3 rotation, vec3 scaling = {1, 1, 1}) {
+    const auto group = [](vec translation, vec rotation, vec scaling = {1, 1, 1}) {
         model m;
         m.mesh_matrix = {{{0.8, -0.3, 0, 0.2}, {0.6, 0.4, 0, -0.1}, {0, 0, 1.2, 0.1}, {0, 0, 0, 1}}};
         m.matrix = {{{0.96, 0, 0.28, 0.1}, {0, 1, 0, 0.2}, {-0.28, 0, 0.96, 0.3}, {0, 0, 0, 1}}};

@@ -52,7 +52,7 @@ class stage : public ::testing::Test {
     // in the environment every comparison does.
     void compare(const image& expected, const image& actual, const std::string& label, limits allowed = {});
 
-    gl_context* gl_ = nullptr;
+    test_context* gl_ = nullptr;
     kora_app* app_ = nullptr;
     std::string folder_;                  // scratch folder of this test, with the failure pictures
     std::vector<std::string> complaints_; // warnings and failures that the host's log was told

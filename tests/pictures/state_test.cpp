@@ -207,23 +207,20 @@ gl_state after_frame(const gl_state& before, const gl_state& actual, const model
     expected["BLEND_SRC_RGB"] = {GL_SRC_ALPHA};
     expected["BLEND_DST_RGB"] = {GL_ONE_MINUS_SRC_ALPHA};
     expected["BLEND_SRC_ALPHA"] = expected["BLEND_DST_ALPHA"] = {GL_ONE};
-    expected["CURRENT_PROGRAM"] = actual.at("CURRENT_PROGRAM");
+    const auto is_free = [&](const std::string& name) { expected.at(name) = actual.at(name); };
+    is_free("CURRENT_PROGRAM");
     if (shown.faces.empty()) return expected;
     expected["ARRAY_BUFFER_BINDING"] = expected["ELEMENT_ARRAY_BUFFER_BINDING"] = {0};
-    std::vector<std::string> free;
     if (!shown.materials[0].map.empty()) {
         expected["ACTIVE_TEXTURE"] = {GL_TEXTURE0};
-        free.push_back("TEXTURE_BINDING_2D[0]");
+        is_free("TEXTURE_BINDING_2D[0]");
     }
     for (const GLuint i : {0u, 1u, 2u}) {
         for (const auto& [name, text] : attribute_parameters)
-            if (name != GL_CURRENT_VERTEX_ATTRIB) free.push_back(of(text, i));
-        free.push_back(of("POINTER", i));
-    }
-    for (const std::string& name : free)
-        expected.at(name) = actual.at(name);
-    for (const GLuint i : {0u, 1u, 2u})
+            if (name != GL_CURRENT_VERTEX_ATTRIB) is_free(of(text, i));
+        is_free(of("POINTER", i));
         expected[of("VERTEX_ATTRIB_ARRAY_ENABLED", i)] = {0};
+    }
     return expected;
 }
 

@@ -26,7 +26,7 @@ void add_paper(model& m, const char* map, const image& picture, double alpha = 1
     m.textures[map] = picture;
 }
 
-model sheet(const image& picture, vec2 uv0, vec2 uv1, double alpha = 1) {
+model sheet(const image& picture, vec uv0, vec uv1, double alpha = 1) {
     model m;
     add_paper(m, "chart.tga", picture, alpha);
     add_quad(m, {}, 1.6, 1.2, uv0, uv1);
@@ -37,7 +37,7 @@ TEST_F(texture, is_upright_repeats_is_filtered_and_lends_its_alpha) {
     const struct {
         const char* name;
         int width, height;
-        vec2 uv0, uv1;
+        vec uv0, uv1;
     } rows[] = {
         {"part", 32, 16, {0.1, 0.55}, {0.6, 0.9}}, {"negative", 16, 16, {-1.7, -0.6}, {0.3, 0.8}},
         {"mirrored", 32, 16, {1, 1}, {0, 0}},      {"minified", 64, 64, {-0.2, -0.2}, {1.3, 1.1}},
