@@ -1,18 +1,29 @@
-// The sample models against pictures kept in the tree. They also notice what the formulas allow for, such
-// as a different mesh. MODEL3D_UPDATE_GOLDEN=1 in the environment writes them anew: look at them, and
-// commit them with the change that made them differ.
+// Pictures kept in the tree: the sample models, which also notice what the formulas allow for, such as a
+// different mesh, and the stand-in for missing textures. MODEL3D_UPDATE_GOLDEN=1 in the environment writes
+// them anew: look at them, and commit them with the change that made them differ.
 #include "stage.h"
 
-#ifdef PICTURES_HAVE_PNG
-
 #include <cstdlib>
-#include <filesystem>
 
 namespace pictures {
 namespace {
 
-class golden : public stage {};
+class golden : public stage {
+  protected:
+    void compare_with_golden(const image& actual, const std::string& name, [[maybe_unused]] limits allowed) {
+        const std::string stem = std::string(PICTURES_GOLDEN) + "/" + name;
+        if (getenv("MODEL3D_UPDATE_GOLDEN")) {
+            ASSERT_NE(image_write(actual, stem), "") << stem;
+        }
+#ifdef PICTURES_HAVE_PNG
+        const image expected = image_read_png(stem + ".png");
+        ASSERT_EQ(expected.width, actual.width) << "no golden picture " << stem << ".png";
+        compare(expected, actual, name, allowed);
+#endif
+    }
+};
 
+#ifdef PICTURES_HAVE_PNG
 TEST_F(golden, sample_models_look_as_before) {
     const struct {
         const char *folder, *file, *camera;
@@ -37,20 +48,30 @@ TEST_F(golden, sample_models_look_as_before) {
                               "light_internal_elevation=50 control_ambient=0.5 control_lightness=1");
             attributes_set(s, row.camera);
             s.attributes["shading_model"] = shading_model;
-            const std::string name = std::string(row.folder) + "-" + shading_model;
-            const std::string stem = std::string(PICTURES_GOLDEN) + "/" + name;
-            const image actual = draw_file(s, std::string(row.folder) + "/" + row.file);
-            if (getenv("MODEL3D_UPDATE_GOLDEN")) {
-                std::filesystem::create_directories(PICTURES_GOLDEN);
-                ASSERT_NE(image_write(actual, stem), "") << stem;
-            }
-            const image expected = image_read_png(stem + ".png");
-            ASSERT_EQ(expected.width, s.width) << "no golden picture " << stem << ".png";
-            compare(expected, actual, name, allowed);
+            compare_with_golden(draw_file(s, std::string(row.folder) + "/" + row.file),
+                                std::string(row.folder) + "-" + shading_model, allowed);
         }
+}
+#endif
+
+// One texel a pixel: the picture is the stand-in itself.
+TEST_F(golden, missing_texture_says_so) {
+    scene s;
+    s.width = s.height = 512;
+    s.control = {0, 0, 512, 512};
+    add_material(s.content, {0, 0, 0}, {1, 1, 1}, {0, 0, 0}, 1, 1, "nowhere.png");
+    add_quad(s.content, {}, 1, 1);
+    // Twice the arc tangent of a half makes the sheet fill the view.
+    attributes_set(s, "camera_position_z=2 camera_field_of_view=53.13010235 shading_model=flat "
+                      "control_lightness=1");
+    const image picture = draw(s, "missing");
+    EXPECT_EQ(picture.at(10, 10), (rgba{255, 255, 255, 255}));
+    EXPECT_EQ(picture.at(100, 10), (rgba{255, 0, 0, 255}));
+    compare_with_golden(picture, "missing-texture", {0, 6});
+    ASSERT_EQ(missing_.size(), 1u);
+    EXPECT_NE(missing_[0].find("nowhere.png"), std::string::npos) << missing_[0];
+    missing_.clear();
 }
 
 } // namespace
 } // namespace pictures
-
-#endif

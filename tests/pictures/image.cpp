@@ -1,8 +1,8 @@
 #include "image.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
+#include <fstream>
 
 #ifdef PICTURES_HAVE_PNG
 #include <png.h>
@@ -11,13 +11,9 @@
 namespace pictures {
 
 comparison image_compare(const image& expected, const image& actual, int tolerance) {
-    comparison result;
-    result.difference = image(expected.width, expected.height);
-    if (expected.width != actual.width || expected.height != actual.height || expected.pixels.empty()) {
-        result.fraction = 1;
-        result.worst = 255;
-        return result;
-    }
+    if (expected.width != actual.width || expected.height != actual.height || expected.pixels.empty())
+        return {1, 255, image(expected.width, expected.height)};
+    comparison result{0, 0, image(expected.width, expected.height)};
     size_t beyond = 0;
     for (size_t i = 0; i < expected.pixels.size(); ++i) {
         const rgba& e = expected.pixels[i];
@@ -35,30 +31,25 @@ comparison image_compare(const image& expected, const image& actual, int toleran
 }
 
 bool image_write_tga(const image& picture, const std::string& path) {
-    FILE* file = fopen(path.c_str(), "wb");
-    if (!file) return false;
-    const auto low = [](int v) { return static_cast<uint8_t>(v & 0xff); };
-    const auto high = [](int v) { return static_cast<uint8_t>(v >> 8 & 0xff); };
-    uint8_t header[18] = {};
-    header[2] = 2; // uncompressed true colour
-    header[12] = low(picture.width);
-    header[13] = high(picture.width);
-    header[14] = low(picture.height);
-    header[15] = high(picture.height);
-    header[16] = 32;   // bits a pixel
-    header[17] = 0x28; // eight of them alpha, first row at the top
-    std::vector<uint8_t> body;
-    body.reserve(picture.pixels.size() * 4);
+    const auto [w, h] =
+        std::pair{static_cast<uint32_t>(picture.width), static_cast<uint32_t>(picture.height)};
+    const auto byte = [](uint32_t v) { return static_cast<char>(v & 0xff); };
+    std::string bytes(18, '\0');
+    bytes[2] = 2; // uncompressed true colour
+    bytes[12] = byte(w);
+    bytes[13] = byte(w >> 8);
+    bytes[14] = byte(h);
+    bytes[15] = byte(h >> 8);
+    bytes[16] = 32;   // bits a pixel
+    bytes[17] = 0x28; // eight of them alpha, first row at the top
     for (const rgba& p : picture.pixels)
-        body.insert(body.end(), {p.b, p.g, p.r, p.a});
-    const bool written = fwrite(header, sizeof header, 1, file) == 1 &&
-                         fwrite(body.data(), 1, body.size(), file) == body.size();
-    return (fclose(file) == 0) && written;
+        bytes += {byte(p.b), byte(p.g), byte(p.r), byte(p.a)};
+    std::ofstream file(path, std::ios::binary);
+    return static_cast<bool>((file << bytes).flush());
 }
 
-#ifdef PICTURES_HAVE_PNG
-
 std::string image_write(const image& picture, const std::string& stem) {
+#ifdef PICTURES_HAVE_PNG
     png_image png = {};
     png.version = PNG_IMAGE_VERSION;
     png.width = static_cast<png_uint_32>(picture.width);
@@ -66,9 +57,14 @@ std::string image_write(const image& picture, const std::string& stem) {
     png.format = PNG_FORMAT_RGBA;
     const std::string path = stem + ".png";
     const int written = png_image_write_to_file(&png, path.c_str(), 0, picture.pixels.data(), 0, nullptr);
+#else
+    const std::string path = stem + ".tga";
+    const bool written = image_write_tga(picture, path);
+#endif
     return written ? path : "";
 }
 
+#ifdef PICTURES_HAVE_PNG
 image image_read_png(const std::string& path) {
     png_image png = {};
     png.version = PNG_IMAGE_VERSION;
@@ -78,14 +74,6 @@ image image_read_png(const std::string& path) {
     if (!png_image_finish_read(&png, nullptr, picture.pixels.data(), 0, nullptr)) return {};
     return picture;
 }
-
-#else
-
-std::string image_write(const image& picture, const std::string& stem) {
-    const std::string path = stem + ".tga";
-    return image_write_tga(picture, path) ? path : "";
-}
-
 #endif
 
 } // namespace pictures

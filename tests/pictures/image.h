@@ -23,6 +23,7 @@ struct image {
     image(int w, int h, rgba fill = {}) : width(w), height(h), pixels(static_cast<size_t>(w * h), fill) {}
     rgba& at(int x, int y) { return pixels[static_cast<size_t>(y * width + x)]; }
     const rgba& at(int x, int y) const { return pixels[static_cast<size_t>(y * width + x)]; }
+    friend bool operator==(const image&, const image&) = default;
 };
 
 struct comparison {

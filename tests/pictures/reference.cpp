@@ -11,42 +11,34 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
-#include <optional>
-#include <tuple>
+#include <ranges>
 
 namespace pictures {
 namespace {
 
-// ---- Vectors and matrices ------------------------------------------------------------------------
-
-vec3 operator+(vec3 a, vec3 b) {
-    return {a.x + b.x, a.y + b.y, a.z + b.z};
+vec operator+(vec a, vec b) {
+    return {a.x + b.x, a.y + b.y, a.z + b.z, a.w + b.w};
 }
-vec3 operator-(vec3 a, vec3 b) {
-    return {a.x - b.x, a.y - b.y, a.z - b.z};
+vec operator-(vec a, vec b) {
+    return {a.x - b.x, a.y - b.y, a.z - b.z, a.w - b.w};
 }
-vec3 operator*(vec3 a, vec3 b) {
-    return {a.x * b.x, a.y * b.y, a.z * b.z};
+vec operator*(vec a, vec b) {
+    return {a.x * b.x, a.y * b.y, a.z * b.z, a.w * b.w};
 }
-vec3 operator*(vec3 a, double s) {
-    return {a.x * s, a.y * s, a.z * s};
+vec operator*(vec a, double s) {
+    return {a.x * s, a.y * s, a.z * s, a.w * s};
 }
-double dot(vec3 a, vec3 b) {
+// Of directions, as cross and normalized: w has no part in them.
+double dot(vec a, vec b) {
     return a.x * b.x + a.y * b.y + a.z * b.z;
 }
-double length(vec3 a) {
-    return std::sqrt(dot(a, a));
-}
-vec3 cross(vec3 a, vec3 b) {
+vec cross(vec a, vec b) {
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
-vec3 normalized(vec3 a) {
-    return length(a) > 0 ? a * (1 / length(a)) : vec3{};
+vec normalized(vec a) {
+    const double length = std::sqrt(dot(a, a));
+    return length > 0 ? a * (1 / length) : vec{};
 }
-
-struct vec4 {
-    double x = 0, y = 0, z = 0, w = 0;
-};
 
 mat4 operator*(const mat4& a, const mat4& b) {
     mat4 out{};
@@ -57,39 +49,29 @@ mat4 operator*(const mat4& a, const mat4& b) {
     return out;
 }
 
-vec4 transformed(const mat4& m, vec3 v, double w) {
+vec transformed(const mat4& m, vec v, double w) {
     const auto row = [&](size_t r) { return m[r][0] * v.x + m[r][1] * v.y + m[r][2] * v.z + m[r][3] * w; };
     return {row(0), row(1), row(2), row(3)};
-}
-
-vec3 xyz(vec4 v) {
-    return {v.x, v.y, v.z};
 }
 
 mat4 scale(double x, double y, double z) {
     return {{{x, 0, 0, 0}, {0, y, 0, 0}, {0, 0, z, 0}, {0, 0, 0, 1}}};
 }
-mat4 translate(vec3 t) {
+mat4 translate(vec t) {
     return {{{1, 0, 0, t.x}, {0, 1, 0, t.y}, {0, 0, 1, t.z}, {0, 0, 0, 1}}};
 }
-mat4 rotate_x(double a) {
-    const double c = std::cos(a), s = std::sin(a);
-    return {{{1, 0, 0, 0}, {0, c, -s, 0}, {0, s, c, 0}, {0, 0, 0, 1}}};
+// About the axis 'x', 'y' or 'z'.
+mat4 rotate(char axis, double angle) {
+    const auto from = static_cast<size_t>(axis - 'x' + 1) % 3, to = (from + 1) % 3;
+    mat4 m = identity;
+    m[from][from] = m[to][to] = std::cos(angle);
+    m[to][from] = std::sin(angle);
+    m[from][to] = -m[to][from];
+    return m;
 }
-mat4 rotate_y(double a) {
-    const double c = std::cos(a), s = std::sin(a);
-    return {{{c, 0, s, 0}, {0, 1, 0, 0}, {-s, 0, c, 0}, {0, 0, 0, 1}}};
-}
-mat4 rotate_z(double a) {
-    const double c = std::cos(a), s = std::sin(a);
-    return {{{c, -s, 0, 0}, {s, c, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}}};
-}
-
-// ---- Triangles -----------------------------------------------------------------------------------
 
 struct vertex {
-    vec3 position, normal;
-    vec2 texcoord; // v downwards, so that row 0 of a picture is at v 0
+    vec position, normal, texcoord; // v downwards, so that row 0 of a picture is at v 0
 };
 
 struct triangle {
@@ -117,38 +99,28 @@ geometry triangulate(const model& m, const mat4& to_world) {
                                   : f.material < 0 ? nullptr
                                                    : &m.materials[static_cast<size_t>(f.material)];
         const auto add = [&](const corner& c) {
-            g.vertices.push_back({m.positions[static_cast<size_t>(c.position - 1)], {}, {}});
+            const vec uv = c.texcoord.value_or(vec{0, 1});
+            g.vertices.push_back({c.position, c.normal.value_or(vec{}), {uv.x, 1 - uv.y}});
+            given = given || c.normal;
             return g.vertices.size() - 1;
         };
         const size_t first = add(f.corners[0]);
-        for (size_t k = 1; k + 1 < f.corners.size(); ++k) {
-            const triangle t{{first, add(f.corners[k]), add(f.corners[k + 1])}, surface};
-            const corner* corners[3] = {&f.corners[0], &f.corners[k], &f.corners[k + 1]};
-            const vec3 a = g.vertices[t.vertices[0]].position, b = g.vertices[t.vertices[1]].position;
-            const vec3 normal = normalized(cross(b - a, g.vertices[t.vertices[2]].position - a));
-            for (size_t i = 0; i < 3; ++i) {
-                vertex& v = g.vertices[t.vertices[i]];
-                v.normal = normal;
-                if (corners[i]->normal) v.normal = m.normals[static_cast<size_t>(corners[i]->normal - 1)];
-                given = given || corners[i]->normal;
-                if (!corners[i]->texcoord) continue;
-                const vec2 uv = m.texcoords[static_cast<size_t>(corners[i]->texcoord - 1)];
-                v.texcoord = {uv.x, 1 - uv.y};
-            }
-            g.triangles.push_back(t);
-        }
+        for (size_t k = 1; k + 1 < f.corners.size(); ++k)
+            g.triangles.push_back({{first, add(f.corners[k]), add(f.corners[k + 1])}, surface});
     }
     if (given) return g;
-    std::map<std::tuple<double, double, double>, vec3> sums;
-    const auto place = [](const vertex& v) { return std::tuple{v.position.x, v.position.y, v.position.z}; };
+    for (const triangle& t : g.triangles) {
+        const vec a = g.vertices[t.vertices[0]].position, b = g.vertices[t.vertices[1]].position;
+        for (const size_t i : t.vertices)
+            g.vertices[i].normal = normalized(cross(b - a, g.vertices[t.vertices[2]].position - a));
+    }
+    std::map<vec, vec> sums;
     for (const vertex& v : g.vertices)
-        sums[place(v)] = sums[place(v)] + v.normal;
+        sums[v.position] = sums[v.position] + v.normal;
     for (vertex& v : g.vertices)
-        v.normal = normalized(sums[place(v)]);
+        v.normal = normalized(sums[v.position]);
     return g;
 }
-
-// ---- The frame -----------------------------------------------------------------------------------
 
 class frame {
   public:
@@ -175,15 +147,12 @@ class frame {
   private:
     // In the world; w 0: the direction towards the light.
     struct light {
-        vec4 place;
-        vec3 colour;
+        vec place, colour;
         double intensity;
     };
 
     struct projected {
-        vec4 clip;
-        vec3 world, normal, diffuse, specular;
-        vec2 texcoord;
+        vec clip, world, normal, diffuse, specular, texcoord;
     };
 
     double number(const char* name, double usual = 0) const {
@@ -202,8 +171,8 @@ class frame {
         mat4 world = parent;
         if (is("ignore_bind_transforms", "0")) world = world * m.matrix;
         if (!is("zero_deformers", "1"))
-            world = world * translate(m.translation) * rotate_x(radians(m.rotation.x)) *
-                    rotate_y(radians(m.rotation.y)) * rotate_z(radians(m.rotation.z)) *
+            world = world * translate(m.translation) * rotate('x', radians(m.rotation.x)) *
+                    rotate('y', radians(m.rotation.y)) * rotate('z', radians(m.rotation.z)) *
                     scale(m.scaling.x, m.scaling.y, m.scaling.z);
         meshes_.push_back(triangulate(m, model_ * world * m.mesh_matrix));
         for (const lamp& l : m.lamps)
@@ -217,20 +186,18 @@ class frame {
 
     void place_camera() {
         camera_ = {number("camera_position_x"), number("camera_position_y"), number("camera_position_z")};
-        const vec3 at{number("model_position_x"), number("model_position_y"), number("model_position_z")};
-        model_ = translate(at) * rotate_z(angle("model_orientation_psi")) *
-                 rotate_y(angle("model_orientation_theta")) * rotate_x(angle("model_orientation_phi"));
+        const vec at{number("model_position_x"), number("model_position_y"), number("model_position_z")};
+        model_ = translate(at) * rotate('z', angle("model_orientation_psi")) *
+                 rotate('y', angle("model_orientation_theta")) * rotate('x', angle("model_orientation_phi"));
         const double az = angle("azimuth"), el = angle("elevation");
         const mat4 away = translate(camera_ * -1);
-        const mat4 view = is("camera_mode", "fly")     ? rotate_x(-el) * rotate_y(az) * away
-                          : is("camera_mode", "orbit") ? away * rotate_x(el) * rotate_y(az)
-                                                       : rotate_x(el) * rotate_y(az) * away;
+        const mat4 view = is("camera_mode", "fly")     ? rotate('x', -el) * rotate('y', az) * away
+                          : is("camera_mode", "orbit") ? away * rotate('x', el) * rotate('y', az)
+                                                       : rotate('x', el) * rotate('y', az) * away;
 
         double near = number("camera_clip_near"), far = number("camera_clip_far");
         if (near == 0 && far == 0) {
-            double radius = 0, distance = std::abs(at.z - camera_.z);
-            for (const vec3& p : s_.content.positions)
-                radius = std::max(radius, length(p));
+            const double radius = s_.content.radius(), distance = std::abs(at.z - camera_.z);
             near = distance - 1.5 * radius;
             far = distance + 1.5 * radius;
         }
@@ -245,7 +212,8 @@ class frame {
                                    {0, f, 0, 0},
                                    {0, 0, (far + near) / (near - far), 2 * far * near / (near - far)},
                                    {0, 0, -1, 0}}};
-        const mat4 turned = s_.target.is_surface ? scale(1, -1, 1) : rotate_z(-rotation() / 180 * 3.1415927);
+        const mat4 turned =
+            s_.target.is_surface ? scale(1, -1, 1) : rotate('z', -rotation() / 180 * 3.1415927);
         proj_view_ = turned * perspective * view;
     }
 
@@ -267,41 +235,32 @@ class frame {
             h = static_cast<int>(t.scale_y * static_cast<float>(height) + 0.5f);
         }
         const int vw = s_.width, vh = s_.height;
-        switch (static_cast<int>(rotation())) {
-        case 90:
-            viewport_ = {vw - y, vh - x - w, h, w};
-            break;
-        case 180:
-            viewport_ = {vw - w - x, y - h, w, h};
-            break;
-        case 270:
-            viewport_ = {y - h, x, h, w};
-            break;
-        default:
-            viewport_ = {x, vh - y, w, h};
-        }
+        viewport_ = {x, vh - y, w, h};
+        if (rotation() == 90) viewport_ = {vw - y, vh - x - w, h, w};
+        if (rotation() == 180) viewport_ = {vw - w - x, y - h, w, h};
+        if (rotation() == 270) viewport_ = {y - h, x, h, w};
     }
 
     // Adds what the lights give at a point to a diffuse and a specular sum.
-    void illuminate(const material& s, vec3 point, vec3 normal, vec3& diffuse, vec3& specular) const {
-        const vec3 n = normalized(normal);
+    void illuminate(const material& s, vec point, vec normal, vec& diffuse, vec& specular) const {
+        const vec n = normalized(normal);
         for (const light& l : lights_) {
-            const vec3 towards = normalized(xyz(l.place) - point * l.place.w);
-            const vec3 half = normalized(towards + normalized(camera_ - point));
+            const vec towards = normalized(l.place - point * l.place.w);
+            const vec half = normalized(towards + normalized(camera_ - point));
             diffuse = diffuse + s.diffuse * l.colour * (std::max(0.0, dot(n, towards)) * l.intensity);
             specular =
                 specular + s.specular * (std::pow(std::max(0.0, dot(n, half)), s.exponent) * l.intensity);
         }
     }
 
-    vec4 texel(const image& picture, double u, double v) const {
+    vec texel(const image& picture, double u, double v) const {
         const double x = u * picture.width - 0.5, y = v * picture.height - 0.5;
         const double x0 = std::floor(x), y0 = std::floor(y);
         const auto wrapped = [](double i, int size) {
             const int k = static_cast<int>(i) % size;
             return k < 0 ? k + size : k;
         };
-        vec4 sum{};
+        vec sum{};
         for (const auto& [dx, dy] : {std::pair{0, 0}, {1, 0}, {0, 1}, {1, 1}}) {
             const double weight = (dx ? x - x0 : 1 - (x - x0)) * (dy ? y - y0 : 1 - (y - y0)) / 255;
             const rgba& p = picture.at(wrapped(x0 + dx, picture.width), wrapped(y0 + dy, picture.height));
@@ -312,38 +271,37 @@ class frame {
 
     projected project(const vertex& v, const mat4& to_world, const material& s) const {
         projected p;
-        p.world = xyz(transformed(to_world, v.position, 1));
+        p.world = transformed(to_world, v.position, 1);
         p.clip = transformed(proj_view_, p.world, 1);
-        p.normal = normalized(xyz(transformed(to_world, v.normal, 0)));
+        p.normal = normalized(transformed(to_world, v.normal, 0));
         p.texcoord = v.texcoord;
         illuminate(s, p.world, p.normal, p.diffuse, p.specular);
         return p;
     }
 
     // Colour and alpha of a pixel from the interpolated values, neither clamped.
-    vec4 shade(const projected& p, const material& s) const {
-        vec4 texture{1, 1, 1, 1};
-        if (!s.map.empty()) texture = texel(s_.content.textures.at(s.map), p.texcoord.x, p.texcoord.y);
-        const vec3 t = xyz(texture);
-        vec3 colour = s.ambient * t * number("control_ambient") + s.emissive;
+    vec shade(const projected& p, const material& s) const {
+        vec t{1, 1, 1, 1};
+        if (!s.map.empty()) t = texel(s_.content.textures.at(s.map), p.texcoord.x, p.texcoord.y);
+        vec colour = s.ambient * t * number("control_ambient") + s.emissive;
         if (is("shading_model", "flat")) {
             colour = colour + s.diffuse * t;
         } else if (is("shading_model", "blinn-phong")) {
-            vec3 diffuse, specular;
+            vec diffuse, specular;
             illuminate(s, p.world, p.normal, diffuse, specular);
             colour = colour + diffuse * t + specular;
         } else {
             colour = colour + p.diffuse * t + p.specular;
         }
         colour = colour * number("control_lightness", 0.75);
-        return {colour.x, colour.y, colour.z, texture.w * s.alpha * number("alpha", 255) / 255};
+        return {colour.x, colour.y, colour.z, t.w * s.alpha * number("alpha", 255) / 255};
     }
 
     static uint8_t stored(double value) {
         return static_cast<uint8_t>(std::floor(std::clamp(value, 0.0, 1.0) * 255 + 0.5));
     }
 
-    static rgba blended(rgba below, vec4 c) {
+    static rgba blended(rgba below, vec c) {
         const double a = std::clamp(c.w, 0.0, 1.0);
         const auto over = [&](double source, uint8_t old) {
             return stored(std::clamp(source, 0.0, 1.0) * a + (1 - a) * old / 255);
@@ -358,9 +316,9 @@ class frame {
 
         // Edge i is a linear function of the position that is zero on the line through the other two
         // vertices. Its exact antisymmetry lets neighbours agree on a pixel that lies on their edge.
-        std::array<vec3, 3> edge;
+        std::array<vec, 3> edge;
         for (size_t i = 0; i < 3; ++i) {
-            const vec4 &a = v[(i + 1) % 3].clip, &b = v[(i + 2) % 3].clip;
+            const vec &a = v[(i + 1) % 3].clip, &b = v[(i + 2) % 3].clip;
             edge[i] = cross({a.x, a.y, a.w}, {b.x, b.y, b.w});
         }
         const double area = dot({v[0].clip.x, v[0].clip.y, v[0].clip.w}, edge[0]);
@@ -368,36 +326,36 @@ class frame {
         const bool front = s_.target.is_surface ? area < 0 : area > 0;
         if (is("culling_mode", "back") && !front) return;
 
-        double low_x = -1, high_x = 1, low_y = -1, high_y = 1;
-        if (v[0].clip.w > 0 && v[1].clip.w > 0 && v[2].clip.w > 0) {
-            const auto [x0, x1] = std::minmax(
-                {v[0].clip.x / v[0].clip.w, v[1].clip.x / v[1].clip.w, v[2].clip.x / v[2].clip.w});
-            const auto [y0, y1] = std::minmax(
-                {v[0].clip.y / v[0].clip.w, v[1].clip.y / v[1].clip.w, v[2].clip.y / v[2].clip.w});
-            low_x = std::max(low_x, x0), high_x = std::min(high_x, x1);
-            low_y = std::max(low_y, y0), high_y = std::min(high_y, y1);
-        }
-        const auto pixel = [](double ndc, int start, int size) { return start + (ndc + 1) / 2 * size - 0.5; };
-        const auto clamped = [](double p, int size) {
-            return static_cast<int>(std::clamp(p, 0.0, static_cast<double>(size)));
+        // Pixels along an axis whose centres are in the view volume and, unless a vertex is behind the
+        // camera, between the vertices.
+        const bool in_front = std::ranges::all_of(v, [](const projected& p) { return p.clip.w > 0; });
+        const auto pixels = [&](double vec::*axis, int start, int size, int limit) {
+            double low = 1, high = -1;
+            for (const projected& p : v) {
+                low = std::min(low, in_front ? p.clip.*axis / p.clip.w : -1);
+                high = std::max(high, in_front ? p.clip.*axis / p.clip.w : 1);
+            }
+            const auto pixel = [&](double ndc) {
+                return std::clamp(start + (std::clamp(ndc, -1.0, 1.0) + 1) / 2 * size - 0.5, -1.0,
+                                  1.0 * limit);
+            };
+            const int first = std::max(0, static_cast<int>(std::ceil(pixel(low))));
+            const int end = std::min(limit, static_cast<int>(std::floor(pixel(high))) + 1);
+            return std::views::iota(first, std::max(first, end));
         };
-        const int x_end = clamped(std::floor(pixel(high_x, viewport_.x, viewport_.width)) + 1, s_.width);
-        const int y_end = clamped(std::floor(pixel(high_y, viewport_.y, viewport_.height)) + 1, s_.height);
-        for (int y = clamped(std::ceil(pixel(low_y, viewport_.y, viewport_.height)), s_.height); y < y_end;
-             ++y)
-            for (int x = clamped(std::ceil(pixel(low_x, viewport_.x, viewport_.width)), s_.width); x < x_end;
-                 ++x)
+        for (const int y : pixels(&vec::y, viewport_.y, viewport_.height, s_.height))
+            for (const int x : pixels(&vec::x, viewport_.x, viewport_.width, s_.width))
                 draw_pixel(x, y, v, edge, area, *t.surface);
     }
 
-    void draw_pixel(int x, int y, const std::array<projected, 3>& v, const std::array<vec3, 3>& edge,
+    void draw_pixel(int x, int y, const std::array<projected, 3>& v, const std::array<vec, 3>& edge,
                     double area, const material& s) {
-        const vec3 at{2 * (x + 0.5 - viewport_.x) / viewport_.width - 1,
-                      2 * (y + 0.5 - viewport_.y) / viewport_.height - 1, 1};
+        const vec at{2 * (x + 0.5 - viewport_.x) / viewport_.width - 1,
+                     2 * (y + 0.5 - viewport_.y) / viewport_.height - 1, 1};
         std::array<double, 3> weight; // of the vertices, divided by w
         for (size_t i = 0; i < 3; ++i) {
             const double side = dot(edge[i], at) * (area > 0 ? 1 : -1);
-            const vec3 e = edge[i] * (area > 0 ? 1 : -1);
+            const vec e = edge[i] * (area > 0 ? 1 : -1);
             if (side < 0 || (side == 0 && !(e.x > 0 || (e.x == 0 && e.y > 0)))) return;
             weight[i] = side / std::abs(area);
         }
@@ -412,11 +370,9 @@ class frame {
         projected p;
         for (size_t i = 0; i < 3; ++i) {
             const double k = weight[i] / per_w;
-            p.world = p.world + v[i].world * k;
-            p.normal = p.normal + v[i].normal * k;
-            p.diffuse = p.diffuse + v[i].diffuse * k;
-            p.specular = p.specular + v[i].specular * k;
-            p.texcoord = {p.texcoord.x + v[i].texcoord.x * k, p.texcoord.y + v[i].texcoord.y * k};
+            for (const auto member : {&projected::world, &projected::normal, &projected::diffuse,
+                                      &projected::specular, &projected::texcoord})
+                p.*member = p.*member + v[i].*member * k;
         }
         picture_.pixels[index] = blended(picture_.pixels[index], shade(p, s));
     }
@@ -430,7 +386,7 @@ class frame {
     std::vector<light> lights_;
     image picture_;
     std::vector<double> depth_;
-    vec3 camera_;
+    vec camera_;
     mat4 model_{}, proj_view_{};
     rectangle viewport_{};
 };

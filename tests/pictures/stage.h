@@ -52,19 +52,15 @@ class stage : public ::testing::Test {
     // in the environment every comparison does.
     void compare(const image& expected, const image& actual, const std::string& label, limits allowed = {});
 
-    gl_context* gl_ = nullptr;
+    test_context* gl_ = nullptr;
     kora_app* app_ = nullptr;
     std::string folder_;                  // scratch folder of this test, with the failure pictures
     std::vector<std::string> complaints_; // warnings and failures that the host's log was told
-    std::vector<std::string> notices_;    // what else it was told
     std::vector<std::string> missing_;    // paths of resources that were asked for and not found
 };
 
 // Sets attributes from "name=value name=value".
 void attributes_set(scene& s, const std::string& changes);
-
-// Bit for bit.
-bool same(const image& a, const image& b);
 
 // A row of quads, boxes and a prism in different colours around the origin, radius about 1.5, that looks
 // different from every side; a yellow quad at the top faces away from +z.

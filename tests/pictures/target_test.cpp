@@ -13,40 +13,29 @@ TEST_F(target, places_the_control) {
     // A surface ignores the display; without a display only the origin counts.
     const struct {
         const char* name;
-        int surface, display, rotation;
-        float scale_x, scale_y, translate_x, translate_y;
-        int origin_x, origin_y;
-        int x1, y1, x2, y2; // the control
-        int width, height;  // of the framebuffer
+        kora_target target;
+        kor_rect control;
+        int width = 128, height = 96; // of the framebuffer
     } rows[] = {
-        {"part", 0, 0, 0, 1, 1, 0, 0, 0, 0, 20, 10, 100, 60, 128, 96},
-        {"tall", 0, 0, 0, 1, 1, 0, 0, 0, 0, 60, 5, 100, 85, 128, 96},
-        {"beyond-the-edges", 0, 0, 0, 1, 1, 0, 0, 0, 0, -30, 40, 90, 130, 128, 96},
-        {"origin", 0, 0, 0, 1, 1, 0, 0, 11, 7, 20, 10, 100, 60, 128, 96},
-        {"odd-target", 0, 0, 0, 1, 1, 0, 0, 0, 0, 0, 0, 101, 77, 101, 77},
-        {"display", 0, 1, 0, 1, 1, 0, 0, 0, 0, 20, 10, 100, 60, 128, 96},
-        {"display-beyond", 0, 1, 0, 1, 1, 0, 0, 0, 0, -30, 40, 90, 130, 128, 96},
-        {"rotated-90", 0, 1, 90, 1, 1, 0, 0, 0, 0, 20, 10, 100, 60, 128, 96},
-        {"rotated-180", 0, 1, 180, 1, 1, 0, 0, 0, 0, 20, 10, 100, 60, 128, 96},
-        {"rotated-270", 0, 1, 270, 1, 1, 0, 0, 0, 0, 20, 10, 100, 60, 128, 96},
-        {"rotated-90-whole", 0, 1, 90, 1, 1, 0, 0, 0, 0, 0, 0, 96, 128, 128, 96},
-        {"rotated-90-origin", 0, 1, 90, 1, 1, 0, 0, 11, 7, 20, 10, 100, 60, 128, 96},
-        {"rotated-270-tall", 0, 1, 270, 1, 1, 0, 0, 0, 0, 60, 5, 100, 85, 128, 96},
-        {"scaled", 0, 1, 0, 1.25f, 1.5f, 3.3f, -4.2f, 0, 0, 20, 10, 100, 60, 128, 96},
-        {"scaled-90", 0, 1, 90, 0.9f, 1.2f, 4.5f, 3.5f, 11, 7, 20, 10, 100, 60, 128, 96},
-        {"scaled-180", 0, 1, 180, 0.75f, 0.9f, 2, 9, 0, 0, 20, 10, 100, 60, 128, 96},
-        {"scaled-270", 0, 1, 270, 0.8f, 1.2f, 1.5f, 2.5f, 0, 0, 20, 10, 100, 60, 128, 96},
-        {"surface", 1, 0, 0, 1, 1, 0, 0, 0, 0, 0, 0, 128, 96, 128, 96},
-        {"surface-part", 1, 0, 0, 1, 1, 0, 0, 0, 0, 20, 10, 100, 60, 128, 96},
-        {"surface-origin", 1, 0, 0, 1, 1, 0, 0, 11, 7, 60, 5, 100, 85, 128, 96},
-        {"surface-of-display", 1, 1, 90, 2, 2, 5, 5, 0, 0, 20, 10, 100, 60, 128, 96},
+        {"beyond-the-edges", {0, 0, 0, 0, 1, 1, 0, 0, 0}, {-30, 40, 90, 130}},
+        {"origin", {11, 7, 0, 0, 1, 1, 0, 0, 0}, {20, 10, 100, 60}},
+        {"odd-target", {0, 0, 0, 0, 1, 1, 0, 0, 0}, {0, 0, 101, 77}, 101, 77},
+        {"display-beyond", {0, 0, 0, 1, 1, 1, 0, 0, 0}, {-30, 40, 90, 130}},
+        {"rotated-90-whole", {0, 0, 0, 1, 1, 1, 0, 0, 90}, {0, 0, 96, 128}},
+        {"rotated-270-tall", {0, 0, 0, 1, 1, 1, 0, 0, 270}, {60, 5, 100, 85}},
+        {"scaled", {0, 0, 0, 1, 1.25f, 1.5f, 3.3f, -4.2f, 0}, {20, 10, 100, 60}},
+        {"scaled-90", {11, 7, 0, 1, 0.9f, 1.2f, 4.5f, 3.5f, 90}, {20, 10, 100, 60}},
+        {"scaled-180", {0, 0, 0, 1, 0.75f, 0.9f, 2, 9, 180}, {20, 10, 100, 60}},
+        {"scaled-270", {0, 0, 0, 1, 0.8f, 1.2f, 1.5f, 2.5f, 270}, {20, 10, 100, 60}},
+        {"surface", {0, 0, 1, 0, 1, 1, 0, 0, 0}, {0, 0, 128, 96}},
+        {"surface-origin", {11, 7, 1, 0, 1, 1, 0, 0, 0}, {60, 5, 100, 85}},
+        {"surface-of-display", {0, 0, 1, 1, 2, 2, 5, 5, 90}, {20, 10, 100, 60}},
     };
     for (const auto& row : rows) {
         scene s = lit_scene(landmark());
         attributes_set(s, "camera_position_z=3");
-        s.target = {row.origin_x, row.origin_y,    row.surface,     row.display, row.scale_x,
-                    row.scale_y,  row.translate_x, row.translate_y, row.rotation};
-        s.control = {row.x1, row.y1, row.x2, row.y2};
+        s.target = row.target;
+        s.control = row.control;
         s.width = row.width;
         s.height = row.height;
         check(s, row.name);
