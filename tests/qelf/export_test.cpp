@@ -10,8 +10,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 
 namespace {
 
@@ -24,12 +22,6 @@ void apply_bind_placement(group& g) {
     for (int i = 0; i < g.nnodes; ++i) {
         if (g.nodes[i].export_node == group_export) apply_bind_placement(node<group>(g, i));
     }
-}
-
-std::string bytes_of(const std::string& path) {
-    std::stringstream bytes;
-    bytes << std::ifstream(path, std::ios::binary).rdbuf();
-    return bytes.str();
 }
 
 // The file of an exported group, with two textures; nothing when it cannot be made or written.
@@ -194,6 +186,10 @@ TEST(qel_export, gives_the_file_that_was_loaded) {
     node_list inner, nodes;
     inner.emplace_back(3, light_record("light", 2, 12.5f));
     inner.emplace_back(2, mesh_record(mesh));
+    for (const auto& flags : {std::array<uint8_t, 4>{0, 1, 0, 0}, {0, 0, 1, 1}}) {
+        mesh.flags = flags;
+        inner.emplace_back(2, mesh_record(mesh));
+    }
     inner.emplace_back(1, group_record("", {}));
     auto matrix = identity;
     matrix[1] = 1e-3f;
@@ -238,33 +234,6 @@ TEST(qel_export, gives_degrees_that_are_read_as_the_same_radians) {
     }
 }
 
-TEST(qel_export, takes_obj_models) {
-    const temp_folder folder;
-    folder.write("a.mtl", "newmtl m\nKd 0.1 0.2 0.3\nNs 17\nmap_Kd t.png\nnewmtl n\nd 0.5\n");
-    const std::string obj =
-        folder.write("a.obj", "mtllib a.mtl\nv 1 2 3\nv -0.1 0.3 1e-3\nv 7 8 9\nvt 0.1 0.7\nvn 0 0.6 0.8\n"
-                              "usemtl m\nf 1/1/1 2/1/1 3/1/1\nusemtl n\nf 3/1/1 2/1/1 1/1/1\n");
-    loaded_model model(obj);
-    const std::string path = folder.path + "/a.qel";
-    const std::string bytes = write_scene(group_export(&model.root.root), path);
-    loaded_model again(path, group_loadqel);
-    ASSERT_EQ(again.result, 1);
-    const trimesh& a = model.mesh();
-    const trimesh& b = again.mesh();
-    ASSERT_EQ(b.nvertices, 6);
-    ASSERT_EQ(b.nfaces, 2);
-    EXPECT_EQ(memcmp(a.vertices, b.vertices, 6 * 12) | memcmp(a.normals, b.normals, 6 * 12) |
-                  memcmp(a.texcoords[0], b.texcoords[0], 6 * 8) | memcmp(a.indices, b.indices, 2 * 12),
-              0);
-    EXPECT_EQ(again.root.root.radius, model.root.root.radius);
-    ASSERT_EQ(b.nmaterials, 2);
-    EXPECT_EQ(b.materials[1].startIndex, 1);
-    EXPECT_EQ(b.materials[0].material->diffuse[1], 0.2f);
-    EXPECT_EQ(b.materials[0].material->diffuseMap, again.root.textures[0]);
-    EXPECT_EQ(b.materials[1].material->alpha, 0.5f);
-    EXPECT_EQ(write_scene(group_export(&again.root.root), path), bytes);
-}
-
 TEST(qel_export, needs_the_arrays) {
     const temp_folder folder;
     for (const int which : {0, 1, 2}) {
@@ -277,10 +246,7 @@ TEST(qel_export, needs_the_arrays) {
         EXPECT_EQ(trimesh_export(&mesh), nullptr);
         QELF_Node* const exported = group_export(&model.root.root);
         EXPECT_EQ(static_cast<QELF_SceneGroup*>(exported->content)->nodes[1], nullptr);
-        testing::internal::CaptureStderr();
-        EXPECT_EQ(write_scene(exported, folder.path + "/b.qel"), "");
-        EXPECT_EQ(testing::internal::GetCapturedStderr(),
-                  "'SGRP': a node is missing!\nError writing chunk!\n");
+        QELF_freeNode(exported);
     }
 }
 
