@@ -95,7 +95,7 @@ constexpr chunk_handlers kinds[] = {
 
 const chunk_handlers& handlers_of(const IFF_ID chunkId) {
     const chunk_handlers* row = kinds;
-    while (row->chunkId && IFF_compareId(chunkId, row->chunkId) != 0)
+    while (row->chunkId && memcmp(chunkId, row->chunkId, sizeof(IFF_ID)) != 0)
         ++row;
     return *row;
 }

@@ -135,10 +135,10 @@ std::string large_scene() {
                              {2, mesh_record(mesh)},
                              {1, group_record("deep", {{1, group_record("hand", {{2, mesh_record(mesh)}})}})},
                              {3, light_record("last", 2, 1)}};
-    std::vector<record> chunks = {header_record(), chunk_record("SGRP", group_record("dial", nodes))};
+    std::vector<record> textures;
     for (const std::string name : {"a", "b", "c", "d", "e"})
-        chunks.push_back(chunk_record("TXTR", texture_record(0, "", name + ".png")));
-    return container("FORM", "QELF", chunks).bytes;
+        textures.push_back(texture_record(0, "", name + ".png"));
+    return scene_record(group_record("dial", nodes), textures).bytes;
 }
 
 } // namespace
@@ -194,12 +194,9 @@ TEST(qel_export, gives_the_file_that_was_loaded) {
     auto matrix = identity;
     matrix[1] = 1e-3f;
     nodes.emplace_back(1, group_record("arm", inner, 0.5f, {1, -2, 3, 90, -30.25f, -7, 1, 2, 0.1f}, matrix));
-    const record texture = chunk_record("TXTR", texture_record(0, "", "t.png"));
+    const record texture = texture_record(0, "", "t.png");
     const record file =
-        container("FORM", "QELF",
-                  {header_record(),
-                   chunk_record("SGRP", group_record("g", nodes, 7, {0, 0, 0, 0.1f, -359, 1e-30f, 1, 1, 1})),
-                   texture, texture});
+        scene_record(group_record("g", nodes, 7, {0, 0, 0, 0.1f, -359, 1e-30f, 1, 1, 1}), {texture, texture});
     const temp_folder folder;
     const std::string path = folder.write("a.qel", file.bytes);
     loaded_model model(path, group_loadqel);

@@ -95,10 +95,8 @@ TEST(qelf_files, only_version_2_0_passes_the_check) {
 
 TEST(qelf_files, scenes_are_those_of_all_forms_in_order) {
     const record header = header_record(), none = container("FORM", "QELF", {});
-    const record first = container("FORM", "QELF",
-                                   {header, chunk_record("SGRP", group_record("1", {})),
-                                    chunk_record("TXTR", texture_record(0, "", "a")),
-                                    chunk_record("SGRP", group_record("2", {}))});
+    const record first = scene_record(
+        group_record("1", {}), {texture_record(0, "", "a"), chunk_record("SGRP", group_record("2", {}))});
     const tree_ptr cat = read(container("CAT ", "QELF", {first, none}).bytes, table);
     const scene_list two(cat);
     ASSERT_EQ(two.count, 2u);

@@ -63,9 +63,7 @@ TEST(qel_loader, builds_the_tree_of_the_file) {
 }
 
 TEST(qel_loader, textures_of_a_file_without_a_folder_are_beside_it) {
-    const record file = container("FORM", "QELF",
-                                  {header_record(), chunk_record("SGRP", group_record("g", {})),
-                                   chunk_record("TXTR", texture_record(0, "", "maps\\b.png"))});
+    const record file = scene_record(group_record("g", {}), {texture_record(0, "", "maps\\b.png")});
     const temp_folder folder;
     folder.write("a.qel", file.bytes);
     const auto before = std::filesystem::current_path();
@@ -114,9 +112,7 @@ TEST(qel_loader, refuses_what_is_no_good) {
          "WARNING: QEL mesh has start index 3 for material 1, out of order or beyond its 2 faces\n"},
         {scene_with_mesh(end).bytes, "", true},
         {good + "x", "WARNING: Trailing IFF contents found: 120!\n", true},
-        {container("FORM", "QELF", {header_record(), chunk_record("SGRP", group_record("1", {})), second})
-             .bytes,
-         "", true},
+        {scene_record(group_record("1", {}), {second}).bytes, "", true},
     };
     const temp_folder folder;
     for (const auto& row : cases) {
