@@ -17,10 +17,6 @@ IFF_Chunk* raw(const char* id, const char* text) {
     return &chunk->chunk;
 }
 
-IFF_Form* as_form(IFF_Chunk* chunk) {
-    return reinterpret_cast<IFF_Form*>(chunk);
-}
-
 // A table's row without handlers.
 IFF_Extension row_of(const char* id) {
     IFF_Extension row = {};
@@ -137,7 +133,7 @@ TEST(iff_trees, give_forms_the_defaults_of_the_nearest_list) {
     IFF_Form* outer = found[1];
     IFF_Form** inner = IFF_searchFormsInGroup(outer, "GOOD", &count);
     ASSERT_EQ(count, 1u);
-    EXPECT_EQ(inner[0], as_form(outer->subChunks[0]));
+    EXPECT_EQ(inner[0], reinterpret_cast<IFF_Form*>(outer->subChunks[0]));
     count = 3;
     found = IFF_mergeFormArray(found, &count, inner, 1);
     ASSERT_EQ(count, 4u);

@@ -126,10 +126,9 @@ std::string material_library() {
 
 // More textures and lights than the lists have room for at first, and materials that share the textures.
 std::string large_scene() {
-    mesh_spec mesh;
-    mesh.flags = {1, 1, 1, 2};
+    mesh_spec mesh = {3, {0, 1, 2}, {}, {1, 1, 1, 2}};
     for (const uint32_t map : {1, 2, 5})
-        mesh.materials.emplace_back(0, std::vector<uint32_t>{map, 1, 0, 2, 1, 2, 1});
+        mesh.materials.push_back({0, {map, 1, 0, 2, 1, 2, 1}});
     const node_list lights(9, {3, light_record("sun", 1, 80)});
     const node_list nodes = {{1, group_record("arm", lights)},
                              {2, mesh_record(mesh)},
@@ -176,24 +175,18 @@ TEST(short_memory, loads_a_model_whole_or_says_what_it_did) {
 
 // Of all that the loader takes over, so that export gives the very bytes.
 TEST(qel_export, gives_the_file_that_was_loaded) {
-    mesh_spec mesh;
-    mesh.nvertices = 4;
-    mesh.indices = {3, 1, 2, 2, 1, 0, 0, 1, 3};
-    mesh.flags = {7, 1, 1, 2};
+    mesh_spec mesh = {
+        4, {3, 1, 2, 2, 1, 0, 0, 1, 3}, {{0, {2, 1, 0, 2, 1, 2, 1}}, {2, {0, 0, 0, 0, 0, 0, 0}}}};
     mesh.matrix[13] = -0.0f;
-    mesh.materials.emplace_back(0, std::vector<uint32_t>{2, 1, 0, 2, 1, 2, 1});
-    mesh.materials.emplace_back(2, std::vector<uint32_t>(7));
-    node_list inner, nodes;
-    inner.emplace_back(3, light_record("light", 2, 12.5f));
-    inner.emplace_back(2, mesh_record(mesh));
-    for (const auto& flags : {std::array<uint8_t, 4>{0, 1, 0, 0}, {0, 0, 1, 1}}) {
+    node_list inner = {{3, light_record("light", 2, 12.5f)}, {1, group_record("", {})}};
+    for (const auto& flags : {std::array<uint8_t, 4>{7, 1, 1, 2}, {0, 1, 0, 0}, {0, 0, 1, 1}}) {
         mesh.flags = flags;
         inner.emplace_back(2, mesh_record(mesh));
     }
-    inner.emplace_back(1, group_record("", {}));
     auto matrix = identity;
     matrix[1] = 1e-3f;
-    nodes.emplace_back(1, group_record("arm", inner, 0.5f, {1, -2, 3, 90, -30.25f, -7, 1, 2, 0.1f}, matrix));
+    const node_list nodes = {
+        {1, group_record("arm", inner, 0.5f, {1, -2, 3, 90, -30.25f, -7, 1, 2, 0.1f}, matrix)}};
     const record texture = texture_record(0, "", "t.png");
     const record file =
         scene_record(group_record("g", nodes, 7, {0, 0, 0, 0.1f, -359, 1e-30f, 1, 1, 1}), {texture, texture});

@@ -80,14 +80,12 @@ TEST(qel_loader, refuses_what_is_no_good) {
                       uses = "WARNING: QEL file uses QEL format with version ",
                       software = ", software uses QEL format version 2.0\n";
     const std::string good = scene_with_mesh({}).bytes;
-    const std::vector<uint32_t> none(7);
+    const auto start = [](int face) {
+        return "WARNING: QEL mesh has start index " + std::to_string(face) +
+               " for material 1, out of order or beyond its 2 faces\n";
+    };
+    const std::vector<uint32_t> none(7), twice = {0, 1, 2, 0, 1, 2};
     const record second = chunk_record("SGRP", group_record("2", {}));
-    mesh_spec far, back, beyond, end;
-    far.indices = {0, 1, 2, 2, 3, 1};
-    back.indices = beyond.indices = end.indices = {0, 1, 2, 0, 1, 2};
-    back.materials = {{1, none}, {0, none}};
-    beyond.materials = {{0, none}, {3, none}};
-    end.materials = {{0, none}, {2, none}};
     const struct {
         std::string bytes, warning;
         bool loaded = false;
@@ -105,12 +103,11 @@ TEST(qel_loader, refuses_what_is_no_good) {
         {good.substr(0, good.size() - 1),
          "Error reading raw chunk body of chunk: 'INDX'\nError while reading "
          "chunk!\nERROR: cannot open main chunk!\n"},
-        {scene_with_mesh(far).bytes, "WARNING: QEL mesh has index 3 in face 1, but 3 vertices\n"},
-        {scene_with_mesh(back).bytes,
-         "WARNING: QEL mesh has start index 0 for material 1, out of order or beyond its 2 faces\n"},
-        {scene_with_mesh(beyond).bytes,
-         "WARNING: QEL mesh has start index 3 for material 1, out of order or beyond its 2 faces\n"},
-        {scene_with_mesh(end).bytes, "", true},
+        {scene_with_mesh({3, {0, 1, 2, 2, 3, 1}}).bytes,
+         "WARNING: QEL mesh has index 3 in face 1, but 3 vertices\n"},
+        {scene_with_mesh({3, twice, {{1, none}, {0, none}}}).bytes, start(0)},
+        {scene_with_mesh({3, twice, {{0, none}, {3, none}}}).bytes, start(3)},
+        {scene_with_mesh({3, twice, {{0, none}, {2, none}}}).bytes, "", true},
         {good + "x", "WARNING: Trailing IFF contents found: 120!\n", true},
         {scene_record(group_record("1", {}), {second}).bytes, "", true},
     };
