@@ -3,7 +3,6 @@
 #include "fixture.h"
 #include "scarce_heap.h"
 
-#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>

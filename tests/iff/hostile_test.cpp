@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <numeric>
 #include <vector>
 
 using namespace std::string_literals;
@@ -125,9 +126,7 @@ TEST(iff_fields, of_floats_keep_their_bits) {
     // Around the writer's piece.
     for (const size_t count : {0u, 1u, 63u, 64u, 65u, 200u}) {
         std::vector<float> floats(count), read_back(count);
-        for (size_t i = 0; i < count; ++i) {
-            floats[i] = static_cast<float>(i) - 7.25f;
-        }
+        std::iota(floats.begin(), floats.end(), -7.25f);
         std::string file(4 * count + 1, '\0');
         stream_ptr stream{fmemopen(file.data(), file.size(), "w+b")};
         EXPECT_EQ(iff_write_floats(stream.get(), floats.data(), count, "MTRL", "alpha"), 1);

@@ -3,8 +3,8 @@
 #include "fixture.h"
 
 #include <bit>
-#include <cstring>
 #include <gtest/gtest.h>
+#include <numeric>
 
 namespace {
 
@@ -66,8 +66,10 @@ std::string floats(const std::vector<float>& values) {
     return bytes;
 }
 
+namespace {
+
 // Arrays are little-endian, whatever the machine.
-template <class Values> static std::string little_words(const Values& values) {
+template <class Values> std::string little_words(const Values& values) {
     std::string bytes;
     for (const auto value : values) {
         const std::string big = big_endian(std::bit_cast<uint32_t>(value));
@@ -76,14 +78,13 @@ template <class Values> static std::string little_words(const Values& values) {
     return bytes;
 }
 
-std::vector<float> mesh_array(int kind, size_t count) {
+// Array `kind` of a mesh (VRTX 0, NRML 1, TNGT 2, BNML 3, TXUV 4, 5, ...): values that tell arrays and places
+// apart.
+std::string mesh_array(int kind, size_t count) {
     std::vector<float> values(count);
-    for (size_t i = 0; i < count; ++i)
-        values[i] = static_cast<float>(kind) * 100 + static_cast<float>(i) * 0.25f;
-    return values;
+    std::iota(values.begin(), values.end(), static_cast<float>(kind) * 100);
+    return little_words(values);
 }
-
-namespace {
 
 record material_record(size_t entry, const std::vector<uint32_t>& maps) {
     record r{"MTRL", 74};
@@ -131,11 +132,11 @@ record mesh_record(const mesh_spec& shape) {
     int kind = 0;
     for (const std::string id : {"VRTX", "NRML", "TNGT", "BNML"}) {
         const bool used = kind == 0 || shape.flags[static_cast<size_t>(kind) - 1];
-        if (used) r.embed(id, little_words(mesh_array(kind, shape.nvertices * 3)));
+        if (used) r.embed(id, mesh_array(kind, shape.nvertices * 3));
         ++kind;
     }
     for (int set = 0; set < shape.flags[3]; ++set)
-        r.embed("TXUV", little_words(mesh_array(kind + set, shape.nvertices * 2)));
+        r.embed("TXUV", mesh_array(kind + set, shape.nvertices * 2));
     return r.embed("INDX", little_words(shape.indices));
 }
 

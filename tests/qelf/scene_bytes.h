@@ -40,10 +40,6 @@ struct mesh_spec {
     std::vector<float> matrix = identity;
 };
 
-// Array `kind` of a mesh (VRTX 0, NRML 1, TNGT 2, BNML 3, TXUV 4, 5, ...): values that tell arrays and places
-// apart. Of material i, value k is k + 16 i + 0.5.
-std::vector<float> mesh_array(int kind, size_t count);
-
 record mesh_record(const mesh_spec& shape);
 record light_record(const std::string& name, uint32_t type, float intensity);
 // Nodes are type and content; the placement is translation, rotation, scaling.
