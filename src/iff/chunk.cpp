@@ -1,32 +1,5 @@
 #include "iff/group.h"
 
-struct group_kind {
-    const char* chunkId;
-    chunk_kind kind;
-};
-
-constexpr group_kind group_kinds[] = {
-    {"FORM", chunk_kind::form},
-    {"CAT ", chunk_kind::cat},
-    {"LIST", chunk_kind::list},
-    {"PROP", chunk_kind::prop},
-};
-
-namespace {
-
-chunk_kind kind_of_id(const IFF_ID chunkId) {
-    for (const group_kind& row : group_kinds) {
-        if (IFF_compareId(chunkId, row.chunkId) == 0) return row.kind;
-    }
-    return chunk_kind::data;
-}
-
-} // namespace
-
-chunk_kind iff_kind(const IFF_Chunk* chunk) {
-    return kind_of_id(chunk->chunkId);
-}
-
 namespace {
 
 IFF_RawChunk* as_raw(IFF_Chunk* chunk) {
@@ -37,7 +10,101 @@ const IFF_RawChunk* as_raw(const IFF_Chunk* chunk) {
     return reinterpret_cast<const IFF_RawChunk*>(chunk);
 }
 
+// What the bodies of chunks are understood by: the form type around them and the extensions for it.
+struct chunk_format {
+    const char* formType;
+    const IFF_FormExtension* extensions;
+    unsigned int length;
+};
+
+const IFF_Extension* find_extension(const chunk_format& format, const IFF_ID chunkId) {
+    return IFF_findFormExtension(format.formType, chunkId, format.extensions, format.length);
+}
+
+// What is done with the bodies of one kind of chunk.
+struct chunk_handlers {
+    const char* chunkId; // null: any other
+    chunk_kind kind;
+    int (*write)(FILE* file, const IFF_Chunk* chunk, const chunk_format& format);
+    int (*check)(const IFF_Chunk* chunk, const chunk_format& format);
+    void (*free)(IFF_Chunk* chunk, const chunk_format& format);
+    void (*print)(const IFF_Chunk* chunk, int indentLevel, const chunk_format& format);
+    int (*compare)(const IFF_Chunk* chunk1, const IFF_Chunk* chunk2, const chunk_format& format);
+};
+
+// Groups bring their own form type, or none.
+template <class Group, auto write, auto check, auto free_, auto print, auto compare>
+constexpr chunk_handlers group_handlers(const char* chunkId, chunk_kind kind) {
+    return {chunkId,
+            kind,
+            [](FILE* file, const IFF_Chunk* chunk, const chunk_format& format) {
+                return write(file, reinterpret_cast<const Group*>(chunk), format.extensions, format.length);
+            },
+            [](const IFF_Chunk* chunk, const chunk_format& format) {
+                return check(reinterpret_cast<const Group*>(chunk), format.extensions, format.length);
+            },
+            [](IFF_Chunk* chunk, const chunk_format& format) {
+                free_(reinterpret_cast<Group*>(chunk), format.extensions, format.length);
+            },
+            [](const IFF_Chunk* chunk, int indentLevel, const chunk_format& format) {
+                print(reinterpret_cast<const Group*>(chunk), indentLevel, format.extensions, format.length);
+            },
+            [](const IFF_Chunk* chunk1, const IFF_Chunk* chunk2, const chunk_format& format) {
+                return compare(reinterpret_cast<const Group*>(chunk1), reinterpret_cast<const Group*>(chunk2),
+                               format.extensions, format.length);
+            }};
+}
+
+int write_data(FILE* file, const IFF_Chunk* chunk, const chunk_format& format) {
+    const IFF_Extension* extension = find_extension(format, chunk->chunkId);
+    return extension ? extension->write(file, chunk) : IFF_writeRawChunk(file, as_raw(chunk));
+}
+
+int check_data(const IFF_Chunk* chunk, const chunk_format& format) {
+    const IFF_Extension* extension = find_extension(format, chunk->chunkId);
+    return extension ? extension->check(chunk) : 1;
+}
+
+void free_data(IFF_Chunk* chunk, const chunk_format& format) {
+    const IFF_Extension* extension = find_extension(format, chunk->chunkId);
+    extension ? extension->free(chunk) : IFF_freeRawChunk(as_raw(chunk));
+}
+
+void print_data(const IFF_Chunk* chunk, int indentLevel, const chunk_format& format) {
+    const IFF_Extension* extension = find_extension(format, chunk->chunkId);
+    extension ? extension->print(chunk, indentLevel) : IFF_printRawChunk(as_raw(chunk), indentLevel);
+}
+
+int compare_data(const IFF_Chunk* chunk1, const IFF_Chunk* chunk2, const chunk_format& format) {
+    const IFF_Extension* extension = find_extension(format, chunk1->chunkId);
+    return extension ? extension->compare(chunk1, chunk2)
+                     : IFF_compareRawChunk(as_raw(chunk1), as_raw(chunk2));
+}
+
+constexpr chunk_handlers kinds[] = {
+    group_handlers<IFF_Form, IFF_writeForm, IFF_checkForm, IFF_freeForm, IFF_printForm, IFF_compareForm>(
+        "FORM", chunk_kind::form),
+    group_handlers<IFF_CAT, IFF_writeCAT, IFF_checkCAT, IFF_freeCAT, IFF_printCAT, IFF_compareCAT>(
+        "CAT ", chunk_kind::cat),
+    group_handlers<IFF_List, IFF_writeList, IFF_checkList, IFF_freeList, IFF_printList, IFF_compareList>(
+        "LIST", chunk_kind::list),
+    group_handlers<IFF_Prop, IFF_writeProp, IFF_checkProp, IFF_freeProp, IFF_printProp, IFF_compareProp>(
+        "PROP", chunk_kind::prop),
+    {nullptr, chunk_kind::data, write_data, check_data, free_data, print_data, compare_data},
+};
+
+const chunk_handlers& handlers_of(const IFF_ID chunkId) {
+    const chunk_handlers* row = kinds;
+    while (row->chunkId && memcmp(chunkId, row->chunkId, sizeof(IFF_ID)) != 0)
+        ++row;
+    return *row;
+}
+
 } // namespace
+
+chunk_kind iff_kind(const IFF_Chunk* chunk) {
+    return handlers_of(chunk->chunkId).kind;
+}
 
 IFF_Chunk* IFF_allocateChunk(const IFF_ID chunkId, size_t recordSize) {
     if (recordSize < sizeof(IFF_Chunk)) return nullptr;
@@ -63,18 +130,12 @@ IFF_Chunk* iff_read_chunk(const iff_source& source, const char* formType) {
         return nullptr;
     }
 
-    switch (const chunk_kind kind = kind_of_id(chunkId)) {
-    case chunk_kind::form:
-    case chunk_kind::prop:
-    case chunk_kind::cat:
-    case chunk_kind::list: {
+    const chunk_kind kind = handlers_of(chunkId).kind;
+    if (kind != chunk_kind::data) {
         const bool has_form_type = kind == chunk_kind::form || kind == chunk_kind::prop;
         const char* type_name = has_form_type ? "formType" : "contentsType";
         return reinterpret_cast<IFF_Chunk*>(
             iff_read_group(source, chunkId, chunkSize, type_name, has_form_type));
-    }
-    case chunk_kind::data:
-        break;
     }
     const IFF_Extension* extension =
         IFF_findFormExtension(formType, chunkId, source.formExtensions, source.formExtensionsLength);
@@ -91,100 +152,21 @@ int IFF_writeChunk(FILE* file, const IFF_Chunk* chunk, const IFF_ID formType,
                    const IFF_FormExtension* formExtensions, unsigned int formExtensionsLength) {
     if (!IFF_writeId(file, chunk->chunkId, chunk->chunkId, "chunkId")) return 0;
     if (!IFF_writeLong(file, chunk->chunkSize, chunk->chunkId, "chunkSize")) return 0;
-
-    switch (iff_kind(chunk)) {
-    case chunk_kind::form:
-        return IFF_writeForm(file, as_group(chunk), formExtensions, formExtensionsLength);
-    case chunk_kind::prop:
-        return IFF_writeProp(file, as_group(chunk), formExtensions, formExtensionsLength);
-    case chunk_kind::cat:
-        return IFF_writeCAT(file, as_group(chunk), formExtensions, formExtensionsLength);
-    case chunk_kind::list:
-        return IFF_writeList(file, as_list(chunk), formExtensions, formExtensionsLength);
-    case chunk_kind::data:
-        break;
-    }
-    const IFF_Extension* extension =
-        IFF_findFormExtension(formType, chunk->chunkId, formExtensions, formExtensionsLength);
-    return extension ? extension->write(file, chunk) : IFF_writeRawChunk(file, as_raw(chunk));
+    return handlers_of(chunk->chunkId).write(file, chunk, {formType, formExtensions, formExtensionsLength});
 }
 
 int IFF_checkChunk(const IFF_Chunk* chunk, const IFF_ID formType, const IFF_FormExtension* formExtensions,
                    unsigned int formExtensionsLength) {
-    if (!IFF_checkId(chunk->chunkId)) return 0;
-
-    switch (iff_kind(chunk)) {
-    case chunk_kind::form:
-        return IFF_checkForm(as_group(chunk), formExtensions, formExtensionsLength);
-    case chunk_kind::prop:
-        return IFF_checkProp(as_group(chunk), formExtensions, formExtensionsLength);
-    case chunk_kind::cat:
-        return IFF_checkCAT(as_group(chunk), formExtensions, formExtensionsLength);
-    case chunk_kind::list:
-        return IFF_checkList(as_list(chunk), formExtensions, formExtensionsLength);
-    case chunk_kind::data:
-        break;
-    }
-    const IFF_Extension* extension =
-        IFF_findFormExtension(formType, chunk->chunkId, formExtensions, formExtensionsLength);
-    return extension ? extension->check(chunk) : 1;
+    return IFF_checkId(chunk->chunkId) &&
+           handlers_of(chunk->chunkId).check(chunk, {formType, formExtensions, formExtensionsLength});
 }
 
 void IFF_freeChunk(IFF_Chunk* chunk, const IFF_ID formType, const IFF_FormExtension* formExtensions,
                    unsigned int formExtensionsLength) {
     if (!chunk) return;
-    switch (iff_kind(chunk)) {
-    case chunk_kind::form:
-        IFF_freeForm(as_group(chunk), formExtensions, formExtensionsLength);
-        break;
-    case chunk_kind::prop:
-        IFF_freeProp(as_group(chunk), formExtensions, formExtensionsLength);
-        break;
-    case chunk_kind::cat:
-        IFF_freeCAT(as_group(chunk), formExtensions, formExtensionsLength);
-        break;
-    case chunk_kind::list:
-        IFF_freeList(as_list(chunk), formExtensions, formExtensionsLength);
-        break;
-    case chunk_kind::data:
-        const IFF_Extension* extension =
-            IFF_findFormExtension(formType, chunk->chunkId, formExtensions, formExtensionsLength);
-        if (extension) {
-            extension->free(chunk);
-        } else {
-            IFF_freeRawChunk(as_raw(chunk));
-        }
-        break;
-    }
+    handlers_of(chunk->chunkId).free(chunk, {formType, formExtensions, formExtensionsLength});
     free(chunk);
 }
-
-namespace {
-
-void print_contents(const IFF_Chunk* chunk, int indentLevel, const IFF_ID formType,
-                    const IFF_FormExtension* formExtensions, unsigned int formExtensionsLength) {
-    switch (iff_kind(chunk)) {
-    case chunk_kind::form:
-        return IFF_printForm(as_group(chunk), indentLevel, formExtensions, formExtensionsLength);
-    case chunk_kind::prop:
-        return IFF_printProp(as_group(chunk), indentLevel, formExtensions, formExtensionsLength);
-    case chunk_kind::cat:
-        return IFF_printCAT(as_group(chunk), indentLevel, formExtensions, formExtensionsLength);
-    case chunk_kind::list:
-        return IFF_printList(as_list(chunk), indentLevel, formExtensions, formExtensionsLength);
-    case chunk_kind::data:
-        break;
-    }
-    const IFF_Extension* extension =
-        IFF_findFormExtension(formType, chunk->chunkId, formExtensions, formExtensionsLength);
-    if (extension) {
-        extension->print(chunk, indentLevel);
-    } else {
-        IFF_printRawChunk(as_raw(chunk), indentLevel);
-    }
-}
-
-} // namespace
 
 void IFF_printChunk(const IFF_Chunk* chunk, int indentLevel, const IFF_ID formType,
                     const IFF_FormExtension* formExtensions, unsigned int formExtensionsLength) {
@@ -192,7 +174,8 @@ void IFF_printChunk(const IFF_Chunk* chunk, int indentLevel, const IFF_ID formTy
     IFF_printId(chunk->chunkId);
     fputs("' = {\n", stdout);
     IFF_printIndent(stdout, indentLevel + 1, "chunkSize = %d;\n", static_cast<int>(chunk->chunkSize));
-    print_contents(chunk, indentLevel + 1, formType, formExtensions, formExtensionsLength);
+    handlers_of(chunk->chunkId)
+        .print(chunk, indentLevel + 1, {formType, formExtensions, formExtensionsLength});
     IFF_printIndent(stdout, indentLevel, "}\n\n");
 }
 
@@ -200,23 +183,8 @@ int IFF_compareChunk(const IFF_Chunk* chunk1, const IFF_Chunk* chunk2, const IFF
                      const IFF_FormExtension* formExtensions, unsigned int formExtensionsLength) {
     if (IFF_compareId(chunk1->chunkId, chunk2->chunkId) != 0) return 0;
     if (chunk1->chunkSize != chunk2->chunkSize) return 0;
-
-    switch (iff_kind(chunk1)) {
-    case chunk_kind::form:
-        return IFF_compareForm(as_group(chunk1), as_group(chunk2), formExtensions, formExtensionsLength);
-    case chunk_kind::prop:
-        return IFF_compareProp(as_group(chunk1), as_group(chunk2), formExtensions, formExtensionsLength);
-    case chunk_kind::cat:
-        return IFF_compareCAT(as_group(chunk1), as_group(chunk2), formExtensions, formExtensionsLength);
-    case chunk_kind::list:
-        return IFF_compareList(as_list(chunk1), as_list(chunk2), formExtensions, formExtensionsLength);
-    case chunk_kind::data:
-        break;
-    }
-    const IFF_Extension* extension =
-        IFF_findFormExtension(formType, chunk1->chunkId, formExtensions, formExtensionsLength);
-    return extension ? extension->compare(chunk1, chunk2)
-                     : IFF_compareRawChunk(as_raw(chunk1), as_raw(chunk2));
+    return handlers_of(chunk1->chunkId)
+        .compare(chunk1, chunk2, {formType, formExtensions, formExtensionsLength});
 }
 
 unsigned int iff_collect_forms(IFF_Chunk* chunk, const IFF_ID formType, IFF_Form** forms) {

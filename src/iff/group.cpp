@@ -5,23 +5,17 @@
 // so its size is 4 plus the extents of its chunks.
 #include "iff/group.h"
 
-// Levels of groups in groups, so that no file exhausts the stack of whoever walks its tree.
-constexpr int levels_max = 256;
-
-namespace {
-
-bool level_allowed(int level) {
+bool iff_level_allowed(int level) {
+    constexpr int levels_max = 256;
     if (level < levels_max) return true;
     IFF_error("Groups are nested more than %d levels deep!\n", levels_max);
     return false;
 }
 
-} // namespace
-
 bool iff_check_depth(const IFF_Chunk* chunk, int level) {
     const chunk_kind kind = iff_kind(chunk);
     if (kind == chunk_kind::data) return true;
-    if (!level_allowed(level)) return false;
+    if (!iff_level_allowed(level)) return false;
     const IFF_Group* group = as_group(chunk);
     for (uint32_t i = 0; i < group->subChunkCount; ++i) {
         if (!iff_check_depth(group->subChunks[i], level + 1)) return false;
@@ -52,7 +46,7 @@ int IFF_addToGroup(IFF_Group* group, IFF_Chunk* chunk) {
 
 IFF_Group* iff_read_group(const iff_source& source, const IFF_ID chunkId, int32_t chunkSize,
                           const char* groupTypeName, bool groupTypeIsFormType) {
-    if (!level_allowed(source.level)) return nullptr;
+    if (!iff_level_allowed(source.level)) return nullptr;
     IFF_ID groupType;
     if (!IFF_readId(source.file, groupType, chunkId, groupTypeName)) return nullptr;
 

@@ -58,6 +58,10 @@ bool iff_adopt(IFF_Group* group, T**& array, uint32_t& count, T* entry, IFF_Chun
     return true;
 }
 
+// Levels of groups in groups are limited, so that no file exhausts the stack of whoever walks its tree. False
+// after a report.
+bool iff_level_allowed(int level);
+
 // Whether the groups in the chunk are nested no deeper than readers go, at a level of groups around it. False
 // after a report.
 bool iff_check_depth(const IFF_Chunk* chunk, int level);

@@ -33,6 +33,25 @@ template <class T> int write_number(FILE* file, T value, const IFF_ID chunkId, c
     return 1;
 }
 
+// Between the byte orders of file and machine, either way.
+uint32_t swapped(uint32_t word) {
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    return __builtin_bswap32(word);
+#else
+    return word;
+#endif
+}
+
+void swap_words(void* words, size_t count) {
+    auto* bytes = static_cast<uint8_t*>(words);
+    for (size_t i = 0; i < count; ++i) {
+        uint32_t word;
+        memcpy(&word, bytes + 4 * i, sizeof word);
+        word = swapped(word);
+        memcpy(bytes + 4 * i, &word, sizeof word);
+    }
+}
+
 } // namespace
 
 int IFF_readUByte(FILE* file, uint8_t* value, const IFF_ID chunkId, const char* attributeName) {
@@ -108,29 +127,6 @@ size_t iff_read_bytes(FILE* file, size_t count, heap_ptr<uint8_t>& bytes) {
     bytes.reset(storage);
     return arrived;
 }
-
-namespace {
-
-// Between the byte orders of file and machine, either way.
-uint32_t swapped(uint32_t word) {
-#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-    return __builtin_bswap32(word);
-#else
-    return word;
-#endif
-}
-
-void swap_words(void* words, size_t count) {
-    auto* bytes = static_cast<uint8_t*>(words);
-    for (size_t i = 0; i < count; ++i) {
-        uint32_t word;
-        memcpy(&word, bytes + 4 * i, sizeof word);
-        word = swapped(word);
-        memcpy(bytes + 4 * i, &word, sizeof word);
-    }
-}
-
-} // namespace
 
 int iff_read_floats(FILE* file, float* values, size_t count, const IFF_ID chunkId,
                     const char* attributeName) {

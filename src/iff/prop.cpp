@@ -1,3 +1,4 @@
+// As in a FORM, the type of the group selects the handlers of its chunks.
 #include "iff/group.h"
 
 IFF_Prop* IFF_createProp(const IFF_ID formType) {
@@ -15,7 +16,7 @@ IFF_Prop* IFF_readProp(FILE* file, int32_t chunkSize, const IFF_FormExtension* f
 
 int IFF_writeProp(FILE* file, const IFF_Prop* prop, const IFF_FormExtension* formExtensions,
                   unsigned int formExtensionsLength) {
-    return IFF_writeGroup(file, prop, prop->groupType, "formType", formExtensions, formExtensionsLength);
+    return IFF_writeForm(file, prop, formExtensions, formExtensionsLength);
 }
 
 namespace {
@@ -34,17 +35,17 @@ int IFF_checkProp(const IFF_Prop* prop, const IFF_FormExtension* formExtensions,
 
 void IFF_freeProp(IFF_Prop* prop, const IFF_FormExtension* formExtensions,
                   unsigned int formExtensionsLength) {
-    IFF_freeGroup(prop, prop->groupType, formExtensions, formExtensionsLength);
+    IFF_freeForm(prop, formExtensions, formExtensionsLength);
 }
 
 void IFF_printProp(const IFF_Prop* prop, int indentLevel, const IFF_FormExtension* formExtensions,
                    unsigned int formExtensionsLength) {
-    IFF_printGroup(prop, indentLevel, prop->groupType, "formType", formExtensions, formExtensionsLength);
+    IFF_printForm(prop, indentLevel, formExtensions, formExtensionsLength);
 }
 
 int IFF_compareProp(const IFF_Prop* prop1, const IFF_Prop* prop2, const IFF_FormExtension* formExtensions,
                     unsigned int formExtensionsLength) {
-    return IFF_compareGroup(prop1, prop2, prop1->groupType, formExtensions, formExtensionsLength);
+    return IFF_compareForm(prop1, prop2, formExtensions, formExtensionsLength);
 }
 
 IFF_Chunk* IFF_getChunkFromProp(const IFF_Prop* prop, const IFF_ID chunkId) {

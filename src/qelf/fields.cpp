@@ -76,13 +76,6 @@ int complete_text(IFF_Chunk* around, IFF_RawChunk** text, int32_t* length, const
     return embed(around, &(*text)->chunk);
 }
 
-bool depth_allowed(int depth) {
-    constexpr int deepest = 256;
-    if (depth < deepest) return true;
-    IFF_error("Groups are nested more than %d levels deep!\n", deepest);
-    return false;
-}
-
 int write_text(FILE* file, const IFF_RawChunk* text) {
     return text ? IFF_writeRawChunk(file, text) : 1;
 }

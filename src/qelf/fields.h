@@ -58,11 +58,7 @@ void free_text(IFF_RawChunk** text);
 void print_text(const IFF_RawChunk* text, int indentLevel);
 bool same_text(const IFF_RawChunk* a, const IFF_RawChunk* b);
 
-// Deeper groups are neither read nor written, so that no file exhausts the stack. Returns false after a
-// report.
-bool depth_allowed(int depth);
-
-// Readers that know how many groups are around them.
+// Readers that know how many groups are around them, which is limited as for groups of chunks.
 QELF_SceneGroup* read_group(FILE* file, int depth);
 QELF_Node* read_node(FILE* file, int depth);
 

@@ -8,7 +8,7 @@
 //   64    matrix, column by column
 //   ...   the nodes
 
-#include "base/heap.h"
+#include "iff/group.h"
 #include "qelf/fields.h"
 
 namespace {
@@ -93,7 +93,7 @@ int QELF_addNodeToGroup(QELF_SceneGroup* group, uint32_t index, QELF_Node* node)
 }
 
 QELF_SceneGroup* read_group(FILE* file, int depth) {
-    if (!depth_allowed(depth)) return nullptr;
+    if (!iff_level_allowed(depth)) return nullptr;
     QELF_SceneGroup* const group = QELF_createSceneGroup(0);
     if (!group || read_fields(file, group, depth + 1)) return group;
     QELF_freeSceneGroup(group);
@@ -106,7 +106,7 @@ QELF_SceneGroup* QELF_readSceneGroup(FILE* file, int32_t) {
 }
 
 int complete_group(QELF_SceneGroup* group, int depth) {
-    if (!depth_allowed(depth)) return 0;
+    if (!iff_level_allowed(depth)) return 0;
     group->chunk.chunkSize = fixed_size;
     if (!complete_text(&group->chunk, &group->name, &group->nameLength, "NAME")) return 0;
     for (uint32_t i = 0; i < group->nnodes; ++i) {

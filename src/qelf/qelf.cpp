@@ -5,31 +5,53 @@
 
 namespace {
 
-// A row of the table: handlers of a record type, seen through its IFF_Chunk.
-template <class Record, auto read, auto write, auto check, auto free_, auto print, auto compare>
-constexpr IFF_Extension extension(const char* chunk_id) {
-    return {chunk_id,
-            [](FILE* file, int32_t size) { return reinterpret_cast<IFF_Chunk*>(read(file, size)); },
-            [](FILE* file, const IFF_Chunk* chunk) {
-                return write(file, reinterpret_cast<const Record*>(chunk));
-            },
-            [](const IFF_Chunk* chunk) { return check(reinterpret_cast<const Record*>(chunk)); },
-            [](IFF_Chunk* chunk) { free_(reinterpret_cast<Record*>(chunk)); },
-            [](const IFF_Chunk* chunk, int level) { print(reinterpret_cast<const Record*>(chunk), level); },
-            [](const IFF_Chunk* a, const IFF_Chunk* b) {
-                return compare(reinterpret_cast<const Record*>(a), reinterpret_cast<const Record*>(b));
-            }};
+// A chunk type: its handlers, and what completes a record before it is written.
+struct chunk_type {
+    IFF_Extension extension;
+    int (*complete)(IFF_Chunk* chunk);
+};
+
+// The handlers of a record, seen through its IFF_Chunk.
+template <class Record, auto read, auto write, auto check, auto free_, auto print, auto compare,
+          auto complete>
+constexpr chunk_type type(const char* chunk_id) {
+    return {{chunk_id,
+             [](FILE* file, int32_t size) { return reinterpret_cast<IFF_Chunk*>(read(file, size)); },
+             [](FILE* file, const IFF_Chunk* chunk) {
+                 return write(file, reinterpret_cast<const Record*>(chunk));
+             },
+             [](const IFF_Chunk* chunk) { return check(reinterpret_cast<const Record*>(chunk)); },
+             [](IFF_Chunk* chunk) { free_(reinterpret_cast<Record*>(chunk)); },
+             [](const IFF_Chunk* chunk, int level) { print(reinterpret_cast<const Record*>(chunk), level); },
+             [](const IFF_Chunk* a, const IFF_Chunk* b) {
+                 return compare(reinterpret_cast<const Record*>(a), reinterpret_cast<const Record*>(b));
+             }},
+            [](IFF_Chunk* chunk) { return complete(reinterpret_cast<Record*>(chunk)); }};
 }
 
+int complete_scene_group(QELF_SceneGroup* group) {
+    return complete_group(group, 0);
+}
+
+int complete_header(QELF_SceneHeader*) {
+    return 1; // it has nothing to complete
+}
+
+// Sorted, as the container looks rows up by halving.
+constexpr chunk_type types[] = {
+    type<QELF_Animation, QELF_readAnimation, QELF_writeAnimation, QELF_checkAnimation, QELF_freeAnimation,
+         QELF_printAnimation, QELF_compareAnimation, complete_animation>("ANIM"),
+    type<QELF_SceneGroup, QELF_readSceneGroup, QELF_writeSceneGroup, QELF_checkSceneGroup,
+         QELF_freeSceneGroup, QELF_printSceneGroup, QELF_compareSceneGroup, complete_scene_group>("SGRP"),
+    type<QELF_SceneHeader, QELF_readSceneHeader, QELF_writeSceneHeader, QELF_checkSceneHeader,
+         QELF_freeSceneHeader, QELF_printSceneHeader, QELF_compareSceneHeader, complete_header>("SHDR"),
+    type<QELF_Texture, QELF_readTexture, QELF_writeTexture, QELF_checkTexture, QELF_freeTexture,
+         QELF_printTexture, QELF_compareTexture, complete_texture>("TXTR"),
+};
+
 int complete_record(IFF_Chunk* chunk) {
-    if (IFF_compareId(chunk->chunkId, "SGRP") == 0) {
-        return complete_group(reinterpret_cast<QELF_SceneGroup*>(chunk), 0);
-    }
-    if (IFF_compareId(chunk->chunkId, "TXTR") == 0) {
-        return complete_texture(reinterpret_cast<QELF_Texture*>(chunk));
-    }
-    if (IFF_compareId(chunk->chunkId, "ANIM") == 0) {
-        return complete_animation(reinterpret_cast<QELF_Animation*>(chunk));
+    for (const chunk_type& row : types) {
+        if (IFF_compareId(chunk->chunkId, row.extension.chunkId) == 0) return row.complete(chunk);
     }
     return 1;
 }
@@ -61,17 +83,8 @@ int complete_tree(IFF_Chunk* tree) {
 
 } // namespace
 
-// Sorted, as the container looks rows up by halving.
-const IFF_Extension QELFFormExtension[4] = {
-    extension<QELF_Animation, QELF_readAnimation, QELF_writeAnimation, QELF_checkAnimation,
-              QELF_freeAnimation, QELF_printAnimation, QELF_compareAnimation>("ANIM"),
-    extension<QELF_SceneGroup, QELF_readSceneGroup, QELF_writeSceneGroup, QELF_checkSceneGroup,
-              QELF_freeSceneGroup, QELF_printSceneGroup, QELF_compareSceneGroup>("SGRP"),
-    extension<QELF_SceneHeader, QELF_readSceneHeader, QELF_writeSceneHeader, QELF_checkSceneHeader,
-              QELF_freeSceneHeader, QELF_printSceneHeader, QELF_compareSceneHeader>("SHDR"),
-    extension<QELF_Texture, QELF_readTexture, QELF_writeTexture, QELF_checkTexture, QELF_freeTexture,
-              QELF_printTexture, QELF_compareTexture>("TXTR"),
-};
+const IFF_Extension QELFFormExtension[4] = {types[0].extension, types[1].extension, types[2].extension,
+                                            types[3].extension};
 
 const IFF_FormExtension QELF_formExtensions[1] = {{"QELF", 4, QELFFormExtension}};
 

@@ -1,7 +1,11 @@
 #include "fixture.h"
 
+#include "scarce_heap.h"
+
 #include <algorithm>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <sstream>
 
 std::string big_endian(uint32_t number) {
     std::string bytes;
@@ -16,6 +20,13 @@ std::string chunk(const std::string& id, const std::string& body) {
 
 std::string chunk(const std::string& id, uint32_t declared_size, const std::string& body) {
     return id + big_endian(declared_size) + body + std::string(body.size() % 2, '\0');
+}
+
+std::string nested(const std::string& id, int levels) {
+    std::string file;
+    for (; levels > 0; --levels)
+        file = group_of(id, "GOOD", file);
+    return file;
 }
 
 stream_ptr open_bytes(const std::string& bytes) {
@@ -57,8 +68,23 @@ std::string reports_of(const std::function<void()>& action) {
     return reports;
 }
 
+std::string read_frugally(const std::string& bytes, bool readable, extension_table table) {
+    const long blocks = heap.blocks, calls = heap.calls;
+    heap.largest = 0;
+    const std::string reported = reports_of([&] { EXPECT_EQ(read(bytes, table) != nullptr, readable); });
+    EXPECT_LT(static_cast<size_t>(heap.calls - calls) * heap.largest, 64u << 20); // as if nothing was freed
+    EXPECT_EQ(heap.blocks, blocks);
+    return reported;
+}
+
 std::string output_of(const std::function<void()>& action) {
     testing::internal::CaptureStdout();
     action();
     return testing::internal::GetCapturedStdout();
+}
+
+std::string bytes_of(const std::string& path) {
+    std::stringstream bytes;
+    bytes << std::ifstream(path, std::ios::binary).rdbuf();
+    return bytes.str();
 }

@@ -16,6 +16,8 @@ std::string chunk(const std::string& id, uint32_t declared_size, const std::stri
 inline std::string group_of(const std::string& id, const std::string& type, const std::string& chunks) {
     return chunk(id, type + chunks);
 }
+// Groups in groups.
+std::string nested(const std::string& id, int levels);
 
 struct extension_table {
     const IFF_FormExtension* rows = nullptr;
@@ -41,8 +43,14 @@ tree_ptr read(const std::string& bytes, extension_table table = {});
 // The file of a tree, or nothing where writing failed. After `room` bytes the disk is full.
 std::string write(const IFF_Chunk* tree, extension_table table = {}, size_t room = 1 << 20);
 
+// What reading the bytes reports. It must take little memory, and give everything back with the tree.
+std::string read_frugally(const std::string& bytes, bool readable, extension_table table = {});
+
 // Everything reported while it runs, in one text.
 std::string reports_of(const std::function<void()>& action);
 std::string output_of(const std::function<void()>& action);
+
+// The content of a file.
+std::string bytes_of(const std::string& path);
 
 #endif

@@ -59,6 +59,7 @@ TEST(qelf_build, replaced_values_leave_the_size_of_the_new_ones) {
     const lone<QELF_Animation> animation{QELF_createAnimation(2, 1)};
     EXPECT_EQ(group->chunk.chunkSize, 112);
     EXPECT_EQ(light->chunk.chunkSize, 24);
+    EXPECT_EQ(light->color.r + light->color.g + light->color.b, 3.0f);
     EXPECT_EQ(texture->chunk.chunkSize, 12);
     EXPECT_EQ(animation->chunk.chunkSize, 8 + 32);
     for (const std::string name : {"", "a", "needle", "gauge"}) {

@@ -10,8 +10,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 
 namespace {
 
@@ -24,12 +22,6 @@ void apply_bind_placement(group& g) {
     for (int i = 0; i < g.nnodes; ++i) {
         if (g.nodes[i].export_node == group_export) apply_bind_placement(node<group>(g, i));
     }
-}
-
-std::string bytes_of(const std::string& path) {
-    std::stringstream bytes;
-    bytes << std::ifstream(path, std::ios::binary).rdbuf();
-    return bytes.str();
 }
 
 // The file of an exported group, with two textures; nothing when it cannot be made or written.
@@ -134,19 +126,18 @@ std::string material_library() {
 
 // More textures and lights than the lists have room for at first, and materials that share the textures.
 std::string large_scene() {
-    mesh_spec mesh;
-    mesh.flags = {1, 1, 1, 2};
+    mesh_spec mesh = {3, {0, 1, 2}, {}, {1, 1, 1, 2}};
     for (const uint32_t map : {1, 2, 5})
-        mesh.materials.emplace_back(0, std::vector<uint32_t>{map, 1, 0, 2, 1, 2, 1});
+        mesh.materials.push_back({0, {map, 1, 0, 2, 1, 2, 1}});
     const node_list lights(9, {3, light_record("sun", 1, 80)});
     const node_list nodes = {{1, group_record("arm", lights)},
                              {2, mesh_record(mesh)},
                              {1, group_record("deep", {{1, group_record("hand", {{2, mesh_record(mesh)}})}})},
                              {3, light_record("last", 2, 1)}};
-    std::vector<record> chunks = {header_record(), chunk_record("SGRP", group_record("dial", nodes))};
+    std::vector<record> textures;
     for (const std::string name : {"a", "b", "c", "d", "e"})
-        chunks.push_back(chunk_record("TXTR", texture_record(0, "", name + ".png")));
-    return container("FORM", "QELF", chunks).bytes;
+        textures.push_back(texture_record(0, "", name + ".png"));
+    return scene_record(group_record("dial", nodes), textures).bytes;
 }
 
 } // namespace
@@ -184,26 +175,21 @@ TEST(short_memory, loads_a_model_whole_or_says_what_it_did) {
 
 // Of all that the loader takes over, so that export gives the very bytes.
 TEST(qel_export, gives_the_file_that_was_loaded) {
-    mesh_spec mesh;
-    mesh.nvertices = 4;
-    mesh.indices = {3, 1, 2, 2, 1, 0, 0, 1, 3};
-    mesh.flags = {7, 1, 1, 2};
+    mesh_spec mesh = {
+        4, {3, 1, 2, 2, 1, 0, 0, 1, 3}, {{0, {2, 1, 0, 2, 1, 2, 1}}, {2, {0, 0, 0, 0, 0, 0, 0}}}};
     mesh.matrix[13] = -0.0f;
-    mesh.materials.emplace_back(0, std::vector<uint32_t>{2, 1, 0, 2, 1, 2, 1});
-    mesh.materials.emplace_back(2, std::vector<uint32_t>(7));
-    node_list inner, nodes;
-    inner.emplace_back(3, light_record("light", 2, 12.5f));
-    inner.emplace_back(2, mesh_record(mesh));
-    inner.emplace_back(1, group_record("", {}));
+    node_list inner = {{3, light_record("light", 2, 12.5f)}, {1, group_record("", {})}};
+    for (const auto& flags : {std::array<uint8_t, 4>{7, 1, 1, 2}, {0, 1, 0, 0}, {0, 0, 1, 1}}) {
+        mesh.flags = flags;
+        inner.emplace_back(2, mesh_record(mesh));
+    }
     auto matrix = identity;
     matrix[1] = 1e-3f;
-    nodes.emplace_back(1, group_record("arm", inner, 0.5f, {1, -2, 3, 90, -30.25f, -7, 1, 2, 0.1f}, matrix));
-    const record texture = chunk_record("TXTR", texture_record(0, "", "t.png"));
+    const node_list nodes = {
+        {1, group_record("arm", inner, 0.5f, {1, -2, 3, 90, -30.25f, -7, 1, 2, 0.1f}, matrix)}};
+    const record texture = texture_record(0, "", "t.png");
     const record file =
-        container("FORM", "QELF",
-                  {header_record(),
-                   chunk_record("SGRP", group_record("g", nodes, 7, {0, 0, 0, 0.1f, -359, 1e-30f, 1, 1, 1})),
-                   texture, texture});
+        scene_record(group_record("g", nodes, 7, {0, 0, 0, 0.1f, -359, 1e-30f, 1, 1, 1}), {texture, texture});
     const temp_folder folder;
     const std::string path = folder.write("a.qel", file.bytes);
     loaded_model model(path, group_loadqel);
@@ -238,33 +224,6 @@ TEST(qel_export, gives_degrees_that_are_read_as_the_same_radians) {
     }
 }
 
-TEST(qel_export, takes_obj_models) {
-    const temp_folder folder;
-    folder.write("a.mtl", "newmtl m\nKd 0.1 0.2 0.3\nNs 17\nmap_Kd t.png\nnewmtl n\nd 0.5\n");
-    const std::string obj =
-        folder.write("a.obj", "mtllib a.mtl\nv 1 2 3\nv -0.1 0.3 1e-3\nv 7 8 9\nvt 0.1 0.7\nvn 0 0.6 0.8\n"
-                              "usemtl m\nf 1/1/1 2/1/1 3/1/1\nusemtl n\nf 3/1/1 2/1/1 1/1/1\n");
-    loaded_model model(obj);
-    const std::string path = folder.path + "/a.qel";
-    const std::string bytes = write_scene(group_export(&model.root.root), path);
-    loaded_model again(path, group_loadqel);
-    ASSERT_EQ(again.result, 1);
-    const trimesh& a = model.mesh();
-    const trimesh& b = again.mesh();
-    ASSERT_EQ(b.nvertices, 6);
-    ASSERT_EQ(b.nfaces, 2);
-    EXPECT_EQ(memcmp(a.vertices, b.vertices, 6 * 12) | memcmp(a.normals, b.normals, 6 * 12) |
-                  memcmp(a.texcoords[0], b.texcoords[0], 6 * 8) | memcmp(a.indices, b.indices, 2 * 12),
-              0);
-    EXPECT_EQ(again.root.root.radius, model.root.root.radius);
-    ASSERT_EQ(b.nmaterials, 2);
-    EXPECT_EQ(b.materials[1].startIndex, 1);
-    EXPECT_EQ(b.materials[0].material->diffuse[1], 0.2f);
-    EXPECT_EQ(b.materials[0].material->diffuseMap, again.root.textures[0]);
-    EXPECT_EQ(b.materials[1].material->alpha, 0.5f);
-    EXPECT_EQ(write_scene(group_export(&again.root.root), path), bytes);
-}
-
 TEST(qel_export, needs_the_arrays) {
     const temp_folder folder;
     for (const int which : {0, 1, 2}) {
@@ -277,10 +236,7 @@ TEST(qel_export, needs_the_arrays) {
         EXPECT_EQ(trimesh_export(&mesh), nullptr);
         QELF_Node* const exported = group_export(&model.root.root);
         EXPECT_EQ(static_cast<QELF_SceneGroup*>(exported->content)->nodes[1], nullptr);
-        testing::internal::CaptureStderr();
-        EXPECT_EQ(write_scene(exported, folder.path + "/b.qel"), "");
-        EXPECT_EQ(testing::internal::GetCapturedStderr(),
-                  "'SGRP': a node is missing!\nError writing chunk!\n");
+        QELF_freeNode(exported);
     }
 }
 

@@ -19,32 +19,21 @@ record scene_with_mesh(const mesh_spec& mesh) {
 
 } // namespace
 
+// What export gives back is compared there, byte for byte.
 TEST(qel_loader, builds_the_tree_of_the_file) {
     const temp_folder folder;
     const loaded_model model(folder.write("scenes/a.qel", everything().bytes), group_loadqel);
     ASSERT_EQ(model.result, 1);
     const scene& s = model.root;
     const group& root = s.root;
-    EXPECT_STREQ(root.name, "dial");
-    EXPECT_EQ(root.radius, 7.25f);
     EXPECT_EQ(root.bind_rotation[1], 20.0f / 180.0f * 3.14159f);
     EXPECT_EQ(root.rotation[1], 0.0f);
     ASSERT_EQ(root.nnodes, 4);
 
-    const group& arm = node<group>(root, 0);
-    EXPECT_STREQ(arm.name, "arm");
-    EXPECT_EQ(arm.radius, 0.5f);
-    EXPECT_EQ(arm.bind_rotation[0], 1.570795f);
-    EXPECT_EQ(arm.bind_translation[1], -2.0f);
-    EXPECT_EQ(arm.bind_scaling[2], 0.5f);
-    EXPECT_EQ(arm.bind_transform[12], 2.0f);
     // A group without nodes keeps the placement it was made with.
     EXPECT_EQ(node<group>(root, 3).bind_scaling[2], 1.0f);
     ASSERT_EQ(s.nlights, 2);
-    EXPECT_EQ(s.lights[0], &node<light>(arm, 0));
-    EXPECT_EQ(s.lights[1]->type, 6);
-    EXPECT_EQ(s.lights[0]->intensity, 80.0f);
-    EXPECT_EQ(s.lights[0]->color[2], 0.75f);
+    EXPECT_EQ(s.lights[0], &node<light>(node<group>(root, 0), 0));
     EXPECT_STREQ(s.lights[0]->name, "light");
 
     ASSERT_EQ(s.ntextures, 2);
@@ -54,33 +43,20 @@ TEST(qel_loader, builds_the_tree_of_the_file) {
     const trimesh& mesh = node<trimesh>(root, 1);
     const material& m = *mesh.materials[0].material;
     EXPECT_EQ(m.diffuseMap, s.textures[1]);
-    EXPECT_EQ(m.specularMap, s.textures[0]);
-    EXPECT_EQ(m.reflectionMap, s.textures[1]);
     EXPECT_EQ(m.ambientMap, nullptr); // never carried over
     EXPECT_EQ(m.normalMap, nullptr);  // 65535: beyond the textures
     EXPECT_EQ(mesh.materials[1].material->emissiveMap, nullptr);
     EXPECT_EQ(s.textures[0]->refcount, 4);
     EXPECT_EQ(s.textures[1]->refcount, 3);
     EXPECT_STREQ(m.name, "material");
-    EXPECT_EQ(m.emissive[2], 11.5f);
-    EXPECT_EQ(m.alpha, 13.5f);
-    EXPECT_EQ(mesh.materials[1].startIndex, 1);
     EXPECT_EQ(mesh.calc_normals, 0);
     EXPECT_STREQ(mesh.name, "mesh");
-    EXPECT_EQ(mesh.transform[14], 4.0f);
-    for (const auto& [kind, array] :
-         {std::pair{0, mesh.vertices}, {1, mesh.normals}, {2, mesh.tangents}, {3, mesh.binormals}})
-        EXPECT_EQ(memcmp(array, mesh_array(kind, 12).data(), 48), 0) << kind;
-    EXPECT_EQ(memcmp(mesh.texcoords[1], mesh_array(5, 8).data(), 32), 0);
-    EXPECT_EQ(mesh.indices[5], 3u);
     EXPECT_EQ(node<trimesh>(root, 2).calc_normals, 1);
     EXPECT_EQ(node<trimesh>(root, 2).normals, nullptr);
 }
 
 TEST(qel_loader, textures_of_a_file_without_a_folder_are_beside_it) {
-    const record file = container("FORM", "QELF",
-                                  {header_record(), chunk_record("SGRP", group_record("g", {})),
-                                   chunk_record("TXTR", texture_record(0, "", "maps\\b.png"))});
+    const record file = scene_record(group_record("g", {}), {texture_record(0, "", "maps\\b.png")});
     const temp_folder folder;
     folder.write("a.qel", file.bytes);
     const auto before = std::filesystem::current_path();
@@ -97,14 +73,12 @@ TEST(qel_loader, refuses_what_is_no_good) {
                       uses = "WARNING: QEL file uses QEL format with version ",
                       software = ", software uses QEL format version 2.0\n";
     const std::string good = scene_with_mesh({}).bytes;
-    const std::vector<uint32_t> none(7);
+    const auto start = [](int face) {
+        return "WARNING: QEL mesh has start index " + std::to_string(face) +
+               " for material 1, out of order or beyond its 2 faces\n";
+    };
+    const std::vector<uint32_t> none(7), twice = {0, 1, 2, 0, 1, 2};
     const record second = chunk_record("SGRP", group_record("2", {}));
-    mesh_spec far, back, beyond, end;
-    far.indices = {0, 1, 2, 2, 3, 1};
-    back.indices = beyond.indices = end.indices = {0, 1, 2, 0, 1, 2};
-    back.materials = {{1, none}, {0, none}};
-    beyond.materials = {{0, none}, {3, none}};
-    end.materials = {{0, none}, {2, none}};
     const struct {
         std::string bytes, warning;
         bool loaded = false;
@@ -122,16 +96,13 @@ TEST(qel_loader, refuses_what_is_no_good) {
         {good.substr(0, good.size() - 1),
          "Error reading raw chunk body of chunk: 'INDX'\nError while reading "
          "chunk!\nERROR: cannot open main chunk!\n"},
-        {scene_with_mesh(far).bytes, "WARNING: QEL mesh has index 3 in face 1, but 3 vertices\n"},
-        {scene_with_mesh(back).bytes,
-         "WARNING: QEL mesh has start index 0 for material 1, out of order or beyond its 2 faces\n"},
-        {scene_with_mesh(beyond).bytes,
-         "WARNING: QEL mesh has start index 3 for material 1, out of order or beyond its 2 faces\n"},
-        {scene_with_mesh(end).bytes, "", true},
+        {scene_with_mesh({3, {0, 1, 2, 2, 3, 1}}).bytes,
+         "WARNING: QEL mesh has index 3 in face 1, but 3 vertices\n"},
+        {scene_with_mesh({3, twice, {{1, none}, {0, none}}}).bytes, start(0)},
+        {scene_with_mesh({3, twice, {{0, none}, {3, none}}}).bytes, start(3)},
+        {scene_with_mesh({3, twice, {{0, none}, {2, none}}}).bytes, "", true},
         {good + "x", "WARNING: Trailing IFF contents found: 120!\n", true},
-        {container("FORM", "QELF", {header_record(), chunk_record("SGRP", group_record("1", {})), second})
-             .bytes,
-         "", true},
+        {scene_record(group_record("1", {}), {second}).bytes, "", true},
     };
     const temp_folder folder;
     for (const auto& row : cases) {
