@@ -4,7 +4,7 @@
 
 #include "base/heap.h"
 #include "folder.h"
-#include "loaders/group_obj.h"
+#include "loaders/load_scene.h"
 #include "measure.h"
 #include "scene/bindings.h"
 #include "scene/export.h"
@@ -25,19 +25,11 @@ inline int sheet_side(int64_t kilotriangles) {
 }
 
 // A host that opens files by their names.
-using loader = int (*)(scene* s, const char* filename, render_context* context);
-
-inline void load_model(loader load, scene* s, const std::string& path) {
+inline void load_model(scene* s, const std::string& path) {
     resource_manager resources = {};
     resources.resolve_path = [](resource_manager*, const char* name) { return strdup(name); };
-    app_services services = {};
-    services.resource = &resources;
-    app_record app = {};
-    app.services = &services;
-    control_record control = {};
-    control.app = &app;
-    render_context context = {nullptr, &control};
-    if (load(s, path.c_str(), &context)) return;
+    load_context context = {&resources, false};
+    if (load_scene(s, path.c_str(), &context)) return;
     fprintf(stderr, "could not load %s\n", path.c_str());
     abort();
 }
@@ -111,7 +103,7 @@ class models {
         const std::string path = model + ".qel";
         if (std::filesystem::exists(path)) return path;
         scene s;
-        load_model(group_loadobj, &s, model);
+        load_model(&s, model);
         write_scene(&s, path);
         scene_free(&s);
         return path;
@@ -132,9 +124,9 @@ inline double file_megabytes(const std::string& path) {
 }
 
 // Milliseconds that a load takes. What it loaded is released on other time.
-inline double load_time(loader load, const std::string& path) {
+inline double load_time(const std::string& path) {
     scene s;
-    const double time = milliseconds([&] { load_model(load, &s, path); });
+    const double time = milliseconds([&] { load_model(&s, path); });
     scene_free(&s);
     return time;
 }

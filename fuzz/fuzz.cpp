@@ -1,5 +1,6 @@
 #include "fuzz.h"
 
+#include "loaders/load_scene.h"
 #include "qelf/qelf.h"
 #include "scene/export.h"
 #include "scene/trimesh.h"
@@ -67,8 +68,8 @@ struct host : resource_manager {
 
 char* resolve(resource_manager* resources, const char* name) {
     const auto* files = static_cast<host*>(resources);
-    if (strcmp(name, "model") == 0) return strdup(files->model);
-    return std::string_view(name).ends_with(".mtl") ? strdup(files->library) : nullptr;
+    if (std::string_view(name).ends_with(".mtl")) return strdup(files->library);
+    return std::string_view(name).starts_with("model.") ? strdup(files->model) : nullptr;
 }
 
 void check_mesh(trimesh& mesh) {
@@ -119,24 +120,17 @@ void check_export(scene& s) {
 
 } // namespace
 
-void load_scene(loader load, const uint8_t* model, size_t model_size, const uint8_t* library,
-                size_t library_size) {
+void check_model(const char* name, const uint8_t* model, size_t model_size, const uint8_t* library,
+                 size_t library_size) {
     static memory_file model_file, library_file;
     host files = {};
     files.resolve_path = resolve;
     files.model = model_file.fill(model, model_size);
     files.library = library_file.fill(library, library_size);
-    app_services services = {};
-    services.resource = &files;
-    app_record app = {};
-    app.services = &services;
-    control_record control = {};
-    control.app = &app;
-    render_context context = {nullptr, &control};
-
+    load_context context = {&files, false};
     IFF_errorCallback = [](const char*, va_list) {};
     scene s = {};
-    if (load(&s, "model", &context)) {
+    if (load_scene(&s, name, &context)) {
         check_meshes(s.root);
         check_export(s);
     }

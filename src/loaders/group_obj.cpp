@@ -7,7 +7,6 @@
 #include "loaders/material_library.h"
 #include "loaders/path.h"
 #include "loaders/scan_float.h"
-#include "scene/bindings.h"
 #include "scene/export.h"
 #include "scene/trimesh.h"
 
@@ -29,7 +28,7 @@ constexpr int max_corners = 512;
 // Lives for one call.
 struct obj_loader {
     scene* target;
-    render_context* context;
+    load_context* context;
     const char* directory; // of the file, as it was named
     trimesh* mesh;         // belongs to the scene
     material_table materials;
@@ -40,7 +39,7 @@ struct obj_loader {
 };
 
 // -1 when the resource is not found or cannot be opened.
-int open_resource(const char* name, render_context* context) {
+int open_resource(const char* name, load_context* context) {
     const heap_ptr<char> path{resource_locate(name, context)};
     return path ? open(path.get(), O_RDONLY | O_CLOEXEC) : -1;
 }
@@ -53,7 +52,7 @@ bool read_library(obj_loader* loader, const char* name) {
     const int fd = path ? open_resource(path.get(), loader->context) : -1;
     const bool missing = path && fd < 0; // whoever made the model may have left it out
     if (!missing && !(path && read_material_library(fd, loader->directory, &loader->materials))) {
-        load_incomplete(loader->context);
+        loader->context->incomplete = true;
     }
     return true;
 }
@@ -64,7 +63,7 @@ bool use_material(obj_loader* loader, const char* name) {
     auto* copy = heap_array<material>(1);
     if (!copy) return false;
     named->used = 1;
-    if (!material_copy(copy, named)) load_incomplete(loader->context);
+    if (!material_copy(copy, named)) loader->context->incomplete = true;
     // There is a free slot: even when the list then fails to grow, the copy belongs to the mesh.
     return trimesh_pushmaterial(loader->mesh, copy);
 }
@@ -323,7 +322,7 @@ bool create_scene(scene* s, trimesh* mesh) {
     return false;
 }
 
-bool load(scene* s, const char* filename, render_context* context) {
+bool load(scene* s, const char* filename, load_context* context) {
     const int fd = open_resource(filename, context);
     line_reader reader;
     if (fd < 0 || !line_reader_create(&reader, fd, backslash_continues)) return false;
@@ -345,7 +344,7 @@ bool load(scene* s, const char* filename, render_context* context) {
 
 } // namespace
 
-int group_loadobj(scene* s, const char* filename, render_context* context) {
+int group_loadobj(scene* s, const char* filename, load_context* context) {
     if (load(s, filename, context)) return 1;
     *s = {};
     return 0;

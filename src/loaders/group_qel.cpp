@@ -308,7 +308,7 @@ outcome process_scenegroup(const QELF_SceneGroup* from, group* target, scene* s)
     return result;
 }
 
-bool build(scene* s, const QELF_Scene* from, const char* directory, render_context* context) {
+bool build(scene* s, const QELF_Scene* from, const char* directory, load_context* context) {
     if (from->nsceneGroups == 0) {
         warn("WARNING: QEL file holds no scene group\n");
         return false;
@@ -318,11 +318,11 @@ bool build(scene* s, const QELF_Scene* from, const char* directory, render_conte
         if (!add_texture(s, from->textures[i], static_cast<int32_t>(i), directory)) return false;
     }
     const outcome result = process_scenegroup(from->sceneGroups[0], &s->root, s);
-    if (result == outcome::cut) load_incomplete(context);
+    if (result == outcome::cut) context->incomplete = true;
     return result != outcome::refused;
 }
 
-bool load(scene* s, const char* filename, render_context* context) {
+bool load(scene* s, const char* filename, load_context* context) {
     const heap_ptr<char> path{resource_locate(filename, context)};
     const heap_ptr<char> directory{path ? directory_of(filename) : nullptr};
     if (!directory) return false;
@@ -343,7 +343,7 @@ bool load(scene* s, const char* filename, render_context* context) {
 
 } // namespace
 
-int group_loadqel(scene* s, const char* filename, render_context* context) {
+int group_loadqel(scene* s, const char* filename, load_context* context) {
     *s = {};
     if (load(s, filename, context)) return 1;
     scene_free(s);

@@ -258,8 +258,9 @@ TEST(Loader, AsksTheHostForPaths) {
 
 TEST(Loader, TakesWhatOpensAndFailsOtherwise) {
     const temp_folder folder;
+    folder.write("folder.obj/file", "");
     for (const std::string& file :
-         {folder.write("empty.obj", ""), folder.write("blank.obj", " \r\n\t"), folder.path}) {
+         {folder.write("empty.obj", ""), folder.write("blank.obj", " \r\n\t"), folder.path + "/folder.obj"}) {
         const loaded_model model(file);
         ASSERT_EQ(model.result, 1) << file;
         EXPECT_EQ(model.root.root.nnodes, 1);

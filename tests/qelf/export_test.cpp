@@ -1,7 +1,6 @@
 // Models as scene files, and what is left of both when memory is short.
 
 #include "loader_host.h"
-#include "loaders/group_qel.h"
 #include "math/angle.h"
 #include "records.h"
 #include "scene/export.h"
@@ -156,19 +155,18 @@ TEST(short_memory, loads_a_model_whole_or_says_what_it_did) {
     folder.write("lib.mtl", material_library());
     const struct {
         std::string file;
-        decltype(&group_loadobj) load;
         int incomplete, failed; // runs, at least
-    } cases[] = {{folder.write("a.obj", large_obj()), group_loadobj, 100, 20},
-                 {folder.write("a.qel", large_scene()), group_loadqel, 100, 100},
-                 {folder.write("b.qel", everything().bytes), group_loadqel, 50, 100}};
+    } cases[] = {{folder.write("a.obj", large_obj()), 100, 20},
+                 {folder.write("a.qel", large_scene()), 100, 100},
+                 {folder.write("b.qel", everything().bytes), 50, 100}};
     for (const auto& row : cases) {
         SCOPED_TRACE(row.file);
-        loaded_model undisturbed(row.file, row.load);
+        loaded_model undisturbed(row.file);
         const std::string whole = contents(undisturbed);
         int incomplete = 0, failed = 0;
         const int runs = fail_every_allocation([&](shortage& memory) {
             std::unique_ptr<loaded_model> model;
-            reports_of([&] { model = std::make_unique<loaded_model>(row.file, row.load); });
+            reports_of([&] { model = std::make_unique<loaded_model>(row.file); });
             const bool was_short = memory.end();
             incomplete += model->result && model->incomplete;
             failed += !model->result;
@@ -206,7 +204,7 @@ TEST(qel_export, gives_the_file_that_was_loaded) {
                    texture, texture});
     const temp_folder folder;
     const std::string path = folder.write("a.qel", file.bytes);
-    loaded_model model(path, group_loadqel);
+    loaded_model model(path);
     ASSERT_EQ(model.result, 1);
     apply_bind_placement(model.root.root);
     EXPECT_EQ(write_scene(group_export(&model.root.root), path), file.bytes);
@@ -247,7 +245,7 @@ TEST(qel_export, takes_obj_models) {
     loaded_model model(obj);
     const std::string path = folder.path + "/a.qel";
     const std::string bytes = write_scene(group_export(&model.root.root), path);
-    loaded_model again(path, group_loadqel);
+    loaded_model again(path);
     ASSERT_EQ(again.result, 1);
     const trimesh& a = model.mesh();
     const trimesh& b = again.mesh();
@@ -268,7 +266,7 @@ TEST(qel_export, takes_obj_models) {
 TEST(qel_export, needs_the_arrays) {
     const temp_folder folder;
     for (const int which : {0, 1, 2}) {
-        loaded_model model(folder.write("a.qel", everything().bytes), group_loadqel);
+        loaded_model model(folder.write("a.qel", everything().bytes));
         auto& mesh = node<trimesh>(model.root.root, 1);
         // What goes into buffer objects is released.
         float*& array = which == 0 ? mesh.normals : which == 1 ? mesh.tangents : mesh.texcoords[0];

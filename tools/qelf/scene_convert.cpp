@@ -233,12 +233,10 @@ void move_textures(const scene_list& scenes, const std::string& in, const std::s
 }
 
 bool is_obj(const std::string& file) {
-    std::string ending = fs::path(file).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; });
-    if (ending != ".obj" && ending != ".qel")
+    const model_format format = format_of(ending_of(file.c_str()));
+    if (format == model_format::unknown)
         throw failure(exit_failed, file + ": neither an .obj nor a .qel file");
-    return ending == ".obj";
+    return format == model_format::obj;
 }
 
 } // namespace
