@@ -8,6 +8,7 @@
 #include "measure.h"
 #include "scene/bindings.h"
 #include "scene/export.h"
+#include "scene/save.h"
 #include "scene/scene.h"
 #include "scene/trimesh.h"
 
@@ -36,17 +37,7 @@ inline void load_model(scene* s, const std::string& path) {
 
 // Writes a tree as a scene file.
 inline void write_scene(scene* s, const std::string& path) {
-    QELF_Node* const root = group_export(&s->root);
-    if (!root) abort();
-    QELF_Scene* const made = QELF_createScene("QELF");
-    made->sceneHeader = QELF_createSceneHeader();
-    made->sceneHeader->versionMajor = 2;
-    QELF_addSceneGroupToScene(made, static_cast<QELF_SceneGroup*>(root->content));
-    IFF_Form* const form = QELF_convertSceneToForm(made);
-    if (!form || !QELF_write(path.c_str(), &form->chunk)) abort();
-    QELF_freeScene(made);
-    QELF_free(&form->chunk);
-    free(root);
+    if (!scene_save(&s->root, nullptr, 0, path.c_str())) abort();
 }
 
 // Groups named group0, group1, ... with nothing in them, as a scene file. Returns the path.

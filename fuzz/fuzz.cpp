@@ -3,6 +3,7 @@
 #include "loaders/load_scene.h"
 #include "qelf/qelf.h"
 #include "scene/export.h"
+#include "scene/save.h"
 #include "scene/trimesh.h"
 
 #include <cstdio>
@@ -93,24 +94,10 @@ void check_meshes(const group& g) {
     }
 }
 
-// A form with the scene's tree, or null.
-IFF_Form* export_form(scene& s) {
-    QELF_Node* const root = group_export(&s.root);
-    require(root, "a loaded tree can be exported");
-    QELF_Scene* const out = QELF_createScene("QELF");
-    out->sceneHeader = QELF_createSceneHeader();
-    out->sceneHeader->versionMajor = 2;
-    QELF_addSceneGroupToScene(out, static_cast<QELF_SceneGroup*>(root->content));
-    IFF_Form* const form = QELF_convertSceneToForm(out);
-    QELF_freeScene(out);
-    free(root);
-    return form;
-}
-
 void check_export(scene& s) {
     const table rows = QELF_formExtensions;
-    IFF_Form* const form = export_form(s);
-    require(form, "an exported tree fits in a form");
+    IFF_Form* const form = scene_form(group_export(&s.root), nullptr, 0);
+    require(form, "a loaded tree can be exported and fits in a form");
     const tree_ptr tree{&form->chunk, {rows}};
     std::string bytes;
     require(write_tree(tree.get(), rows, bytes), "an exported tree can be written");

@@ -5,6 +5,7 @@
 #include "records.h"
 #include "scene/export.h"
 #include "scene/material.h"
+#include "scene/save.h"
 #include "scene_bytes.h"
 
 #include <algorithm>
@@ -31,34 +32,10 @@ std::string bytes_of(const std::string& path) {
     return bytes.str();
 }
 
-// The file of an exported group, with two textures; nothing when it cannot be made or written.
-std::string write_scene(QELF_Node* exported, const std::string& path) {
-    if (!exported) return "";
-    lone<QELF_SceneGroup> group{static_cast<QELF_SceneGroup*>(exported->content)};
-    free(exported);
-    const lone<QELF_Scene> s{QELF_createScene("QELF")};
-    lone<QELF_SceneHeader> header{s ? QELF_createSceneHeader() : nullptr};
-    if (!header || !QELF_addSceneGroupToScene(s.get(), group.get())) return "";
-    header->versionMajor = 2;
-    s->sceneHeader = header.get();
-    lone<QELF_Texture> textures[2];
-    for (auto& t : textures) {
-        t.reset(QELF_createTexture());
-        if (!t || !QELF_setTextureName(t.get(), "") || !QELF_setTexturePath(t.get(), "t.png") ||
-            !QELF_addTextureToScene(s.get(), t.get())) {
-            return "";
-        }
-    }
-    const tree_ptr form{reinterpret_cast<IFF_Chunk*>(QELF_convertSceneToForm(s.get())), {table}};
-    if (!form) {
-        EXPECT_TRUE(!header->chunk.parent && !group->chunk.parent && !textures[0]->chunk.parent);
-        return "";
-    }
-    static_cast<void>(header.release());
-    static_cast<void>(group.release());
-    for (auto& t : textures)
-        static_cast<void>(t.release());
-    return QELF_check(form.get()) && QELF_write(path.c_str(), form.get()) ? bytes_of(path) : "";
+// The file of a tree with two textures; nothing when it cannot be made or written.
+std::string save(group& root, const std::string& path) {
+    const saved_texture textures[] = {{"", "t.png"}, {"", "t.png"}};
+    return scene_save(&root, textures, 2, path.c_str()) ? bytes_of(path) : "";
 }
 
 std::string text(const char* name) {
@@ -196,22 +173,22 @@ TEST(qel_export, gives_the_file_that_was_loaded) {
     auto matrix = identity;
     matrix[1] = 1e-3f;
     nodes.emplace_back(1, group_record("arm", inner, 0.5f, {1, -2, 3, 90, -30.25f, -7, 1, 2, 0.1f}, matrix));
-    const record texture = chunk_record("TXTR", texture_record(0, "", "t.png"));
     const record file =
         container("FORM", "QELF",
                   {header_record(),
                    chunk_record("SGRP", group_record("g", nodes, 7, {0, 0, 0, 0.1f, -359, 1e-30f, 1, 1, 1})),
-                   texture, texture});
+                   chunk_record("TXTR", texture_record(0, "", "t.png")),
+                   chunk_record("TXTR", texture_record(1, "", "t.png"))});
     const temp_folder folder;
     const std::string path = folder.write("a.qel", file.bytes);
     loaded_model model(path);
     ASSERT_EQ(model.result, 1);
     apply_bind_placement(model.root.root);
-    EXPECT_EQ(write_scene(group_export(&model.root.root), path), file.bytes);
+    EXPECT_EQ(save(model.root.root, path), file.bytes);
     // No run leaves part of a file: what was there stays, or the whole new one has replaced it.
     expect_told([&] {
         folder.write("a.qel", "old");
-        const bool written = !write_scene(group_export(&model.root.root), path).empty();
+        const bool written = !save(model.root.root, path).empty();
         EXPECT_EQ(bytes_of(path), written ? file.bytes : "old");
         return written;
     });
@@ -244,7 +221,7 @@ TEST(qel_export, takes_obj_models) {
                               "usemtl m\nf 1/1/1 2/1/1 3/1/1\nusemtl n\nf 3/1/1 2/1/1 1/1/1\n");
     loaded_model model(obj);
     const std::string path = folder.path + "/a.qel";
-    const std::string bytes = write_scene(group_export(&model.root.root), path);
+    const std::string bytes = save(model.root.root, path);
     loaded_model again(path);
     ASSERT_EQ(again.result, 1);
     const trimesh& a = model.mesh();
@@ -260,7 +237,7 @@ TEST(qel_export, takes_obj_models) {
     EXPECT_EQ(b.materials[0].material->diffuse[1], 0.2f);
     EXPECT_EQ(b.materials[0].material->diffuseMap, again.root.textures[0]);
     EXPECT_EQ(b.materials[1].material->alpha, 0.5f);
-    EXPECT_EQ(write_scene(group_export(&again.root.root), path), bytes);
+    EXPECT_EQ(save(again.root.root, path), bytes);
 }
 
 TEST(qel_export, needs_the_arrays) {
@@ -275,10 +252,8 @@ TEST(qel_export, needs_the_arrays) {
         EXPECT_EQ(trimesh_export(&mesh), nullptr);
         QELF_Node* const exported = group_export(&model.root.root);
         EXPECT_EQ(static_cast<QELF_SceneGroup*>(exported->content)->nodes[1], nullptr);
-        testing::internal::CaptureStderr();
-        EXPECT_EQ(write_scene(exported, folder.path + "/b.qel"), "");
-        EXPECT_EQ(testing::internal::GetCapturedStderr(),
-                  "'SGRP': a node is missing!\nError writing chunk!\n");
+        EXPECT_EQ(reports_of([&] { EXPECT_EQ(scene_form(exported, nullptr, 0), nullptr); }),
+                  "The tree cannot be made a scene file!\n");
     }
 }
 
