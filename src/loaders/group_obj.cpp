@@ -129,7 +129,8 @@ int32_t resolve(int32_t index, int32_t count) {
 }
 
 bool exists(int32_t index, int32_t count) {
-    return index >= 0 && index < count;
+    // One comparison: as unsigned numbers, those below 0 are larger than any count.
+    return static_cast<uint32_t>(index) < static_cast<uint32_t>(count);
 }
 
 int32_t count_positions(const obj_loader* loader) {
@@ -200,7 +201,7 @@ int read_corners(obj_loader* loader, const char* p) {
         if (count == max_corners) return 0;
         bool valid = false;
         p = read_corner(loader, p, &loader->corners[count], &valid);
-        if (valid && valid_count == count) ++valid_count;
+        valid_count += (valid && valid_count == count) ? 1 : 0;
         ++count;
     }
 }

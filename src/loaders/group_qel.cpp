@@ -51,21 +51,14 @@ bool check_header(FILE* file) {
         warn("WARNING: I/O failure reading QEL file header\n");
         return false;
     };
-    if (!next(4)) return false;
-    if (memcmp(bytes, "FORM", 4) != 0) {
-        warn("WARNING: QEL header failed validation, can't find FORM chunk\n");
+    const auto is = [](const unsigned char* found, const char* id) {
+        if (memcmp(found, id, 4) == 0) return true;
+        fprintf(stderr, "WARNING: QEL header failed validation, can't find %s chunk\n", id);
         return false;
-    }
-    if (!next(8)) return false; // size and type
-    if (memcmp(bytes + 4, "QELF", 4) != 0) {
-        warn("WARNING: QEL header failed validation, can't find QELF chunk\n");
-        return false;
-    }
-    if (!next(4)) return false;
-    if (memcmp(bytes, "SHDR", 4) != 0) {
-        warn("WARNING: QEL header failed validation, can't find SHDR chunk\n");
-        return false;
-    }
+    };
+    if (!next(4) || !is(bytes, "FORM")) return false;
+    if (!next(8) || !is(bytes + 4, "QELF")) return false; // size and type
+    if (!next(4) || !is(bytes, "SHDR")) return false;
     if (!next(8)) return false; // size and versions
     const auto major = static_cast<unsigned short>(bytes[4] << 8 | bytes[5]);
     const auto minor = static_cast<unsigned short>(bytes[6] << 8 | bytes[7]);

@@ -23,15 +23,10 @@ model_format format_of(const name_ending& ending) {
 }
 
 int load_scene(scene* s, const char* filename, load_context* context) {
-    switch (format_of(ending_of(filename))) {
-    case model_format::obj:
-        return group_loadobj(s, filename, context);
-    case model_format::qel:
-        return group_loadqel(s, filename, context);
-    case model_format::unknown:
-        break;
-    }
-    if (scene_create(s)) return 1;
-    scene_free(s);
-    return 0;
+    const model_format format = format_of(ending_of(filename));
+    if (format == model_format::obj) return group_loadobj(s, filename, context);
+    if (format == model_format::qel) return group_loadqel(s, filename, context);
+    const int created = scene_create(s);
+    if (!created) scene_free(s);
+    return created;
 }
