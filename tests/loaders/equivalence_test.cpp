@@ -113,16 +113,11 @@ std::string corner(random_source& random) {
     if (below(random, 12) == 0) return pick(random, odd);
     if (below(random, 60) == 0) return std::string(59 + below(random, 6), '0').append("3/1");
     const auto index = [&] { return std::to_string(static_cast<int>(below(random, 24)) - 4); };
-    switch (below(random, 4)) {
-    case 0:
-        return index();
-    case 1:
-        return index().append("/").append(index());
-    case 2:
-        return index().append("//").append(index());
-    default:
-        return index().append("/").append(index()).append("/").append(index());
+    std::string text = index();
+    for (const char* gap : {"/", "/", "//"}) {
+        if (below(random, 2)) text += gap + index();
     }
+    return text;
 }
 
 std::string line(random_source& random) {
@@ -217,10 +212,9 @@ std::string difference_from_reference(const std::string& filename) {
     if (mesh.calc_normals == reference->normals_given) return "calc_normals";
     if (static_cast<size_t>(mesh.nmaterials) != reference->segments.size()) return "number of segments";
     for (size_t i = 0; i < reference->segments.size(); ++i) {
-        const reference_segment& expected = reference->segments[i];
-        if (mesh.materials[i].startIndex != expected.start) return "start of segment " + std::to_string(i);
-        if (!same(*mesh.materials[i].material, expected.material))
-            return "material of segment " + std::to_string(i);
+        const auto& [expected, start] = reference->segments[i];
+        if (mesh.materials[i].startIndex != start) return "start of segment " + std::to_string(i);
+        if (!same(*mesh.materials[i].material, expected)) return "material of segment " + std::to_string(i);
     }
     return "";
 }
