@@ -184,7 +184,8 @@ struct file_kind {
 };
 
 template <class T> bool same(const T* got, size_t count, const std::vector<T>& expected) {
-    return count == expected.size() && memcmp(got, expected.data(), count * sizeof(T)) == 0;
+    if (count != expected.size()) return false;
+    return count == 0 || memcmp(got, expected.data(), count * sizeof(T)) == 0;
 }
 
 bool same(const material& got, const reference_material& expected) {
