@@ -4,10 +4,11 @@
 
 #include "base/heap.h"
 #include "folder.h"
-#include "loaders/group_obj.h"
+#include "loaders/load_scene.h"
 #include "measure.h"
 #include "scene/bindings.h"
 #include "scene/export.h"
+#include "scene/save.h"
 #include "scene/scene.h"
 #include "scene/trimesh.h"
 
@@ -25,36 +26,18 @@ inline int sheet_side(int64_t kilotriangles) {
 }
 
 // A host that opens files by their names.
-using loader = int (*)(scene* s, const char* filename, render_context* context);
-
-inline void load_model(loader load, scene* s, const std::string& path) {
+inline void load_model(scene* s, const std::string& path) {
     resource_manager resources = {};
     resources.resolve_path = [](resource_manager*, const char* name) { return strdup(name); };
-    app_services services = {};
-    services.resource = &resources;
-    app_record app = {};
-    app.services = &services;
-    control_record control = {};
-    control.app = &app;
-    render_context context = {nullptr, &control};
-    if (load(s, path.c_str(), &context)) return;
+    load_context context = {&resources, false};
+    if (load_scene(s, path.c_str(), &context)) return;
     fprintf(stderr, "could not load %s\n", path.c_str());
     abort();
 }
 
 // Writes a tree as a scene file.
 inline void write_scene(scene* s, const std::string& path) {
-    QELF_Node* const root = group_export(&s->root);
-    if (!root) abort();
-    QELF_Scene* const made = QELF_createScene("QELF");
-    made->sceneHeader = QELF_createSceneHeader();
-    made->sceneHeader->versionMajor = 2;
-    QELF_addSceneGroupToScene(made, static_cast<QELF_SceneGroup*>(root->content));
-    IFF_Form* const form = QELF_convertSceneToForm(made);
-    if (!form || !QELF_write(path.c_str(), &form->chunk)) abort();
-    QELF_freeScene(made);
-    QELF_free(&form->chunk);
-    free(root);
+    if (!scene_save(&s->root, nullptr, 0, path.c_str())) abort();
 }
 
 // Groups named group0, group1, ... with nothing in them, as a scene file. Returns the path.
@@ -111,7 +94,7 @@ class models {
         const std::string path = model + ".qel";
         if (std::filesystem::exists(path)) return path;
         scene s;
-        load_model(group_loadobj, &s, model);
+        load_model(&s, model);
         write_scene(&s, path);
         scene_free(&s);
         return path;
@@ -132,9 +115,9 @@ inline double file_megabytes(const std::string& path) {
 }
 
 // Milliseconds that a load takes. What it loaded is released on other time.
-inline double load_time(loader load, const std::string& path) {
+inline double load_time(const std::string& path) {
     scene s;
-    const double time = milliseconds([&] { load_model(load, &s, path); });
+    const double time = milliseconds([&] { load_model(&s, path); });
     scene_free(&s);
     return time;
 }

@@ -1,7 +1,6 @@
 // Loading of OBJ models, beside the loader that a user would otherwise pick. "bound" is the memory of the
 // mesh's arrays and of the file's positions, normals and texture coordinates.
 
-#include "loaders/group_obj.h"
 #include "models.h"
 
 #ifdef HAVE_TINYOBJLOADER
@@ -36,7 +35,7 @@ double other_load_time(const std::string&) {
 // Times the two loaders by turns; prints them, and the ratio.
 void print_times(const std::string& path) {
     const auto [load, other] =
-        medians([&] { return load_time(group_loadobj, path); }, [&] { return other_load_time(path); });
+        medians([&] { return load_time(path); }, [&] { return other_load_time(path); });
     printf(" %9.1f %9.2f", file_megabytes(path), load);
     if (has_other) {
         printf(" %13.2f %7.2f", other, other / load);
@@ -53,8 +52,8 @@ int main() {
     for (const int64_t kilotriangles : {10, 1000}) {
         const std::string& path = all_models().sheet(kilotriangles);
         scene s;
-        const double peak = peak_megabytes([&] { load_model(group_loadobj, &s, path); });
-        load_model(group_loadobj, &s, path);
+        const double peak = peak_megabytes([&] { load_model(&s, path); });
+        load_model(&s, path);
         const double bound = array_megabytes(s) + attribute_megabytes(kilotriangles);
         scene_free(&s);
         printf("%8dk", static_cast<int>(kilotriangles));

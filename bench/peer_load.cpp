@@ -36,14 +36,13 @@ bool load(const char* path) {
 } // namespace
 
 #else
-#include "loaders/group_obj.h"
 #include "models.h"
 
 namespace {
 
 bool load(const char* path) {
     scene s;
-    load_model(group_loadobj, &s, path);
+    load_model(&s, path);
     scene_free(&s);
     return true;
 }

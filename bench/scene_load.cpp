@@ -1,8 +1,6 @@
 // Loading of scene files, beside reading the same bytes once into fresh memory and the OBJ file they were
 // made from. "arrays" is the memory of the mesh's arrays.
 
-#include "loaders/group_obj.h"
-#include "loaders/group_qel.h"
 #include "models.h"
 
 namespace {
@@ -26,11 +24,11 @@ int main() {
     for (const int64_t kilotriangles : {10, 1000}) {
         const std::string path = all_models().scene_sheet(kilotriangles);
         const auto [read, load, obj] =
-            medians([&] { return read_time(path); }, [&] { return load_time(group_loadqel, path); },
-                    [&] { return load_time(group_loadobj, all_models().sheet(kilotriangles)); });
+            medians([&] { return read_time(path); }, [&] { return load_time(path); },
+                    [&] { return load_time(all_models().sheet(kilotriangles)); });
         scene s;
-        const double peak = peak_megabytes([&] { load_model(group_loadqel, &s, path); });
-        load_model(group_loadqel, &s, path);
+        const double peak = peak_megabytes([&] { load_model(&s, path); });
+        load_model(&s, path);
         printf("%8dk %9.1f %9.2f %9.2f %9.2f %9.2f %9.2f %9.1f %9.1f\n", static_cast<int>(kilotriangles),
                file_megabytes(path), read, load, load / read, obj, obj / load, peak, array_megabytes(s));
         scene_free(&s);

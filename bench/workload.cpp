@@ -16,7 +16,6 @@
 //                or the same once more
 
 #include "colliding_names.h"
-#include "loaders/group_qel.h"
 #include "models.h"
 #include "shown.h"
 
@@ -29,9 +28,9 @@ extern "C" __attribute__((noinline)) void measured(const std::function<void()>& 
     work();
 }
 
-void load(loader load_file, const std::string& path) {
+void load(const std::string& path) {
     scene s;
-    measured([&] { load_model(load_file, &s, path); });
+    measured([&] { load_model(&s, path); });
     scene_free(&s);
 }
 
@@ -40,7 +39,7 @@ void load_texts(const std::string& model, const std::string& library) {
     const std::string path = files.path + "/model.obj";
     std::ofstream(path) << model;
     std::ofstream(files.path + "/library.mtl") << library;
-    load(group_loadobj, path);
+    load(path);
 }
 
 void use_materials(int size, bool colliding) {
@@ -85,9 +84,9 @@ int main(int argc, char** argv) {
     const std::string name = argc == 3 ? argv[1] : "";
     const int size = argc == 3 ? atoi(argv[2]) : 0;
     if (name == "obj") {
-        load(group_loadobj, all_models().sheet(size));
+        load(all_models().sheet(size));
     } else if (name == "scene") {
-        load(group_loadqel, all_models().scene_sheet(size));
+        load(all_models().scene_sheet(size));
     } else if (name == "frame") {
         const folder files;
         const shown model(write_segments(files, size));

@@ -1,7 +1,9 @@
 #include "fuzz.h"
 
+#include "loaders/load_scene.h"
 #include "qelf/qelf.h"
 #include "scene/export.h"
+#include "scene/save.h"
 #include "scene/trimesh.h"
 
 #include <cstdio>
@@ -67,8 +69,8 @@ struct host : resource_manager {
 
 char* resolve(resource_manager* resources, const char* name) {
     const auto* files = static_cast<host*>(resources);
-    if (strcmp(name, "model") == 0) return strdup(files->model);
-    return std::string_view(name).ends_with(".mtl") ? strdup(files->library) : nullptr;
+    if (std::string_view(name).ends_with(".mtl")) return strdup(files->library);
+    return std::string_view(name).starts_with("model.") ? strdup(files->model) : nullptr;
 }
 
 void check_mesh(trimesh& mesh) {
@@ -92,24 +94,10 @@ void check_meshes(const group& g) {
     }
 }
 
-// A form with the scene's tree, or null.
-IFF_Form* export_form(scene& s) {
-    QELF_Node* const root = group_export(&s.root);
-    require(root, "a loaded tree can be exported");
-    QELF_Scene* const out = QELF_createScene("QELF");
-    out->sceneHeader = QELF_createSceneHeader();
-    out->sceneHeader->versionMajor = 2;
-    QELF_addSceneGroupToScene(out, static_cast<QELF_SceneGroup*>(root->content));
-    IFF_Form* const form = QELF_convertSceneToForm(out);
-    QELF_freeScene(out);
-    free(root);
-    return form;
-}
-
 void check_export(scene& s) {
     const table rows = QELF_formExtensions;
-    IFF_Form* const form = export_form(s);
-    require(form, "an exported tree fits in a form");
+    IFF_Form* const form = scene_form(group_export(&s.root), nullptr, 0);
+    require(form, "a loaded tree can be exported and fits in a form");
     const tree_ptr tree{&form->chunk, {rows}};
     std::string bytes;
     require(write_tree(tree.get(), rows, bytes), "an exported tree can be written");
@@ -119,24 +107,17 @@ void check_export(scene& s) {
 
 } // namespace
 
-void load_scene(loader load, const uint8_t* model, size_t model_size, const uint8_t* library,
-                size_t library_size) {
+void check_model(const char* name, const uint8_t* model, size_t model_size, const uint8_t* library,
+                 size_t library_size) {
     static memory_file model_file, library_file;
     host files = {};
     files.resolve_path = resolve;
     files.model = model_file.fill(model, model_size);
     files.library = library_file.fill(library, library_size);
-    app_services services = {};
-    services.resource = &files;
-    app_record app = {};
-    app.services = &services;
-    control_record control = {};
-    control.app = &app;
-    render_context context = {nullptr, &control};
-
+    load_context context = {&files, false};
     IFF_errorCallback = [](const char*, va_list) {};
     scene s = {};
-    if (load(&s, "model", &context)) {
+    if (load_scene(&s, name, &context)) {
         check_meshes(s.root);
         check_export(s);
     }

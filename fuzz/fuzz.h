@@ -4,7 +4,6 @@
 #define FUZZ_FUZZ_H
 
 #include "iff/iff.h"
-#include "scene/scene.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -34,10 +33,9 @@ tree_ptr read_tree(const uint8_t* data, size_t size, table rows);
 // False when it could not be written.
 bool write_tree(const IFF_Chunk* tree, table rows, std::string& bytes);
 
-// Loads "model", which is the first file, from a host that finds the second one under any other name with
+// Loads a model under a name that tells its format, from a host that finds the library under any name with
 // the ending ".mtl", and nothing else. Then does to the scene what a frame and an export would do.
-using loader = int (*)(scene* s, const char* filename, render_context* context);
-void load_scene(loader load, const uint8_t* model, size_t model_size, const uint8_t* library,
-                size_t library_size);
+void check_model(const char* name, const uint8_t* model, size_t model_size, const uint8_t* library,
+                 size_t library_size);
 
 #endif

@@ -2,7 +2,6 @@
 // the library.
 //   fuzz_obj -dict=fuzz/obj.dict CORPUS SEEDS/obj tests/crashers
 #include "fuzz.h"
-#include "loaders/group_obj.h"
 
 #include <algorithm>
 #include <string_view>
@@ -12,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const uint8_t* const end = data + size;
     const uint8_t* const model_end = std::search(data, end, mark.begin(), mark.end());
     const uint8_t* const library = model_end == end ? end : model_end + mark.size();
-    load_scene(group_loadobj, data, static_cast<size_t>(model_end - data), library,
-               static_cast<size_t>(end - library));
+    check_model("model.obj", data, static_cast<size_t>(model_end - data), library,
+                static_cast<size_t>(end - library));
     return 0;
 }

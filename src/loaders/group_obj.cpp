@@ -7,7 +7,6 @@
 #include "loaders/material_library.h"
 #include "loaders/path.h"
 #include "loaders/scan_float.h"
-#include "scene/bindings.h"
 #include "scene/export.h"
 #include "scene/trimesh.h"
 
@@ -26,10 +25,10 @@ struct obj_corner {
 // A corner takes two bytes of its line at least, and no line has more than 1022.
 constexpr int max_corners = 512;
 
-// Lives for one call.
+// Lives for one call; zero-filled it holds nothing.
 struct obj_loader {
     scene* target;
-    render_context* context;
+    load_context* context;
     const char* directory; // of the file, as it was named
     trimesh* mesh;         // belongs to the scene
     material_table materials;
@@ -40,22 +39,24 @@ struct obj_loader {
 };
 
 // -1 when the resource is not found or cannot be opened.
-int open_resource(const char* name, render_context* context) {
+int open_resource(const char* name, load_context* context) {
     const heap_ptr<char> path{resource_locate(name, context)};
     return path ? open(path.get(), O_RDONLY | O_CLOEXEC) : -1;
 }
 
-// The handlers of lines return false when memory ran out, which ends the load. Whatever they cannot make
-// sense of they pass over.
+// What handles a line passes over whatever it cannot make sense of. Where it returns false, memory ran out
+// for something that cannot be left out, and the load has failed.
 
-bool read_library(obj_loader* loader, const char* name) {
+// A model may name libraries that are not there.
+void read_library(obj_loader* loader, const char* name) {
     const heap_ptr<char> path{join_path(loader->directory, name)};
-    const int fd = path ? open_resource(path.get(), loader->context) : -1;
-    const bool missing = path && fd < 0; // whoever made the model may have left it out
-    if (!missing && !(path && read_material_library(fd, loader->directory, &loader->materials))) {
-        load_incomplete(loader->context);
+    if (!path) {
+        loader->context->incomplete = true;
+        return;
     }
-    return true;
+    const int fd = open_resource(path.get(), loader->context);
+    if (fd < 0) return;
+    if (!read_material_library(fd, loader->directory, &loader->materials)) loader->context->incomplete = true;
 }
 
 bool use_material(obj_loader* loader, const char* name) {
@@ -64,7 +65,7 @@ bool use_material(obj_loader* loader, const char* name) {
     auto* copy = heap_array<material>(1);
     if (!copy) return false;
     named->used = 1;
-    if (!material_copy(copy, named)) load_incomplete(loader->context);
+    if (!material_copy(copy, named)) loader->context->incomplete = true;
     // There is a free slot: even when the list then fails to grow, the copy belongs to the mesh.
     return trimesh_pushmaterial(loader->mesh, copy);
 }
@@ -91,7 +92,8 @@ bool add_attribute(obj_loader* loader, const char* line) {
         grow_radius(&loader->target->root.radius, v);
         return push_all(&loader->positions, v, 3);
     case 'n':
-        return scan_floats(line + 2, v, 3) < 3 || push_all(&loader->normals, v, 3);
+        if (scan_floats(line + 2, v, 3) < 3) return true;
+        return push_all(&loader->normals, v, 3);
     case 't':
         if (scan_floats(line + 2, v, 2) < 2) return true;
         v[1] = 1.0f - v[1];
@@ -101,8 +103,9 @@ bool add_attribute(obj_loader* loader, const char* line) {
     }
 }
 
-// Reads a number up to the end of its field, where *p is left: what is not a digit or a minus does not
-// count, the first 63 others do, and the number ends where they stop being one. It saturates.
+// Reads a number up to the end of its field, where *p is left. Of the field only digits and minuses count,
+// the first 63 of them; the number is what they begin with. One that is too large becomes the nearest there
+// is.
 int32_t read_field(const char** p) {
     char digits[64];
     size_t length = 0;
@@ -126,6 +129,7 @@ int32_t resolve(int32_t index, int32_t count) {
 }
 
 bool exists(int32_t index, int32_t count) {
+    // One comparison: as unsigned numbers, those below 0 are larger than any count.
     return static_cast<uint32_t>(index) < static_cast<uint32_t>(count);
 }
 
@@ -197,7 +201,7 @@ int read_corners(obj_loader* loader, const char* p) {
         if (count == max_corners) return 0;
         bool valid = false;
         p = read_corner(loader, p, &loader->corners[count], &valid);
-        valid_count += valid && valid_count == count;
+        valid_count += (valid && valid_count == count) ? 1 : 0;
         ++count;
     }
 }
@@ -273,9 +277,11 @@ bool handle_line(obj_loader* loader, const char* line) {
     case 'f':
         return add_face(loader, line);
     case 'm':
-        return strncmp(line, "mtllib", 6) != 0 || read_library(loader, keyword_rest(line));
+        if (strncmp(line, "mtllib", 6) == 0) read_library(loader, keyword_rest(line));
+        return true;
     case 'u':
-        return strncmp(line, "usemtl", 6) != 0 || use_material(loader, keyword_rest(line));
+        if (strncmp(line, "usemtl", 6) == 0) return use_material(loader, keyword_rest(line));
+        return true;
     default:
         return true;
     }
@@ -283,7 +289,7 @@ bool handle_line(obj_loader* loader, const char* line) {
 
 // Reads the whole file into the scene's mesh. False when memory ran out.
 bool read_model(obj_loader* loader, line_reader* reader) {
-    bool ok = flarray_create(&loader->positions) & flarray_create(&loader->normals) &
+    bool ok = flarray_create(&loader->positions) && flarray_create(&loader->normals) &&
               flarray_create(&loader->texcoords);
     while (ok) {
         const char* line = line_reader_next(reader);
@@ -323,7 +329,7 @@ bool create_scene(scene* s, trimesh* mesh) {
     return false;
 }
 
-bool load(scene* s, const char* filename, render_context* context) {
+bool load(scene* s, const char* filename, load_context* context) {
     const int fd = open_resource(filename, context);
     line_reader reader;
     if (fd < 0 || !line_reader_create(&reader, fd, backslash_continues)) return false;
@@ -345,7 +351,7 @@ bool load(scene* s, const char* filename, render_context* context) {
 
 } // namespace
 
-int group_loadobj(scene* s, const char* filename, render_context* context) {
+int group_loadobj(scene* s, const char* filename, load_context* context) {
     if (load(s, filename, context)) return 1;
     *s = {};
     return 0;

@@ -51,21 +51,14 @@ bool check_header(FILE* file) {
         warn("WARNING: I/O failure reading QEL file header\n");
         return false;
     };
-    if (!next(4)) return false;
-    if (memcmp(bytes, "FORM", 4) != 0) {
-        warn("WARNING: QEL header failed validation, can't find FORM chunk\n");
+    const auto is = [](const unsigned char* found, const char* id) {
+        if (memcmp(found, id, 4) == 0) return true;
+        fprintf(stderr, "WARNING: QEL header failed validation, can't find %s chunk\n", id);
         return false;
-    }
-    if (!next(8)) return false; // size and type
-    if (memcmp(bytes + 4, "QELF", 4) != 0) {
-        warn("WARNING: QEL header failed validation, can't find QELF chunk\n");
-        return false;
-    }
-    if (!next(4)) return false;
-    if (memcmp(bytes, "SHDR", 4) != 0) {
-        warn("WARNING: QEL header failed validation, can't find SHDR chunk\n");
-        return false;
-    }
+    };
+    if (!next(4) || !is(bytes, "FORM")) return false;
+    if (!next(8) || !is(bytes + 4, "QELF")) return false; // size and type
+    if (!next(4) || !is(bytes, "SHDR")) return false;
     if (!next(8)) return false; // size and versions
     const auto major = static_cast<unsigned short>(bytes[4] << 8 | bytes[5]);
     const auto minor = static_cast<unsigned short>(bytes[6] << 8 | bytes[7]);
@@ -308,7 +301,7 @@ outcome process_scenegroup(const QELF_SceneGroup* from, group* target, scene* s)
     return result;
 }
 
-bool build(scene* s, const QELF_Scene* from, const char* directory, render_context* context) {
+bool build(scene* s, const QELF_Scene* from, const char* directory, load_context* context) {
     if (from->nsceneGroups == 0) {
         warn("WARNING: QEL file holds no scene group\n");
         return false;
@@ -318,11 +311,11 @@ bool build(scene* s, const QELF_Scene* from, const char* directory, render_conte
         if (!add_texture(s, from->textures[i], static_cast<int32_t>(i), directory)) return false;
     }
     const outcome result = process_scenegroup(from->sceneGroups[0], &s->root, s);
-    if (result == outcome::cut) load_incomplete(context);
+    if (result == outcome::cut) context->incomplete = true;
     return result != outcome::refused;
 }
 
-bool load(scene* s, const char* filename, render_context* context) {
+bool load(scene* s, const char* filename, load_context* context) {
     const heap_ptr<char> path{resource_locate(filename, context)};
     const heap_ptr<char> directory{path ? directory_of(filename) : nullptr};
     if (!directory) return false;
@@ -343,7 +336,7 @@ bool load(scene* s, const char* filename, render_context* context) {
 
 } // namespace
 
-int group_loadqel(scene* s, const char* filename, render_context* context) {
+int group_loadqel(scene* s, const char* filename, load_context* context) {
     *s = {};
     if (load(s, filename, context)) return 1;
     scene_free(s);

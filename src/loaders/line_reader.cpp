@@ -10,7 +10,7 @@ namespace {
 constexpr ptrdiff_t block_size = 1023;
 constexpr ptrdiff_t longest_kept = 1021; // bytes of a cut line that a new block may start with
 constexpr size_t buffer_size = 64 * 1024;
-constexpr size_t slack = block_size + 8; // block_end stays inside, and wide reads behind the last line
+constexpr size_t slack = block_size + 8; // for a block that ends behind the file, and reads of 8 bytes
 
 bool is_line_end(char c) {
     return c == '\n' || c == '\r';
@@ -82,24 +82,26 @@ char* next_line(line_reader* reader) {
         while (is_blank(*line)) {
             ++line;
         }
-        // Between lines blocks follow one another without a gap.
+        // Blanks may fill whole blocks: go to the end of the one that the line starts in.
         if (line >= reader->block_end) {
             reader->block_end += ((line - reader->block_end) / block_size + 1) * block_size;
         }
         reader->next = line;
-        // A line with its end fits in a block; one byte more tells whether the file ends there.
+        // A block has room for every line that is read whole. One byte more tells whether the file goes on.
         if (reader->limit - line <= block_size && !reader->at_end) {
             refill(reader);
             continue;
         }
         char* end = find_end(reader, line, std::min(line + block_size, reader->limit));
         if (end == reader->limit) return nullptr;
+        // A line that the block cuts is read again as the start of a new block, unless it is too long.
         if (end >= reader->block_end && reader->block_end - line <= longest_kept) {
             reader->block_end = line + block_size;
         }
         reader->plain_end =
             std::min({reader->block_end, reader->limit, reader->carriage_return, reader->backslash});
         if (end < reader->block_end) return finish(reader, line, end);
+        // Too long: lost up to the end of the block and the byte behind that.
         reader->next = reader->block_end + 1;
         reader->block_end = reader->next + block_size;
     }

@@ -9,8 +9,8 @@
 
 namespace {
 
-// Keywords are compared in this order, by their letters only: "d" also stands for words that begin with it,
-// and fails on them for want of a number.
+// A line belongs to the first of these keywords that it begins with: "dissolve 1" to "d", which then does
+// nothing because no number follows.
 struct number_line {
     char keyword[3];
     int length;
@@ -64,16 +64,16 @@ bool read_material_library(int fd, const char* directory, material_table* materi
     while (const char* line = line_reader_next(&reader)) {
         if (strncmp(line, "newmtl", 6) == 0) {
             current = add_material(materials, line[6] == ' ' ? line + 7 : "");
-            complete &= current != nullptr;
-            if (!current) break;
-            continue;
+            if (current) continue;
+            complete = false;
+            break;
         }
         // Nothing to apply to before the first material.
         if (!current) continue;
         if (strncmp(line, "map_Kd", 6) == 0) {
             const char* name = keyword_rest(line);
             const map_result map = *name ? set_diffuse_map(current, directory, name) : map_result::set;
-            complete &= map == map_result::set;
+            if (map != map_result::set) complete = false;
             if (map == map_result::no_record) break;
             continue;
         }

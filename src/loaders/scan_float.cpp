@@ -1,3 +1,8 @@
+// Own code beside libraries such as fast_float, which also round correctly: what is a number here is for
+// scanf to say. It takes "+1", "0x1p3" and the "e" of "1e", which those refuse or leave. The C library's own
+// strtof reads by the process's locale, and their tables of powers alone would be a tenth of the plug-in's
+// size.
+
 #include "loaders/scan_float.h"
 
 #include "loaders/digits.h"
@@ -34,8 +39,8 @@ const char* skip_word(const char* p, const char* word) {
     return p;
 }
 
-// The conversion of 64 bits is a function of the compiler's own on 32-bit targets. The result is the same:
-// only the sum is rounded.
+// 32-bit targets cannot convert 64 bits in one instruction, only 32. The result is the same: both parts are
+// exact, and only their sum is rounded.
 double to_double(uint64_t number) {
     if (sizeof(void*) > 4) return static_cast<double>(number);
     return static_cast<double>(static_cast<uint32_t>(number >> 32)) * 0x1p32 + static_cast<uint32_t>(number);
@@ -83,11 +88,11 @@ const char* scan_hexadecimal(const char* p, float* value) {
         if (digit < 16) {
             any = true;
             if (mantissa >> 60) {
-                more |= digit != 0;
-                exponent += dot ? 0 : 4;
+                if (digit != 0) more = true;
+                if (!dot) exponent += 4;
             } else {
-                mantissa = mantissa << 4 | digit;
-                exponent -= dot ? 4 : 0;
+                mantissa = (mantissa << 4) | digit;
+                if (dot) exponent -= 4;
             }
         } else if (*p == '.' && !dot) {
             dot = true;
@@ -151,10 +156,10 @@ int compare_exactly(const decimal& number, uint32_t odd, int exponent) {
             left.multiply_add(10, static_cast<uint32_t>(*p - '0'));
             ++count;
         } else {
-            more |= *p != '0';
+            if (*p != '0') more = true;
         }
     }
-    left.multiply_add(10, more);
+    left.multiply_add(10, more ? 1 : 0);
     right.multiply_add(0, odd);
     const int power = static_cast<int>(number.exponent) - (count > 19 ? count - 19 : 0) - 1;
     left.multiply_power(10, power);
@@ -203,17 +208,20 @@ const char* scan_decimal(const char* p, float* value) {
     bool dot = false;
     for (;; ++p) {
         if (is_digit(*p)) {
-            const bool counts = number.leading < 1000000000000000000;
-            if (counts) number.leading = number.leading * 10 + static_cast<uint64_t>(*p - '0');
-            number.exponent += !counts - dot;
+            if (number.leading < 1000000000000000000) {
+                number.leading = number.leading * 10 + static_cast<uint64_t>(*p - '0');
+                if (dot) --number.exponent;
+            } else if (!dot) {
+                ++number.exponent;
+            }
         } else if (*p == '.' && !dot) {
             dot = true;
         } else {
             break;
         }
     }
-    if (p - number.digits == dot) return nullptr;
     number.end = p;
+    if (number.end - number.digits == (dot ? 1 : 0)) return nullptr; // no digit
     if (lower(*p) == 'e') p = scan_exponent(p + 1, &number.exponent);
     *value = decimal_value(number);
     return p;
@@ -260,7 +268,7 @@ inline const char* scan_number(const char* p, float* value) {
         const digit_run decimals = find_digits(++q);
         units += join_digits(decimals.values & ((uint64_t{1} << decimals.bits) - 1));
         q += decimals.bits / 8;
-        any |= decimals.bits != 0;
+        if (decimals.bits != 0) any = true;
     }
     // More digits, an exponent or a hexadecimal number may follow; a space or the end cannot mislead.
     if (!any || (*q > ' ' && (is_digit(*q) || lower(*q) == 'e' || lower(*q) == 'x')))

@@ -1,7 +1,6 @@
 // One frame of one control.
 
-#include "loaders/group_obj.h"
-#include "loaders/group_qel.h"
+#include "loaders/load_scene.h"
 #include "model3d/math.h"
 #include "rext/bindings.h"
 #include "rext/model3d_rext.h"
@@ -98,37 +97,24 @@ bool acquire_shaders(app_record* app, model3d_state* state, shader_refs* shaders
     return complete;
 }
 
-// The last four characters in lower case, or an empty text for a shorter name.
-void extension_of(const char* filename, char extension[5]) {
-    const size_t length = strlen(filename);
-    extension[0] = '\0';
-    if (length < 4) return;
-    for (size_t i = 0; i < 4; ++i) {
-        const char c = filename[length - 4 + i];
-        extension[i] = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+// Loads the state's file and notes what memory was too short for.
+int load_file(app_record* app, model3d_state* state) {
+    const name_ending ending = ending_of(state->filename);
+    if (ending.text[0] && format_of(ending) == model_format::unknown) {
+        kora_app_log(app, 0, "model3d: unsupported format: %s", ending.text);
     }
-    extension[4] = '\0';
-}
-
-int load_scene(app_record* app, render_context* context) {
-    model3d_state* const state = context->state;
-    char extension[5];
-    extension_of(state->filename, extension);
-    if (strcmp(extension, ".obj") == 0) return group_loadobj(&state->scene, state->filename, context);
-    if (strcmp(extension, ".qel") == 0) return group_loadqel(&state->scene, state->filename, context);
-    if (extension[0]) kora_app_log(app, 0, "model3d: unsupported format: %s", extension);
-    if (scene_create(&state->scene)) return 1;
-    scene_free(&state->scene);
-    return 0;
+    load_context context = {app->services->resource, false};
+    const int loaded = load_scene(&state->scene, state->filename, &context);
+    state->incomplete = context.incomplete;
+    return loaded;
 }
 
 bool load_model(app_record* app, render_context* context) {
     model3d_state* const state = context->state;
     phase_timer timer(app);
     timer.start();
-    state->incomplete = 0;
     groups_renew(state);
-    if (!load_scene(app, context)) {
+    if (!load_file(app, state)) {
         kora_app_log(app, 1, "model3d: could not load model: %s", state->filename);
         return false;
     }

@@ -77,7 +77,7 @@ void unload_model(model3d_state* state) {
 }
 
 void load_incomplete(render_context* context) {
-    if (context->state) context->state->incomplete = 1;
+    context->state->incomplete = 1;
 }
 
 int renderext_model3d_realize(realize_context* context, void*, renderext_instance* rext) {

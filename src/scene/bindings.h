@@ -9,7 +9,7 @@
 void group_store(const char* key, group* g, render_context* context);
 
 // Notes that memory ran out for a part of the model that can be left out of the picture. The frame shows
-// the rest; the next one loads the model again. `context` may have no control's state.
+// the rest; the next one loads the model again.
 void load_incomplete(render_context* context);
 
 // Node operation: resets the transform and the deformers from the file's values, or to neutral ones,

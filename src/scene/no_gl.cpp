@@ -1,19 +1,12 @@
 // Stands in for what draws, where trees are only built and looked at: in tools and without any GL.
 
-#include "scene/no_gl.h"
-
 #include "scene/bindings.h"
 #include "scene/light.h"
 #include "scene/texture.h"
 #include "scene/trimesh.h"
 
-int incomplete_loads = 0;
-
 void group_store(const char*, group*, render_context*) {}
 void group_config(void*, render_context*) {}
-void load_incomplete(render_context*) {
-    ++incomplete_loads;
-}
 
 void light_load(void*, int, render_context*) {}
 void light_config(void*, render_context*) {}

@@ -47,7 +47,4 @@ void texture_use(const texture* t);
 // Deletes the GL texture, or forgets the one of a lost context, and lets go of the host's image.
 void texture_delete(texture* t);
 
-// A path under which a resource can be opened, to free(), or null.
-char* resource_locate(const char* name, render_context* context);
-
 #endif

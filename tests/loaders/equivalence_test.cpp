@@ -5,6 +5,7 @@
 #include "obj_reference.h"
 #include "scene/material.h"
 
+#include <clocale>
 #include <cmath>
 #include <cstring>
 #include <gtest/gtest.h>
@@ -112,16 +113,11 @@ std::string corner(random_source& random) {
     if (below(random, 12) == 0) return pick(random, odd);
     if (below(random, 60) == 0) return std::string(59 + below(random, 6), '0').append("3/1");
     const auto index = [&] { return std::to_string(static_cast<int>(below(random, 24)) - 4); };
-    switch (below(random, 4)) {
-    case 0:
-        return index();
-    case 1:
-        return index().append("/").append(index());
-    case 2:
-        return index().append("//").append(index());
-    default:
-        return index().append("/").append(index()).append("/").append(index());
+    std::string text = index();
+    for (const char* gap : {"/", "/", "//"}) {
+        if (below(random, 2)) text += gap + index();
     }
+    return text;
 }
 
 std::string line(random_source& random) {
@@ -131,7 +127,7 @@ std::string line(random_source& random) {
     const char* const others[] = {
         "mtllib lib.mtl", "mtllib lib.mtl  ", "mtllib sub\\lib.mtl", "mtllib", "mtllib missing.mtl",
         "usemtl red", "usemtl no name", "usemtl", "usemtl two words", "# f 1 2 3", "g group", "vp 1 2 3",
-        "s 1", "v", "f",
+        "s 1", "v", "f", "face 1 2 3", "F 1 2 3", "V 5 0 0", "f1 2 3 4",
     };
     // clang-format on
     std::string text;
@@ -187,33 +183,20 @@ struct file_kind {
     size_t long_line_in; // one line in so many is long
 };
 
-template <class T>
-std::string compare(const char* what, const T* got, size_t count, const std::vector<T>& expected) {
-    if (count != expected.size()) {
-        return std::string(what) + ": " + std::to_string(count) + " instead of " +
-               std::to_string(expected.size());
-    }
-    for (size_t i = 0; i < count; ++i) {
-        if (memcmp(&got[i], &expected[i], sizeof(T)) == 0) continue;
-        return std::string(what) + "[" + std::to_string(i) + "]: " + std::to_string(got[i]) + " instead of " +
-               std::to_string(expected[i]);
-    }
-    return "";
+template <class T> bool same(const T* got, size_t count, const std::vector<T>& expected) {
+    if (count != expected.size()) return false;
+    return count == 0 || memcmp(got, expected.data(), count * sizeof(T)) == 0;
 }
 
-std::string compare(const material& got, const reference_material& expected) {
-    if (got.name != expected.name) return "material " + std::string(got.name);
-    if (memcmp(got.ambient, expected.ambient, 12) != 0 || memcmp(got.diffuse, expected.diffuse, 12) != 0 ||
-        memcmp(got.specular, expected.specular, 12) != 0 || memcmp(&got.alpha, &expected.alpha, 4) != 0 ||
-        memcmp(&got.spec_exp, &expected.spec_exp, 4) != 0) {
-        return "values of material " + expected.name;
-    }
+bool same(const material& got, const reference_material& expected) {
     const std::string map = got.diffuseMap ? got.diffuseMap->filename : "none";
-    return map == expected.diffuse_map.value_or("none") ? ""
-                                                        : "map of material " + expected.name + ": " + map;
+    return got.name == expected.name && memcmp(got.ambient, expected.ambient, 12) == 0 &&
+           memcmp(got.diffuse, expected.diffuse, 12) == 0 &&
+           memcmp(got.specular, expected.specular, 12) == 0 && memcmp(&got.alpha, &expected.alpha, 4) == 0 &&
+           memcmp(&got.spec_exp, &expected.spec_exp, 4) == 0 && map == expected.diffuse_map.value_or("none");
 }
 
-// Loads a file with the loader and with the reference and describes the first difference; empty: none.
+// Loads a file with the loader and with the reference and says what differs first; empty: nothing.
 std::string difference_from_reference(const std::string& filename) {
     const loaded_model loaded(filename);
     const auto reference = reference_load(filename);
@@ -222,23 +205,17 @@ std::string difference_from_reference(const std::string& filename) {
 
     const trimesh& mesh = loaded.mesh();
     const auto nvertices = static_cast<size_t>(mesh.nvertices);
-    const std::string differences[] = {
-        compare("vertices", mesh.vertices, nvertices * 3, reference->vertices),
-        compare("normals", mesh.normals, nvertices * 3, reference->normals),
-        compare("texcoords", mesh.texcoords[0], nvertices * 2, reference->texcoords),
-        compare("indices", mesh.indices, static_cast<size_t>(mesh.nfaces) * 3, reference->indices),
-        compare("radius", &loaded.root.root.radius, 1, {reference->radius}),
-    };
-    for (const std::string& difference : differences) {
-        if (!difference.empty()) return difference;
-    }
+    if (!same(mesh.vertices, nvertices * 3, reference->vertices)) return "vertices";
+    if (!same(mesh.normals, nvertices * 3, reference->normals)) return "normals";
+    if (!same(mesh.texcoords[0], nvertices * 2, reference->texcoords)) return "texcoords";
+    if (!same(mesh.indices, static_cast<size_t>(mesh.nfaces) * 3, reference->indices)) return "indices";
+    if (!same(&loaded.root.root.radius, 1, {reference->radius})) return "radius";
     if (mesh.calc_normals == reference->normals_given) return "calc_normals";
     if (static_cast<size_t>(mesh.nmaterials) != reference->segments.size()) return "number of segments";
     for (size_t i = 0; i < reference->segments.size(); ++i) {
-        const reference_segment& expected = reference->segments[i];
-        if (mesh.materials[i].startIndex != expected.start) return "start of segment " + std::to_string(i);
-        const std::string difference = compare(*mesh.materials[i].material, expected.material);
-        if (!difference.empty()) return difference;
+        const auto& [expected, start] = reference->segments[i];
+        if (mesh.materials[i].startIndex != start) return "start of segment " + std::to_string(i);
+        if (!same(*mesh.materials[i].material, expected)) return "material of segment " + std::to_string(i);
     }
     return "";
 }
@@ -249,8 +226,9 @@ TEST(Loader, ReadsRandomFilesAsTheDialectSays) {
     };
     const temp_folder folder;
     folder.write("lib.mtl", library);
-    folder.write("sub lib.mtl",
-                 std::string("newmtl no name\nmap_Kd x.png\n").append(1022, 'x').append("\nNs 3\n"));
+    folder.write(
+        "sub lib.mtl",
+        std::string("newmtl red\nNs 7\nnewmtl no name\nmap_Kd x.png\n").append(1022, 'x').append("\nNs 3\n"));
     random_source random(2);
     for (const file_kind& kind : kinds) {
         for (int i = 0; i < kind.files; ++i) {
@@ -286,6 +264,59 @@ TEST(Loader, CutsLongLinesWhereTheDialectSays) {
             }
         }
     }
+}
+
+TEST(Loader, ReadsLibrariesAsTheDialectSays) {
+    const char* const libraries[] = {
+        "newmtl a\nnewmtl b\nKa 0 .1 .2\nKd .3 .4 .5\nKs .6 .7 .8\nNs 96\nd 0.5\nillum 2\nTr 1\nNi 2\nKe 1 1 "
+        "1\n",
+        "newmtl a\nmap_Kd tex\\sub/x y.png \n",
+        "Kd 0 0 0\nd 0\nmap_Kd x.png\nnewmtl a\n",
+        "newmtl a\nKd 1 0\nKa spectral x\nKs a b c\nNs\nd -halo 0.5\ndissolve 0.5\n",
+        "newmtl a\nd0.25\nKa1 1 1\nKd\t1\t1\t1\nKs 1 1 1 0\nNs 1e1\n",
+        "newmtl two words \nNs 2\n",
+        "newmtl\nnewmtl b\n",
+        "newmtl\ta\nNs 3\n",
+        "newmtl a\nNs 3\nmap_Kd x\nnewmtl a\nNs 4\nnewmtl b\n",
+        "newmtl a\nmap_Kd one.png\nmap_Kd two.png\nmap_Kd\nmap_Kd \nmap_Ks s.png\nbump b.png\n",
+        "newmtl a\nmap_Kd -s 2 2 2 x.png\n",
+        "newmtl a\\\nNs 5\n", // a backslash belongs to a name in a library
+        "newmtl a\nNs 5",
+    };
+    const temp_folder folder;
+    const std::string file =
+        folder.write("m.obj", "mtllib sub/lib.mtl\nv 1 2 3\nusemtl a\nf 1 1 1\nusemtl b\nusemtl two words  \n"
+                              "usemtl\nusemtl a \n");
+    for (const char* text : libraries) {
+        folder.write("sub/lib.mtl", text);
+        EXPECT_EQ(difference_from_reference(file), "") << text;
+    }
+}
+
+// The C library's compiled form of a locale in which numbers have a decimal comma, made here because a
+// machine need not have one installed.
+void write_comma_locale(const temp_folder& folder) {
+    constexpr uint32_t lc_numeric = 1;
+    // The offsets of six texts: the decimal comma, no thousands separator, no grouping, both again as wide
+    // characters, codeset.
+    const uint32_t words[] = {0x20031115u ^ lc_numeric, 6, 32, 34, 34, 36, 40, 44, ',', ',', 0};
+    folder.write("comma/LC_NUMERIC", std::string(reinterpret_cast<const char*>(words), sizeof(words)) +
+                                         std::string("ASCII\0\0\0", 8));
+}
+
+TEST(Loader, IgnoresTheLocale) {
+    const temp_folder folder;
+    write_comma_locale(folder);
+    setenv("LOCPATH", folder.path.c_str(), 1);
+    ASSERT_NE(setlocale(LC_NUMERIC, "comma"), nullptr);
+    ASSERT_EQ(strtof("1,5", nullptr), 1.5f);
+    folder.write("lib.mtl", "newmtl a\nd 0.5\nKd 1e-2 .5 0x0.8p0\n");
+    const std::string file =
+        folder.write("model.obj", "v 1.5 2.5 0x1.8p1\nv 1,5 2,5 3\nv 0.123456789012345678901e1 "
+                                  "1 1\nmtllib lib.mtl\nusemtl a\nf 1 2 1\n");
+    EXPECT_EQ(difference_from_reference(file), "");
+    setlocale(LC_NUMERIC, "C");
+    unsetenv("LOCPATH");
 }
 
 } // namespace

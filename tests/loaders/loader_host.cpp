@@ -1,7 +1,6 @@
 #include "loader_host.h"
 
 #include "scarce_heap.h"
-#include "scene/no_gl.h"
 
 #include <cstring>
 #include <filesystem>
@@ -37,20 +36,13 @@ std::string temp_folder::write(const std::string& name, const std::string& conte
     return file;
 }
 
-loaded_model::loaded_model(const std::string& filename, decltype(&group_loadobj) load) {
+loaded_model::loaded_model(const std::string& filename) {
     asked_names = &asked;
     resource_manager resources = {};
     resources.resolve_path = resolve;
-    app_services services = {};
-    services.resource = &resources;
-    app_record app = {};
-    app.services = &services;
-    control_record control = {};
-    control.app = &app;
-    render_context context = {nullptr, &control};
-    const int before = incomplete_loads;
-    result = load(&root, filename.c_str(), &context);
-    incomplete = incomplete_loads > before;
+    load_context context = {&resources, false};
+    result = load_scene(&root, filename.c_str(), &context);
+    incomplete = context.incomplete;
     const scene empty = {};
     EXPECT_EQ(memcmp(&root, &empty, sizeof(empty)) != 0, result == 1);
 }

@@ -2,7 +2,7 @@
 #ifndef LOADER_HOST_H
 #define LOADER_HOST_H
 
-#include "loaders/group_obj.h"
+#include "loaders/load_scene.h"
 #include "scene/trimesh.h"
 
 #include <string>
@@ -26,7 +26,7 @@ template <class T> T& node(const group& g, int index) {
 // Loads with a host that finds every path that exists; expects an empty scene where that fails. The scene is
 // released at the end, twice.
 struct loaded_model {
-    explicit loaded_model(const std::string& filename, decltype(&group_loadobj) load = group_loadobj);
+    explicit loaded_model(const std::string& filename);
     ~loaded_model();
     loaded_model(const loaded_model&) = delete;
     loaded_model& operator=(const loaded_model&) = delete;

@@ -1,5 +1,6 @@
 #include "obj_reference.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -57,28 +58,23 @@ void read_lines(int fd, bool backslashes, const std::function<void(char*)>& hand
     }
 }
 
-template <class... T> bool scan(const char* line, const char* format, T... values) {
+// How many of the format's numbers there are.
+int scan(const char* line, const char* format, float values[3]) {
     static const locale_t c_locale = newlocale(LC_ALL_MASK, "C", nullptr);
     const locale_t before = uselocale(c_locale);
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
-    const int count = sscanf(line, format, values...);
+    const int count = sscanf(line, format, &values[0], &values[1], &values[2]);
 #pragma GCC diagnostic pop
     uselocale(before);
-    return count == static_cast<int>(sizeof...(T));
+    return count > 0 ? count : 0;
 }
 
-bool scan3(const char* line, const char* format, float* v) {
-    float x, y, z;
-    if (!scan(line, format, &x, &y, &z)) return false;
-    v[0] = x, v[1] = y, v[2] = z;
-    return true;
-}
-
-bool scan1(const char* line, const char* format, float* v) {
-    float x;
-    if (!scan(line, format, &x)) return false;
-    *v = x;
+// All of them or none.
+bool scan_all(const char* line, const char* format, int count, float* values) {
+    float v[3];
+    if (scan(line, format, v) != count) return false;
+    memcpy(values, v, sizeof(float) * static_cast<size_t>(count));
     return true;
 }
 
@@ -193,16 +189,14 @@ struct loader {
                 lit = lit && !outside(c.normal, nnormals);
             }
             for (int i = 0; i < 3; ++i) {
-                for (int j = 0; textured && j < 2; ++j) {
-                    model.texcoords[vertices[i] * 2 + static_cast<unsigned>(j)] =
-                        texcoords[static_cast<size_t>(triangle[i].texcoord * 2 + j)];
-                }
-                for (int j = 0; lit && j < 3; ++j) {
-                    model.normals[vertices[i] * 3 + static_cast<unsigned>(j)] =
-                        normals[static_cast<size_t>(triangle[i].normal * 3 + j)];
-                    model.normals_given = true;
-                }
+                if (textured)
+                    std::copy_n(&texcoords[static_cast<size_t>(triangle[i].texcoord * 2)], 2,
+                                &model.texcoords[vertices[i] * 2]);
+                if (lit)
+                    std::copy_n(&normals[static_cast<size_t>(triangle[i].normal * 3)], 3,
+                                &model.normals[vertices[i] * 3]);
             }
+            if (lit) model.normals_given = true;
         }
     }
 
@@ -218,15 +212,15 @@ struct loader {
             } else if (!current) {
                 return;
             } else if (line[0] == 'd') {
-                scan1(line, "d %f", &current->alpha);
+                scan_all(line, "d %f", 1, &current->alpha);
             } else if (begins(line, "Ka")) {
-                scan3(line, "Ka %f %f %f", current->ambient);
+                scan_all(line, "Ka %f %f %f", 3, current->ambient);
             } else if (begins(line, "Kd")) {
-                scan3(line, "Kd %f %f %f", current->diffuse);
+                scan_all(line, "Kd %f %f %f", 3, current->diffuse);
             } else if (begins(line, "Ks")) {
-                scan3(line, "Ks %f %f %f", current->specular);
+                scan_all(line, "Ks %f %f %f", 3, current->specular);
             } else if (begins(line, "Ns")) {
-                scan1(line, "Ns %f", &current->spec_exp);
+                scan_all(line, "Ns %f", 1, &current->spec_exp);
             } else if (begins(line, "map_Kd") && !eighth_on(line).empty()) {
                 std::string path = directory + "/" + eighth_on(line);
                 for (char& c : path) {
@@ -247,14 +241,14 @@ struct loader {
             if (found == materials.end()) return;
             model.segments.push_back({found->second, static_cast<int32_t>(model.indices.size() / 3)});
         } else if (begins(line, "v ")) {
-            if (!scan3(line, "v %f %f %f", v)) return;
+            if (!scan_all(line, "v %f %f %f", 3, v)) return;
             positions.insert(positions.end(), v, v + 3);
             const float r = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
             if (r > model.radius && (model.radius == 0 || r / model.radius < 1.0e9f)) model.radius = r;
         } else if (begins(line, "vn")) {
-            if (scan3(line, "vn %f %f %f", v)) normals.insert(normals.end(), v, v + 3);
+            if (scan_all(line, "vn %f %f %f", 3, v)) normals.insert(normals.end(), v, v + 3);
         } else if (begins(line, "vt")) {
-            if (scan(line, "vt %f %f", &v[0], &v[1])) texcoords.insert(texcoords.end(), {v[0], 1.0f - v[1]});
+            if (scan_all(line, "vt %f %f", 2, v)) texcoords.insert(texcoords.end(), {v[0], 1.0f - v[1]});
         } else if (line[0] == 'f') {
             face(line);
         }
@@ -275,15 +269,9 @@ std::optional<reference_model> reference_load(const std::string& filename) {
 }
 
 int reference_scan(const char* text, float* values, int count) {
-    // A number more is read only when the ones before it are there: what is left tells how many there were.
-    for (int n = count; n > 0; --n) {
-        float v[3] = {};
-        const bool all = n == 1   ? scan(text, "%f", &v[0])
-                         : n == 2 ? scan(text, "%f %f", &v[0], &v[1])
-                                  : scan(text, "%f %f %f", &v[0], &v[1], &v[2]);
-        if (!all) continue;
-        memcpy(values, v, sizeof(float) * static_cast<size_t>(n));
-        return n;
-    }
-    return 0;
+    static const char* const formats[] = {"%f", "%f %f", "%f %f %f"};
+    float v[3];
+    const int there = scan(text, formats[count - 1], v);
+    memcpy(values, v, sizeof(float) * static_cast<size_t>(there));
+    return there;
 }

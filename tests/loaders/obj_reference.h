@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 struct reference_material {
@@ -18,15 +19,10 @@ struct reference_material {
     std::optional<std::string> diffuse_map;
 };
 
-struct reference_segment {
-    reference_material material;
-    int32_t start;
-};
-
 struct reference_model {
     std::vector<float> vertices, normals, texcoords;
     std::vector<uint32_t> indices;
-    std::vector<reference_segment> segments;
+    std::vector<std::pair<reference_material, int32_t>> segments; // each with its first triangle
     bool normals_given = false;
     float radius = 0.0f;
 };

@@ -88,6 +88,19 @@ TEST(qelf_build, replaced_values_leave_the_size_of_the_new_ones) {
     EXPECT_EQ(group->chunk.chunkSize, 126 + 142);
 }
 
+TEST(qelf_build, a_scene_that_becomes_no_form_keeps_its_chunks) {
+    expect_told([] {
+        const lone<QELF_Scene> scene{QELF_createScene("QELF")};
+        lone<QELF_SceneHeader> header{scene ? QELF_createSceneHeader() : nullptr};
+        if (!header) return false;
+        scene->sceneHeader = header.get();
+        const tree_ptr form{reinterpret_cast<IFF_Chunk*>(QELF_convertSceneToForm(scene.get())), {table}};
+        EXPECT_EQ(header->chunk.parent != nullptr, form != nullptr);
+        if (form) static_cast<void>(header.release());
+        return form != nullptr;
+    });
+}
+
 TEST(qelf_build, mesh_data_must_fit_and_is_copied) {
     const lone<QELF_TriangleMesh> mesh = full_mesh();
     const lone<QELF_TriangleMesh> bare{QELF_createTriangleMesh(2, 1, 0, 0, 0, 0, 0)};

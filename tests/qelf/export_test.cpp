@@ -1,11 +1,11 @@
 // Models as scene files, and what is left of both when memory is short.
 
 #include "loader_host.h"
-#include "loaders/group_qel.h"
 #include "math/angle.h"
 #include "records.h"
 #include "scene/export.h"
 #include "scene/material.h"
+#include "scene/save.h"
 #include "scene_bytes.h"
 
 #include <algorithm>
@@ -24,34 +24,10 @@ void apply_bind_placement(group& g) {
     }
 }
 
-// The file of an exported group, with two textures; nothing when it cannot be made or written.
-std::string write_scene(QELF_Node* exported, const std::string& path) {
-    if (!exported) return "";
-    lone<QELF_SceneGroup> group{static_cast<QELF_SceneGroup*>(exported->content)};
-    free(exported);
-    const lone<QELF_Scene> s{QELF_createScene("QELF")};
-    lone<QELF_SceneHeader> header{s ? QELF_createSceneHeader() : nullptr};
-    if (!header || !QELF_addSceneGroupToScene(s.get(), group.get())) return "";
-    header->versionMajor = 2;
-    s->sceneHeader = header.get();
-    lone<QELF_Texture> textures[2];
-    for (auto& t : textures) {
-        t.reset(QELF_createTexture());
-        if (!t || !QELF_setTextureName(t.get(), "") || !QELF_setTexturePath(t.get(), "t.png") ||
-            !QELF_addTextureToScene(s.get(), t.get())) {
-            return "";
-        }
-    }
-    const tree_ptr form{reinterpret_cast<IFF_Chunk*>(QELF_convertSceneToForm(s.get())), {table}};
-    if (!form) {
-        EXPECT_TRUE(!header->chunk.parent && !group->chunk.parent && !textures[0]->chunk.parent);
-        return "";
-    }
-    static_cast<void>(header.release());
-    static_cast<void>(group.release());
-    for (auto& t : textures)
-        static_cast<void>(t.release());
-    return QELF_check(form.get()) && QELF_write(path.c_str(), form.get()) ? bytes_of(path) : "";
+// The file of a tree with two textures; nothing when it cannot be made or written.
+std::string save(group& root, const std::string& path) {
+    const saved_texture textures[] = {{"", "t.png"}, {"", "t.png"}};
+    return scene_save(&root, textures, 2, path.c_str()) ? bytes_of(path) : "";
 }
 
 std::string text(const char* name) {
@@ -147,19 +123,18 @@ TEST(short_memory, loads_a_model_whole_or_says_what_it_did) {
     folder.write("lib.mtl", material_library());
     const struct {
         std::string file;
-        decltype(&group_loadobj) load;
         int incomplete, failed; // runs, at least
-    } cases[] = {{folder.write("a.obj", large_obj()), group_loadobj, 100, 20},
-                 {folder.write("a.qel", large_scene()), group_loadqel, 100, 100},
-                 {folder.write("b.qel", everything().bytes), group_loadqel, 50, 100}};
+    } cases[] = {{folder.write("a.obj", large_obj()), 100, 20},
+                 {folder.write("a.qel", large_scene()), 100, 100},
+                 {folder.write("b.qel", everything().bytes), 50, 100}};
     for (const auto& row : cases) {
         SCOPED_TRACE(row.file);
-        loaded_model undisturbed(row.file, row.load);
+        loaded_model undisturbed(row.file);
         const std::string whole = contents(undisturbed);
         int incomplete = 0, failed = 0;
         const int runs = fail_every_allocation([&](shortage& memory) {
             std::unique_ptr<loaded_model> model;
-            reports_of([&] { model = std::make_unique<loaded_model>(row.file, row.load); });
+            reports_of([&] { model = std::make_unique<loaded_model>(row.file); });
             const bool was_short = memory.end();
             incomplete += model->result && model->incomplete;
             failed += !model->result;
@@ -192,14 +167,14 @@ TEST(qel_export, gives_the_file_that_was_loaded) {
         scene_record(group_record("g", nodes, 7, {0, 0, 0, 0.1f, -359, 1e-30f, 1, 1, 1}), {texture, texture});
     const temp_folder folder;
     const std::string path = folder.write("a.qel", file.bytes);
-    loaded_model model(path, group_loadqel);
+    loaded_model model(path);
     ASSERT_EQ(model.result, 1);
     apply_bind_placement(model.root.root);
-    EXPECT_EQ(write_scene(group_export(&model.root.root), path), file.bytes);
+    EXPECT_EQ(save(model.root.root, path), file.bytes);
     // No run leaves part of a file: what was there stays, or the whole new one has replaced it.
     expect_told([&] {
         folder.write("a.qel", "old");
-        const bool written = !write_scene(group_export(&model.root.root), path).empty();
+        const bool written = !save(model.root.root, path).empty();
         EXPECT_EQ(bytes_of(path), written ? file.bytes : "old");
         return written;
     });
@@ -227,7 +202,7 @@ TEST(qel_export, gives_degrees_that_are_read_as_the_same_radians) {
 TEST(qel_export, needs_the_arrays) {
     const temp_folder folder;
     for (const int which : {0, 1, 2}) {
-        loaded_model model(folder.write("a.qel", everything().bytes), group_loadqel);
+        loaded_model model(folder.write("a.qel", everything().bytes));
         auto& mesh = node<trimesh>(model.root.root, 1);
         // What goes into buffer objects is released.
         float*& array = which == 0 ? mesh.normals : which == 1 ? mesh.tangents : mesh.texcoords[0];
@@ -236,7 +211,8 @@ TEST(qel_export, needs_the_arrays) {
         EXPECT_EQ(trimesh_export(&mesh), nullptr);
         QELF_Node* const exported = group_export(&model.root.root);
         EXPECT_EQ(static_cast<QELF_SceneGroup*>(exported->content)->nodes[1], nullptr);
-        QELF_freeNode(exported);
+        EXPECT_EQ(reports_of([&] { EXPECT_EQ(scene_form(exported, nullptr, 0), nullptr); }),
+                  "The tree cannot be made a scene file!\n");
     }
 }
 

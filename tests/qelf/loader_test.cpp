@@ -1,7 +1,6 @@
 // Scene files as models.
 
 #include "loader_host.h"
-#include "loaders/group_qel.h"
 #include "scene/material.h"
 #include "scene_bytes.h"
 
@@ -22,7 +21,7 @@ record scene_with_mesh(const mesh_spec& mesh) {
 // What export gives back is compared there, byte for byte.
 TEST(qel_loader, builds_the_tree_of_the_file) {
     const temp_folder folder;
-    const loaded_model model(folder.write("scenes/a.qel", everything().bytes), group_loadqel);
+    const loaded_model model(folder.write("scenes/a.qel", everything().bytes));
     ASSERT_EQ(model.result, 1);
     const scene& s = model.root;
     const group& root = s.root;
@@ -61,7 +60,7 @@ TEST(qel_loader, textures_of_a_file_without_a_folder_are_beside_it) {
     folder.write("a.qel", file.bytes);
     const auto before = std::filesystem::current_path();
     std::filesystem::current_path(folder.path);
-    const loaded_model model("a.qel", group_loadqel);
+    const loaded_model model("a.qel");
     std::filesystem::current_path(before);
     ASSERT_EQ(model.result, 1);
     EXPECT_STREQ(model.root.textures[0]->filename, ".//maps/b.png");
@@ -108,12 +107,12 @@ TEST(qel_loader, refuses_what_is_no_good) {
     for (const auto& row : cases) {
         const std::string path = folder.write("a.qel", row.bytes);
         testing::internal::CaptureStderr();
-        const loaded_model model(path, group_loadqel);
+        const loaded_model model(path);
         EXPECT_EQ(testing::internal::GetCapturedStderr(), row.warning);
         EXPECT_EQ(model.result, row.loaded) << row.warning;
     }
     testing::internal::CaptureStderr();
-    EXPECT_EQ(loaded_model(folder.path + "/missing.qel", group_loadqel).result, 0);
+    EXPECT_EQ(loaded_model(folder.path + "/missing.qel").result, 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 
     // A file that is there and cannot be opened, not even by root.
@@ -123,7 +122,7 @@ TEST(qel_loader, refuses_what_is_no_good) {
     const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
     ASSERT_EQ(bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
     testing::internal::CaptureStderr();
-    EXPECT_EQ(loaded_model(address.sun_path, group_loadqel).result, 0);
+    EXPECT_EQ(loaded_model(address.sun_path).result, 0);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "WARNING: could not open QEL file\n");
     close(fd);
 }

@@ -6,9 +6,7 @@
 #include <cstring>
 
 #include "input_file.h"
-#include "loaders/group_obj.h"
-#include "loaders/group_qel.h"
-#include "scene/no_gl.h"
+#include "loaders/load_scene.h"
 
 namespace {
 
@@ -17,19 +15,14 @@ void push_once(std::vector<std::string>& list, const char* text) {
 }
 
 // The plug-in only says that a model could not be loaded: find the cause beforehand. Returns the format.
-const char* check_file(const std::string& file) {
+model_format check_file(const std::string& file) {
     const open_file stream = open_input(file, "a model", exit_failed);
     const auto fail = [&](const char* cause) { throw failure(exit_failed, file + ": " + cause); };
 
-    // Formats go by the last four characters of the whole name, folder and all.
-    std::string ending = file.size() < 4 ? "" : file.substr(file.size() - 4);
-    for (char& c : ending) {
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + ('a' - 'A'));
-    }
-    if (ending != ".obj" && ending != ".qel") fail("unsupported format; supported: .obj, .qel");
-
+    const model_format format = format_of(ending_of(file.c_str()));
+    if (format == model_format::unknown) fail("unsupported format; supported: .obj, .qel");
     if (fgetc(stream.get()) == EOF) fail(ferror(stream.get()) ? strerror(errno) : "the file is empty");
-    return ending == ".obj" ? "obj" : "qel";
+    return format;
 }
 
 const std::array maps{&material::diffuseMap,   &material::specularMap, &material::ambientMap,
@@ -39,20 +32,16 @@ const std::array maps{&material::diffuseMap,   &material::specularMap, &material
 } // namespace
 
 model::model(const host_app& host, const std::string& file) : file_(file), format_(check_file(file)) {
-    control_record control{};
-    control.app = kora_app_record(host.get());
-    render_context context{nullptr, &control};
-    const bool obj = strcmp(format_, "obj") == 0;
-    const int incomplete_before = incomplete_loads;
+    load_context context{kora_app_record(host.get())->services->resource, false};
     errno = 0;
-    if (!(obj ? group_loadobj : group_loadqel)(&scene_, file.c_str(), &context)) {
+    if (!load_scene(&scene_, file.c_str(), &context)) {
         throw failure(exit_failed, file + ": could not be loaded (" +
-                                       (errno == ENOMEM ? "memory is short"
-                                        : obj           ? "unreadable, or memory is short"
-                                                        : "see qelf check") +
+                                       (errno == ENOMEM                ? "memory is short"
+                                        : format_ == model_format::obj ? "unreadable, or memory is short"
+                                                                       : "see qelf check") +
                                        ")");
     }
-    if (incomplete_loads > incomplete_before) {
+    if (context.incomplete) {
         scene_free(&scene_);
         throw failure(exit_failed, file + ": could not be loaded whole (memory is short)");
     }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "loaders/load_scene.h"
 #include "qelf/qelf.h"
 #include "report.h"
 #include "scene/export.h"
@@ -33,7 +34,7 @@ class model {
     model& operator=(const model&) = delete;
 
     const std::string& file() const { return file_; }
-    const char* format() const { return format_; }
+    const char* format() const { return format_ == model_format::obj ? "obj" : "qel"; }
     float radius() const { return scene_.root.radius; }
     const scene& tree() const { return scene_; }
 
@@ -58,7 +59,7 @@ class model {
     void visit(const material& m);
 
     std::string file_;
-    const char* format_;
+    model_format format_;
     scene scene_{};
     std::vector<const trimesh*> meshes_;
     std::vector<named_group> groups_;

@@ -101,9 +101,7 @@ json describe(const model& m, const host_app& host, missing_list& missing) {
         result["lights"].push_back(describe(*m.tree().lights[i]));
 
     missing.set_file_kind("texture");
-    control_record control{};
-    control.app = kora_app_record(host.get());
-    render_context context{nullptr, &control};
+    const load_context context{kora_app_record(host.get())->services->resource, false};
     for (const std::string& path : m.textures()) {
         const heap_ptr<char> located{resource_locate(path.c_str(), &context)};
         result["textures"].push_back({{"path", path}, {"found", located != nullptr}});

@@ -11,7 +11,7 @@
 #include "common/model.h"
 #include "common/output_file.h"
 #include "common/report.h"
-#include "scene/export.h"
+#include "scene/save.h"
 #include "scene_file.h"
 #include "scene_walk.h"
 
@@ -26,13 +26,6 @@ using owned_tree = std::unique_ptr<IFF_Chunk, free_tree>;
 
 [[noreturn]] void no_memory() {
     throw failure(exit_failed, "out of memory, or more than a scene file can hold");
-}
-
-// Takes a chunk over into a form.
-template <class Record> void add_chunk(IFF_Form* form, Record* record) {
-    if (record && IFF_addToForm(form, &record->chunk)) return;
-    if (record) IFF_freeChunk(&record->chunk, form->groupType, QELF_formExtensions, 1);
-    no_memory();
 }
 
 // One path for each file; what cannot be looked up, such as too long a name, is taken as it is written.
@@ -59,15 +52,6 @@ std::vector<std::string> number_textures(model& m, const fs::path& folder) {
     return paths;
 }
 
-// The group inside an exported node, which it is taken out of.
-QELF_SceneGroup* unwrap(QELF_Node* node) {
-    if (!node) no_memory();
-    auto* group = static_cast<QELF_SceneGroup*>(node->content);
-    node->content = nullptr;
-    QELF_freeNode(node);
-    return group;
-}
-
 owned_tree from_obj(const std::string& in, const std::string& out, input_files& inputs) {
     missing_list missing;
     const host_app host = make_host(missing, &inputs);
@@ -75,30 +59,16 @@ owned_tree from_obj(const std::string& in, const std::string& out, input_files& 
     missing.report();
     inputs.add(source.textures());
     source.compute_normals();
-    const std::vector<std::string> textures = number_textures(source, real_folder(out));
-
-    owned_tree tree(reinterpret_cast<IFF_Chunk*>(IFF_createForm("QELF")));
-    if (!tree) no_memory();
-    auto* form = reinterpret_cast<IFF_Form*>(tree.get());
-    QELF_SceneHeader* header = QELF_createSceneHeader();
-    if (header) header->versionMajor = 2;
-    add_chunk(form, header);
-    QELF_SceneGroup* root = unwrap(source.export_root());
-    add_chunk(form, root);
-    // A node that could not be exported leaves its place empty.
-    if (std::count(root->nodes, root->nodes + root->nnodes, nullptr) > 0) no_memory();
-    for (size_t i = 0; i < textures.size(); ++i) {
-        QELF_Texture* texture = QELF_createTexture();
-        if (!texture) no_memory();
-        texture->index = static_cast<uint32_t>(i);
-        const std::string name = fs::path(textures[i]).stem().string();
-        // The form counts what the texture's size is when it is added.
-        const bool set =
-            QELF_setTextureName(texture, name.c_str()) && QELF_setTexturePath(texture, textures[i].c_str());
-        add_chunk(form, texture);
-        if (!set) no_memory();
-    }
-    return tree;
+    const std::vector<std::string> paths = number_textures(source, real_folder(out));
+    std::vector<std::string> names;
+    for (const std::string& path : paths)
+        names.push_back(fs::path(path).stem().string());
+    std::vector<saved_texture> textures;
+    for (size_t i = 0; i < paths.size(); ++i)
+        textures.push_back({names[i].c_str(), paths[i].c_str()});
+    IFF_Form* const form = scene_form(source.export_root(), textures.data(), textures.size());
+    if (!form) no_memory();
+    return owned_tree(&form->chunk);
 }
 
 // Every array of a mesh that belongs to vertices.
@@ -233,12 +203,10 @@ void move_textures(const scene_list& scenes, const std::string& in, const std::s
 }
 
 bool is_obj(const std::string& file) {
-    std::string ending = fs::path(file).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; });
-    if (ending != ".obj" && ending != ".qel")
+    const model_format format = format_of(ending_of(file.c_str()));
+    if (format == model_format::unknown)
         throw failure(exit_failed, file + ": neither an .obj nor a .qel file");
-    return ending == ".obj";
+    return format == model_format::obj;
 }
 
 } // namespace
