@@ -51,7 +51,7 @@ class phase_timer {
 
 // Gets the programs and their records; on failure says why, holds nothing and returns false.
 bool acquire_shaders(app_record* app, model3d_state* state, shader_refs* shaders) {
-    constexpr int required = 4; // the flat programs are looked at below, all together
+    constexpr int required = 4; // a missing flat program is noticed below, with the missing records
     for (int i = 0; i < builtin_shader_count; ++i) {
         shaders->refs[i] = renderext_model3d_get_shader_ref(shaders->resources, &model3d_shaders[i]);
         if (shaders->refs[i] || i >= required) continue;

@@ -84,7 +84,7 @@ int renderext_model3d_copy(renderext_instance* dst, renderext_instance* src) {
     renderext_model3d_free(dst);
     model3d_state* const to = state_of(dst);
     *to = *state_of(src);
-    // What the source loaded stays the source's.
+    // The copy loads a scene of its own.
     to->scene = {};
     to->groups = nullptr;
     to->keys = {};

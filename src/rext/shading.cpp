@@ -23,7 +23,7 @@ constexpr material make_plain() {
 // The surface of a mesh without materials.
 constexpr material plain = make_plain();
 
-// Makes the segment's matrices, unless it has the last one's, as the segments of a mesh do.
+// Computes a segment's matrices, unless they are those of the last segment, as within a mesh.
 void place(segment_transform& last, const float model[16], const float combined[16]) {
     if (last.program && same_words(last.combined, combined, sizeof(last.combined))) return;
     memcpy(last.combined, combined, sizeof(last.combined));

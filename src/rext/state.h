@@ -29,8 +29,8 @@ struct bound_group {
     } keys[bindings_per_group];
 };
 
-// The keys of all groups, in the map's order, written down when a model's values are read for the first time:
-// a dirty check only looks values up. Empty when there was no memory.
+// The keys of all groups, in the map's order. Stored when a model's values are read for the first time, so
+// that later checks only look values up. Empty when there was no memory for them.
 struct binding_keys {
     const control_record* control; // that they belong to
     bound_group* groups;           // owned
@@ -39,7 +39,7 @@ struct binding_keys {
     int32_t capacity;
     int32_t text_size;
     int32_t text_capacity;
-    bool is_complete; // written down, as far as that could be done
+    bool is_complete; // the first walk is over, or memory ran out in it
 };
 
 // The matrices of the segment drawn last.
