@@ -1,7 +1,6 @@
 // The commands of model3d and their arguments.
 
 #include <charconv>
-#include <cstdlib>
 
 #include "attributes.h"
 #include "common/program.h"
