@@ -79,7 +79,9 @@ bool kora_app::load_plugin(const char* path, const char* options) {
         free(record.name);
         return false;
     }
-    plugins.push_back({library, record, find_symbol<void (*)()>(library, "lum_gl_clearprogramcaches")});
+    const auto get_query = find_symbol<decltype(&model3d_get_query)>(library, "model3d_get_query");
+    plugins.push_back({library, record, find_symbol<void (*)()>(library, "lum_gl_clearprogramcaches"),
+                       get_query ? get_query(MODEL3D_QUERY_VERSION) : nullptr});
     libraries.push_back(library);
 
     // Nobody but the host registers the pool that the plug-in's programs come from.
@@ -93,6 +95,12 @@ bool kora_app::load_plugin(const char* path, const char* options) {
     plugins.back().record.fini = nullptr;
     fail("%s: the plug-in's init failed with %d", path, result);
     return false;
+}
+
+const renderext_descriptor* kora_app::find_extension(const char* name) {
+    const renderext_descriptor* found = name ? extensions.find(name) : nullptr;
+    if (!found) fail("no loaded plug-in has an extension named %s", name ? name : "(null)");
+    return found;
 }
 
 kora_app* kora_app_create(void) {

@@ -8,15 +8,26 @@
 #include "services.h"
 
 #include "kora/host.h"
+#include "model3d/model3d_query.h"
 
+#include <deque>
 #include <exception>
 #include <memory>
+#include <string>
 #include <vector>
 
 struct loaded_plugin {
     void* library;
     plugin_record record;
     void (*clear_caches)(void); // may be null
+    const model3d_query* query; // may be null
+};
+
+// What kora_app_attributes has handed out.
+struct attribute_list {
+    const renderext_descriptor* extension;
+    std::vector<kora_attribute> rows;
+    std::deque<std::string> numbers; // texts of rows
 };
 
 struct kora_app : app_record {
@@ -30,6 +41,9 @@ struct kora_app : app_record {
 
     bool load_plugin(const char* path, const char* options);
 
+    // Null, and the reason noted, for an unknown one.
+    const renderext_descriptor* find_extension(const char* name);
+
     app_services services{};
     data_service data;
     extension_service extensions;
@@ -41,6 +55,7 @@ struct kora_app : app_record {
     std::vector<loaded_plugin> plugins;
     std::vector<void*> libraries; // the plug-ins' handles
     std::vector<std::unique_ptr<kora_control>> controls;
+    std::deque<attribute_list> attribute_lists;
     char error[512] = "";
 };
 

@@ -1,10 +1,14 @@
-// Attribute values from texts and numbers, in the formats that extensions name in their tables.
+// Attributes of extensions: what is known of them, and values from texts and numbers in their formats.
 #include "app.h"
 #include "control.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <iterator>
+#include <limits>
+#include <string>
 #include <string_view>
 
 namespace {
@@ -18,6 +22,11 @@ kind kind_of(const char* format) {
            : name == "4f1" ? kind::real
            : name == "1s0" ? kind::text
                            : kind::unknown;
+}
+
+const char* type_name(kind of) {
+    constexpr const char* names[] = {"int", "unsigned", "float", "text", ""};
+    return names[static_cast<int>(of)];
 }
 
 const char* kind_name(kind of) {
@@ -88,7 +97,96 @@ int refuse(kora_control& control, const attribute& to, const char* value, const 
     return 0;
 }
 
+constexpr double no_limit = std::numeric_limits<double>::infinity();
+
+// The attributes that kor_renderext_common_parse takes, by id.
+constexpr kora_attribute common_attributes[] = {
+    {"", "", "pixels", "0", -no_limit, no_limit, nullptr, "left edge of the control", 1},
+    {"", "", "pixels", "0", -no_limit, no_limit, nullptr, "top edge of the control", 1},
+    {"", "", "pixels", nullptr, 0, no_limit, nullptr, "width of the control", 1},
+    {"", "", "pixels", nullptr, 0, no_limit, nullptr, "height of the control", 1},
+    {"", "", "0xRRGGBB", "0", 0, no_limit, nullptr, "of flat shapes", 0},
+    {"", "", "", "0", 0, no_limit, nullptr, "of flat shapes", 0},
+    {"", "", "", "0", 0, no_limit, nullptr, "of flat shapes", 0},
+    {"", "", "degrees", "0", -no_limit, no_limit, nullptr, "of flat shapes", 0},
+    {"", "", "pixels", "0", 0, no_limit, nullptr, "of flat shapes", 0},
+    {"", "", "", "255", 0, 255, nullptr, "opacity of the whole control", 1},
+    {"", "", "pixels", "0", -no_limit, no_limit, nullptr, "of flat shapes", 0},
+    {"", "", "pixels", "0", -no_limit, no_limit, nullptr, "of flat shapes", 0},
+};
+
+const char* unit_name(int32_t unit) {
+    switch (unit) {
+    case MODEL3D_UNIT_LENGTH:
+        return "model units";
+    case MODEL3D_UNIT_DEGREES:
+        return "degrees";
+    case MODEL3D_UNIT_FACTOR:
+        return "factor";
+    default:
+        return "";
+    }
+}
+
+std::string number_text(float value) {
+    char text[32];
+    return {text, std::to_chars(text, std::end(text), value).ptr};
+}
+
+// What the plug-in of an extension says about one of its attributes, or null.
+const model3d_attribute* find_description(const kora_app& app, const char* extension, int32_t id) {
+    for (const loaded_plugin& plugin : app.plugins) {
+        const model3d_query* const query = plugin.query;
+        if (!query || strcmp(query->extension, extension) != 0) continue;
+        const model3d_attribute* const end = query->attributes + query->attribute_count;
+        const auto* const found =
+            std::find_if(query->attributes, end, [id](const auto& row) { return row.id == id; });
+        return found == end ? nullptr : found;
+    }
+    return nullptr;
+}
+
+kora_attribute describe(const kora_app& app, attribute_list& list, const renderext_arg& arg) {
+    kora_attribute row{"", "", "", nullptr, -no_limit, no_limit, nullptr, "", 1};
+    if (arg.id >= 0 && static_cast<size_t>(arg.id) < std::size(common_attributes))
+        row = common_attributes[arg.id];
+    row.name = arg.name;
+    row.type = type_name(kind_of(arg.format));
+    const model3d_attribute* const said = find_description(app, list.extension->name, arg.id);
+    if (!said) return row;
+    row.unit = unit_name(said->unit);
+    row.minimum = said->minimum;
+    row.maximum = said->maximum;
+    row.keywords = said->keywords;
+    row.description = said->description;
+    if (said->keywords)
+        row.initial = said->keywords[static_cast<size_t>(said->initial)];
+    else if (kind_of(arg.format) != kind::text)
+        row.initial = list.numbers.emplace_back(number_text(said->initial)).c_str();
+    return row;
+}
+
+// Made when it is asked for.
+const attribute_list& list_of(kora_app& app, const renderext_descriptor& extension) {
+    for (const attribute_list& list : app.attribute_lists)
+        if (list.extension == &extension) return list;
+    attribute_list list{&extension, {}, {}};
+    for (const renderext_arg* arg = extension.args; arg && arg->name; ++arg)
+        list.rows.push_back(describe(app, list, *arg));
+    return app.attribute_lists.emplace_back(std::move(list));
+}
+
 } // namespace
+
+const kora_attribute* kora_app_attributes(kora_app* app, const char* extension, size_t* count) {
+    return attempt<const kora_attribute*>(*app, nullptr, [&]() -> const kora_attribute* {
+        const renderext_descriptor* const found = app->find_extension(extension);
+        if (!found) return nullptr;
+        const attribute_list& list = list_of(*app, *found);
+        *count = list.rows.size();
+        return list.rows.data();
+    });
+}
 
 int kora_control_set(kora_control* control, const char* name, const char* value) {
     return attempt(control->host, 0, [&] {

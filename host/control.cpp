@@ -47,11 +47,8 @@ kora_control* keep(kora_app& app, std::unique_ptr<kora_control> control) {
 kora_control* kora_control_create(kora_app* app, const char* name, const char* extension, int32_t x,
                                   int32_t y, int32_t width, int32_t height) {
     return attempt<kora_control*>(*app, nullptr, [&]() -> kora_control* {
-        const renderext_descriptor* descriptor = extension ? app->extensions.find(extension) : nullptr;
-        if (!descriptor) {
-            app->fail("no loaded plug-in has an extension named %s", extension ? extension : "(null)");
-            return nullptr;
-        }
+        const renderext_descriptor* const descriptor = app->find_extension(extension);
+        if (!descriptor) return nullptr;
         return keep(*app,
                     std::make_unique<kora_control>(*app, name, *descriptor, rect_of(x, y, width, height)));
     });

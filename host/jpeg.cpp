@@ -3,7 +3,6 @@
 
 #ifdef KORA_IMAGE_FILES
 
-#include <algorithm>
 #include <csetjmp>
 #include <cstdio>
 

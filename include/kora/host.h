@@ -106,6 +106,23 @@ KORA_API void kora_app_presleep(kora_app* app);
 /* Attributes of a loaded extension, ending with {0, NULL, NULL}; null for an unknown extension. */
 KORA_API const renderext_arg* kora_app_extension_args(const kora_app* app, const char* extension);
 
+/* An attribute of an extension. Texts and arrays are the application's and the plug-in's: they stay as they
+ * are until the application is destroyed. */
+typedef struct kora_attribute {
+    const char* name;
+    const char* type;            /* "int", "unsigned", "float" or "text": what its value is read as */
+    const char* unit;            /* "" without one */
+    const char* initial;         /* the value before one is set, as kora_control_set takes it; null: none */
+    double minimum, maximum;     /* what makes sense; -infinity and infinity: anything */
+    const char* const* keywords; /* the texts it takes, ended by null; null: any */
+    const char* description;     /* a few words, "" when the plug-in says nothing */
+    int has_effect;              /* 0: taken, and then ignored */
+} kora_attribute;
+
+/* All attributes of a loaded extension, in the order of its own table, and their number in `count`. Of what
+ * a plug-in does not say, units and descriptions are empty. Null for an unknown extension. */
+KORA_API const kora_attribute* kora_app_attributes(kora_app* app, const char* extension, size_t* count);
+
 /* ---- Render target --------------------------------------------------------------------------- */
 
 /* What the controls of an application are drawn into. Zero-filled with scale 1 is the default. */

@@ -5,8 +5,6 @@
 #include "iff/io.h"
 #include "qelf/qelf.h"
 
-#include <cstddef>
-
 // One report, then null or 0: memory is short.
 void out_of_memory(const char* chunk_id);
 

@@ -4,6 +4,7 @@
 #include "base/heap.h"
 #include "math/angle.h"
 #include "model3d/math.h"
+#include "rext/data_keys.h"
 #include "rext/model3d_rext.h"
 #include "rext/state.h"
 
@@ -16,23 +17,13 @@ namespace {
 
 constexpr size_t key_size = 256; // of key names and of data-manager keys
 
-// One bound value of a group.
-struct binding {
-    const char* suffix; // of the key name
-    float (group::*values)[3];
-    int axis;
-};
-
-constexpr binding bindings[bindings_per_group] = {
-    {"_RX", &group::rotation, 0},    {"_RY", &group::rotation, 1},    {"_RZ", &group::rotation, 2},
-    {"_TX", &group::translation, 0}, {"_TY", &group::translation, 1}, {"_TZ", &group::translation, 2},
-    {"_SX", &group::scaling, 0},     {"_SY", &group::scaling, 1},     {"_SZ", &group::scaling, 2},
-};
+// What the keys of a group move, three values each, in the order of the suffixes.
+constexpr float (group::*bound_values[])[3] = {&group::rotation, &group::translation, &group::scaling};
+static_assert(std::size(bound_values) * 3 == bindings_per_group);
 
 // Writes the name of a group's key, and the data manager's for it.
-void make_key(const control_record* control, const group* g, const binding& b, char name[key_size],
-              char key[key_size]) {
-    snprintf(name, key_size, "%s%s", g->name, b.suffix);
+void make_key(const control_record* control, const group* g, int i, char name[key_size], char key[key_size]) {
+    snprintf(name, key_size, "%s%s", g->name, data_key_suffixes[i]);
     key[0] = '\0'; // for a host that writes nothing
     kor_create_control_data_key(control, name, key, key_size);
 }
@@ -59,7 +50,7 @@ bool reserve_group(binding_keys& keys) {
            grow(keys.texts, keys.text_capacity, keys.text_size + most);
 }
 
-// Appends a text that there is room for; where it begins.
+// Appends a text, for which reserve_group has made room; returns where it begins.
 int32_t keep_text(binding_keys& keys, const char* text) {
     const int32_t begin = keys.text_size;
     const size_t size = strlen(text) + 1;
@@ -68,7 +59,8 @@ int32_t keep_text(binding_keys& keys, const char* text) {
     return begin;
 }
 
-// Writes down the keys of the next group; null without memory for it, and from then on.
+// Stores the texts of a group's keys behind those of the groups before it. When memory runs out all are
+// dropped and the result is null; the keys are then made anew at every check.
 const bound_group* keep_keys(binding_keys& keys, const group* g) {
     if (!reserve_group(keys)) {
         binding_keys_free(keys);
@@ -81,7 +73,7 @@ const bound_group* keep_keys(binding_keys& keys, const group* g) {
     for (int i = 0; i < bindings_per_group; ++i) {
         char name[key_size];
         char key[key_size];
-        make_key(keys.control, g, bindings[i], name, key);
+        make_key(keys.control, g, i, name, key);
         bound.keys[i] = {keep_text(keys, name), keep_text(keys, key)};
     }
     return &bound;
@@ -99,8 +91,9 @@ const float* find_value(control_record* control, data_manager* data, const char*
     return value;
 }
 
-// No number is as good as another, or a control would be drawn again for ever.
-bool is_news(float value, float current) {
+// Whether a value differs from the current one. NaN counts as equal to NaN here: compared as a number it
+// would be a change at every check, and the control would never stop being drawn again.
+bool is_change(float value, float current) {
     return value != current && !(std::isnan(value) && std::isnan(current));
 }
 
@@ -109,7 +102,7 @@ int update_float_key_value(control_record* control, data_manager* data, const ch
                            float* target) {
     kora_app_log(control->app, 8, "retrieving data for key: %s using data manager key: %s", name, key);
     const float* const value = find_value(control, data, key);
-    if (!value || !is_news(*value, *target)) return 0;
+    if (!value || !is_change(*value, *target)) return 0;
     model3d_diag_log(control->app, 6, "found updated data for key: %s, value: %.4f", name, double{*value});
     *target = *value;
     return 1;
@@ -125,7 +118,7 @@ int update_float_key_radian_value(control_record* control, data_manager* data, c
     const float* const value = find_value(control, data, key);
     if (!value) return 0;
     const float angle = radians_from_degrees(*value);
-    if (!is_news(angle, *target)) return 0;
+    if (!is_change(angle, *target)) return 0;
     model3d_diag_log(control->app, 6, "found updated angle data for key: %s, value: %.4f radians", name,
                      double{angle});
     *target = angle;
@@ -138,8 +131,8 @@ struct update_walk {
     int32_t next; // group in the keys that were written down
 };
 
-// The keys that were written down for a group, now or by the first walk. None without memory for them, or
-// when they are those of another control, or the group came into the map or got its name later.
+// The stored keys of a group, which the first walk over the map stores. Null when there was no memory for
+// them, when they belong to another control, or when the group was added or renamed after the first walk.
 const bound_group* next_bound(update_walk& walk, const group* g) {
     binding_keys& keys = walk.context->state->keys;
     if (!keys.is_complete) return keep_keys(keys, g);
@@ -159,28 +152,30 @@ int updatecb(const char*, void* value, void* user) {
     data_manager* const data = control->app->services->data;
     const bound_group* const bound = next_bound(*walk, g);
     int changed = 0;
-    for (int i = 0; i < bindings_per_group; ++i) {
-        const binding& b = bindings[i];
-        char name_buffer[key_size];
-        char key_buffer[key_size];
-        const char* name = name_buffer;
-        const char* key = key_buffer;
-        if (bound) {
-            name = state->keys.texts + bound->keys[i].name;
-            key = state->keys.texts + bound->keys[i].key;
-        } else {
-            make_key(control, g, b, name_buffer, key_buffer);
+    int i = 0; // key
+    for (const auto values : bound_values) {
+        const bool is_angle = values == &group::rotation;
+        for (float& target : g->*values) {
+            char name_buffer[key_size];
+            char key_buffer[key_size];
+            const char* name = name_buffer;
+            const char* key = key_buffer;
+            if (bound) {
+                name = state->keys.texts + bound->keys[i].name;
+                key = state->keys.texts + bound->keys[i].key;
+            } else {
+                make_key(control, g, i, name_buffer, key_buffer);
+            }
+            changed |= is_angle ? update_float_key_radian_value(control, data, name, key, &target)
+                                : update_float_key_value(control, data, name, key, &target);
+            ++i;
         }
-        float* const target = &(g->*b.values)[b.axis];
-        const bool is_angle = b.values == &group::rotation;
-        changed |= is_angle ? update_float_key_radian_value(control, data, name, key, target)
-                            : update_float_key_value(control, data, name, key, target);
     }
     if (changed) state->flags |= MODEL3D_FLAG_DIRTY_DEFORMER;
     return 0;
 }
 
-// Map callback: the groups are the scene's.
+// Map callback for destroying the map: the scene owns the groups.
 int keep_group(const char*, void*, void*) {
     return 0;
 }

@@ -10,7 +10,7 @@ void groups_renew(model3d_state* state);
 // Releases the map and the keys; the groups are the scene's.
 void groups_free(model3d_state* state);
 
-// Reads the nine values of every group in the map; sets MODEL3D_FLAG_DIRTY_DEFORMER on a change.
+// Reads the values of every group in the map; sets MODEL3D_FLAG_DIRTY_DEFORMER on a change.
 void group_update(render_context* context);
 
 #endif

@@ -16,25 +16,6 @@
 
 namespace {
 
-// The two programs of a shading model, and what the frame says about them.
-struct shading_programs {
-    builtin_shader color;
-    builtin_shader texture;
-    bool is_lit; // takes the camera and lights
-    const char* trace;
-};
-
-constexpr shading_programs programs_by_shading[] = {
-    {gouraud_color, gouraud_texture, true, "initializing global uniforms for gouraud shading model"},
-    {phong_color, phong_texture, true, "initializing global uniforms for blinn-phong shading model"},
-    {flat_color, flat_texture, false, "initializing global uniforms for flat shading model"},
-};
-
-const shading_programs* programs_of(const model3d_state* state) {
-    const bool known = state->shading_model >= shading_gouraud && state->shading_model <= shading_flat;
-    return known ? &programs_by_shading[state->shading_model] : nullptr;
-}
-
 // References to the six programs, for one frame.
 struct shader_refs {
     resource_manager* resources;
@@ -69,7 +50,7 @@ class phase_timer {
 
 // Gets the programs and their records; on failure says why, holds nothing and returns false.
 bool acquire_shaders(app_record* app, model3d_state* state, shader_refs* shaders) {
-    constexpr int required = 4; // the flat programs are looked at below, all together
+    constexpr int required = 4; // a missing flat program is noticed below, with the missing records
     for (int i = 0; i < builtin_shader_count; ++i) {
         shaders->refs[i] = renderext_model3d_get_shader_ref(shaders->resources, &model3d_shaders[i]);
         if (shaders->refs[i] || i >= required) continue;
@@ -166,10 +147,10 @@ GLint set_gl_state(const model3d_state* state) {
     return front_face;
 }
 
-void send_global_uniforms(const model3d_state* state, const shading_programs& row,
-                          const float proj_view[16]) {
-    model3d_diag_log(nullptr, 6, "%s", row.trace);
-    const uniform_table* const both[] = {&state->uniforms[row.color], &state->uniforms[row.texture]};
+void send_global_uniforms(const model3d_state* state, const shading_row& row, const float proj_view[16]) {
+    model3d_diag_log(nullptr, 6, "initializing global uniforms for %s shading model", row.keyword);
+    const uniform_table* const both[] = {&state->uniforms[row.programs[0]],
+                                         &state->uniforms[row.programs[1]]};
     for (const uniform_table* program : both) {
         glUseProgram(program->program->program);
         uniform_set(*program, uniform_proj_view, proj_view);
@@ -181,8 +162,9 @@ void send_global_uniforms(const model3d_state* state, const shading_programs& ro
     uniform_set(*both[1], uniform_diffuse_sampler, &unit);
 }
 
-void send_lights(const model3d_state* state, const shading_programs& row) {
-    const uniform_table* const both[] = {&state->uniforms[row.color], &state->uniforms[row.texture]};
+void send_lights(const model3d_state* state, const shading_row& row) {
+    const uniform_table* const both[] = {&state->uniforms[row.programs[0]],
+                                         &state->uniforms[row.programs[1]]};
     if (state->lighting_mode == lighting_internal) {
         model3d_diag_log(nullptr, 6, "rendering with internal lighting");
         for (const uniform_table* program : both) {
@@ -228,7 +210,7 @@ void draw(app_record* app, render_canvas* canvas, render_context* context, uint3
     float proj_view[16];
     mat_mul(projection, state->view, proj_view);
     model3d_diag_log(app, 5, "shading model: %d", state->shading_model);
-    const shading_programs* const row = programs_of(state);
+    const shading_row* const row = shading_of(state);
     if (row) send_global_uniforms(state, *row, proj_view);
     timer.stop("model3d: global uniforms");
 

@@ -7,32 +7,31 @@
 #include <GLES2/gl2.h>
 
 #include <cstdio>
+#include <cstring>
 
 namespace {
 
 constexpr float white[3] = {1.0f, 1.0f, 1.0f};
 
-// A member of a slot that the built-in programs do not have: "light_params[i].member".
-void set_by_name(shader_program* program, int i, const char* member, int count, const float* value) {
+// Lights beyond those of the built-in programs are set by name, which is the first light's but for its
+// number.
+void set_member(const uniform_table& program, int i, int member, const float* value) {
+    if (i < max_lights) {
+        uniform_set(program, uniform_light_params + i * light_members + member, value);
+        return;
+    }
+    const builtin_uniform_row& first = builtin_uniforms[uniform_light_params + member];
     char name[260];
-    snprintf(name, sizeof(name), "light_params[%d].%s", i, member);
-    lum_gl_shader_set_uniform_value(program, name, UNIFORM_VALUE_FLOAT, count, value);
+    snprintf(name, sizeof(name), "light_params[%d]%s", i, strchr(first.name, '.'));
+    lum_gl_shader_set_uniform_value(program.program, name, first.type, first.count, value);
 }
 
 void set_light_uniforms(const uniform_table& program, int i, const float position[4], const float diffuse[3],
                         const float specular[3], float intensity) {
-    if (i < max_lights) {
-        const int first = uniform_light_params + i * light_members;
-        uniform_set(program, first + light_position, position);
-        uniform_set(program, first + light_diffuse_color, diffuse);
-        uniform_set(program, first + light_specular_color, specular);
-        uniform_set(program, first + light_intensity, &intensity);
-    } else {
-        set_by_name(program.program, i, "position", 4, position);
-        set_by_name(program.program, i, "diffuse_color", 3, diffuse);
-        set_by_name(program.program, i, "specular_color", 3, specular);
-        set_by_name(program.program, i, "intensity", 1, &intensity);
-    }
+    set_member(program, i, light_position, position);
+    set_member(program, i, light_diffuse_color, diffuse);
+    set_member(program, i, light_specular_color, specular);
+    set_member(program, i, light_intensity, &intensity);
 }
 
 } // namespace

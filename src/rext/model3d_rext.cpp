@@ -3,7 +3,6 @@
 #include "rext/model3d_rext.h"
 
 #include "base/heap.h"
-#include "math/angle.h"
 #include "model3d/model3d.h"
 #include "rext/bindings.h"
 #include "rext/state.h"
@@ -16,7 +15,7 @@ int32_t MODEL3D_DIAG_LEVEL = 0;
 renderext_descriptor renderext_model3d_handler = {
     "model3d",
     sizeof(model3d_state),
-    renderext_model3d_args,
+    renderext_model3d_args.data(),
     renderext_model3d_parse,
     renderext_model3d_render,
     renderext_model3d_realize,
@@ -55,17 +54,6 @@ int rext_model3d_init(app_record* app, const char* options) {
 
 void rext_model3d_fini(void) {}
 
-void set_defaults(model3d_state* state) {
-    if (state->flags & MODEL3D_FLAG_DEFAULTS_SET) return;
-    state->light_elevation = radians_from_degrees(90.0f);
-    state->light_intensity = 1.0f;
-    state->lightness = 0.75f;
-    state->ignore_bind_transforms = 1;
-    state->zero_deformers = 0;
-    state->flags |= MODEL3D_FLAG_DEFAULTS_SET;
-    state->flags &= ~static_cast<uint32_t>(MODEL3D_FLAG_CONFIG_CHANGED);
-}
-
 void unload_model(model3d_state* state) {
     if (state->loaded) {
         gl_context_check();
@@ -96,7 +84,7 @@ int renderext_model3d_copy(renderext_instance* dst, renderext_instance* src) {
     renderext_model3d_free(dst);
     model3d_state* const to = state_of(dst);
     *to = *state_of(src);
-    // What the source loaded stays the source's.
+    // The copy loads a scene of its own.
     to->scene = {};
     to->groups = nullptr;
     to->keys = {};

@@ -4,7 +4,12 @@
 
 #include "kora/kora.h"
 
-extern renderext_arg renderext_model3d_args[];
+#include <array>
+#include <cstddef>
+
+// The common attributes, the extension's own, and the end; the host may write to it.
+constexpr size_t model3d_arg_count = 39;
+extern std::array<renderext_arg, model3d_arg_count> renderext_model3d_args;
 
 void renderext_model3d_parse(int32_t id, const void* value, renderext_instance* rext);
 int renderext_model3d_render(render_canvas* canvas, control_record* control, renderext_instance* rext);

@@ -5,13 +5,6 @@
 
 #include <cmath>
 
-namespace {
-
-// The field of view of a control that was never given one.
-constexpr float default_fovy_deg = 60.0f;
-
-} // namespace
-
 void update_modelmat(model3d_state* state) {
     const float* const p = state->model_position;
     float move[16], rx[16], ry[16], rz[16], zy[16], zyx[16];

@@ -10,6 +10,9 @@ void update_modelmat(model3d_state* state);
 // view: legacy Rx(el) * Ry(az) * T(-c), fly Rx(-el) * Ry(az) * T(-c), orbit T(-c) * Rx(el) * Ry(az).
 void update_viewmat(model3d_state* state);
 
+// The field of view of a control that was never given one.
+constexpr float default_fovy_deg = 60.0f;
+
 // projection, for a control of this size in pixels. Automatic clip planes enclose the model's radius.
 void update_camera(model3d_state* state, int32_t width, int32_t height);
 

@@ -23,26 +23,7 @@ constexpr material make_plain() {
 // The surface of a mesh without materials.
 constexpr material plain = make_plain();
 
-// How a shading model draws: programs and trace lines, colour first, then texture.
-struct shading_row {
-    builtin_shader programs[2];
-    const char* traces[2];
-    bool is_lit; // takes normals and specular values
-};
-
-constexpr shading_row shadings[] = {
-    {{gouraud_color, gouraud_texture},
-     {"material is colored, gouraud shading", "material is textured, gouraud shading"},
-     true},
-    {{phong_color, phong_texture},
-     {"material is colored, blinn-phong shading", "material is textured, blinn-phong shading"},
-     true},
-    {{flat_color, flat_texture},
-     {"material is colored, flat shading", "material is textured, flat shading"},
-     false},
-};
-
-// Makes the segment's matrices, unless it has the last one's, as the segments of a mesh do.
+// Computes a segment's matrices, unless they are those of the last segment, as within a mesh.
 void place(segment_transform& last, const float model[16], const float combined[16]) {
     if (last.program && same_words(last.combined, combined, sizeof(last.combined))) return;
     memcpy(last.combined, combined, sizeof(last.combined));
@@ -51,7 +32,7 @@ void place(segment_transform& last, const float model[16], const float combined[
     last.program = nullptr;
 }
 
-void trace_material(const material* m, float global_alpha, float alpha, const char* shading) {
+void trace_material(const material* m, float global_alpha, float alpha, const shading_row* shading) {
     if (!m) {
         model3d_diag_log(nullptr, 6, "no material, using defaults for solid color shading");
         return;
@@ -59,7 +40,9 @@ void trace_material(const material* m, float global_alpha, float alpha, const ch
     model3d_diag_log(nullptr, 6, "material alpha: %f", double{m->alpha});
     model3d_diag_log(nullptr, 6, "global alpha: %f", double{global_alpha});
     model3d_diag_log(nullptr, 6, "combined alpha: %f", double{alpha});
-    if (shading) model3d_diag_log(nullptr, 6, "%s", shading);
+    if (!shading) return;
+    model3d_diag_log(nullptr, 6, "material is %s, %s shading", m->diffuseMap ? "textured" : "colored",
+                     shading->keyword);
 }
 
 } // namespace
@@ -70,14 +53,11 @@ int rendercb(const char*, const material* m, const float combined[16], void* use
     place(transform, state->model, combined);
     model3d_diag_log_matrix(nullptr, 6, "local transform matrix", transform.model_local);
 
-    const bool known = state->shading_model >= shading_gouraud && state->shading_model <= shading_flat;
-    const shading_row* const row = known ? &shadings[state->shading_model] : nullptr;
+    const shading_row* const row = shading_of(state);
     const material& surface = m ? *m : plain;
     const float alpha = surface.alpha * state->alpha;
     const int textured = surface.diffuseMap ? 1 : 0;
-    if (model3d_diag_enabled(6)) {
-        trace_material(m, state->alpha, alpha, row ? row->traces[textured] : nullptr);
-    }
+    if (model3d_diag_enabled(6)) trace_material(m, state->alpha, alpha, row);
     if (!row) return 1;
 
     const uniform_table program = state->uniforms[row->programs[textured]];

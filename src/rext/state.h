@@ -3,6 +3,7 @@
 #define REXT_STATE_H
 
 #include "model3d/shader.h"
+#include "rext/data_keys.h"
 #include "scene/scene.h"
 #include "shader/shaders.h"
 #include "shader/uniform.h"
@@ -14,12 +15,9 @@ enum model3d_flag : uint32_t {
     MODEL3D_FLAG_CONFIG_CHANGED = 1u << 3  // the groups must be configured again
 };
 
-enum shading : int32_t { shading_gouraud, shading_blinn_phong, shading_flat };
 enum lighting : int32_t { lighting_internal, lighting_model };
 enum camera : int32_t { camera_legacy, camera_fly, camera_orbit };
 enum culling : int32_t { culling_off, culling_back };
-
-constexpr int bindings_per_group = 9;
 
 // The keys of one group's bindings, in their order, as places in binding_keys::texts.
 struct bound_group {
@@ -31,8 +29,8 @@ struct bound_group {
     } keys[bindings_per_group];
 };
 
-// The keys of all groups, in the map's order, written down when a model's values are read for the first time:
-// a dirty check only looks values up. Empty when there was no memory.
+// The keys of all groups, in the map's order. Stored when a model's values are read for the first time, so
+// that later checks only look values up. Empty when there was no memory for them.
 struct binding_keys {
     const control_record* control; // that they belong to
     bound_group* groups;           // owned
@@ -41,7 +39,7 @@ struct binding_keys {
     int32_t capacity;
     int32_t text_size;
     int32_t text_capacity;
-    bool is_complete; // written down, as far as that could be done
+    bool is_complete; // the first walk is over, or memory ran out in it
 };
 
 // The matrices of the segment drawn last.
@@ -74,7 +72,7 @@ struct model3d_state {
     ::scene scene;
     shader_program* programs[builtin_shader_count]; // valid while a frame is drawn
     int32_t loaded;                                 // the scene is the file's, and uploaded
-    int32_t shading_model;
+    int32_t shading_model;                          // place in `shadings` (rext/shading.h)
     int32_t lighting_mode;
     int32_t camera_mode;
     int32_t culling_mode;

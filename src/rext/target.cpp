@@ -7,13 +7,13 @@
 
 namespace {
 
-// Half up, then truncated towards zero; 0 for what no display has.
+// Adds one half and truncates towards zero; 0 when the result does not fit.
 int32_t pixels(float value) {
     const float rounded = value + 0.5f;
     return rounded > -2147483648.0f && rounded < 2147483648.0f ? static_cast<int32_t>(rounded) : 0;
 }
 
-// GL takes no negative size for an error: a control that has none is drawn into nothing.
+// A negative size would be a GL error: such a control gets an empty viewport.
 void set_viewport(int64_t x, int64_t y, int64_t width, int64_t height) {
     const auto within = [](int64_t value, int64_t least) {
         return static_cast<int>(std::clamp<int64_t>(value, least, INT32_MAX));

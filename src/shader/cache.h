@@ -21,16 +21,17 @@ struct program_cache_entry {
     uint32_t fragment;
     uint32_t program;
     app_record* app;
-    // What tells the program from another of its name, once its uniforms were listed; before, -1.
+    // Number of active uniforms and length of the longest name, which tell it from a program that has its
+    // name in another context. -1 until the uniforms were listed.
     int32_t uniforms;
     int32_t longest_name;
 };
 extern program_cache_entry* program_cache;
 
-// What a record of the "shader" pool is good for.
+// State of a record of the "shader" pool.
 enum class record_state {
     whole,
-    partial, // some uniforms found no memory
+    partial, // memory ran out while its uniforms were listed
     gone     // its program does not exist any more
 };
 
@@ -38,7 +39,7 @@ enum class record_state {
 struct program_record : shader_program {
     record_state state;
     program_record* next;
-    own_uniform* builtin[builtin_uniform_count]; // of the map
+    own_uniform* builtin[builtin_uniform_count]; // entries of the map; null for those it does not have
 };
 extern program_record* program_records;
 
@@ -51,11 +52,11 @@ program_cache_entry* program_cache_find(uint32_t vertex, uint32_t fragment);
 void shader_cache_add(const char* path, uint32_t shader);
 bool program_cache_add(app_record* app, uint32_t vertex, uint32_t fragment, uint32_t program);
 
-// Notes what the program was seen to have.
+// Stores the two numbers with a cached program.
 void program_cache_describe(uint32_t program, int32_t uniforms, int32_t longest_name);
 
-// Empties the caches, and deletes their objects where GL still has them; without `delete_objects` makes no GL
-// call, for a context that took its objects along.
+// Empties the caches and deletes those of their objects that still exist. Without `delete_objects` no GL call
+// is made: the context is gone, and its objects with it.
 void caches_clear(bool delete_objects);
 
 // The pool's own record, or null for any other.

@@ -9,15 +9,16 @@ int32_t gl_models = 0;
 
 namespace {
 
-// What outlived the caches, or a program of 0. Made before all that is in the cache.
+// The program that was left in GL when the caches were cleared; its name is 0 when there is none. Older than
+// all programs in the cache.
 program_cache_entry witness;
 
-// What GL has by the name of a program.
+// What a program's name stands for in the current context: nothing, that program, or another one.
 enum class finding { nothing, same, other };
 
 finding look_for(const program_cache_entry& entry) {
     if (!glIsProgram(entry.program)) return finding::nothing;
-    if (entry.uniforms < 0) return finding::same; // nobody looked at it
+    if (entry.uniforms < 0) return finding::same; // its uniforms were never listed: nothing to compare
     GLint uniforms = 0;
     GLint longest_name = 0;
     glGetProgramiv(entry.program, GL_ACTIVE_UNIFORMS, &uniforms);
@@ -37,8 +38,9 @@ void lose_context() {
     caches_clear(false);
 }
 
-// Whether GL has nothing of what the caches and the witness name, or has something else by one of these
-// names. Looks no further than to the first program that is there, unless at `all`.
+// Whether the context of the caches is gone: GL has none of the objects that they and the witness name, or
+// one of the names stands for another program. Stops at the first program that exists, unless `all` are to be
+// checked.
 bool is_lost(bool all) {
     if (witness.program && look_for(witness) != finding::same) return true;
     bool found = witness.program != 0 || (!program_cache && !shader_cache);
@@ -97,7 +99,7 @@ void lum_gl_clearprogramcaches(void) {
         delete_witness();
     } else if (program_cache && !witness.program) {
         witness = *program_cache;
-        program_cache->program = 0; // not for deleting
+        program_cache->program = 0; // keeps caches_clear from deleting it
     }
     caches_clear(true);
 }

@@ -1,35 +1,35 @@
-// Whose names GL objects have. A lost context takes its objects along, and the next one hands out the same
-// names again: a name means nothing without its context.
+// Noticing that the host has replaced its GL context. A lost context takes its objects along, and the next
+// one gives the same names to other objects: a name from the old context must not be used in the new one.
 #ifndef SHADER_CONTEXT_H
 #define SHADER_CONTEXT_H
 
 #include "model3d/shader.h"
 
-// The number of the current context: how many were seen lost before it.
+// Number of the current context: how many lost ones were noticed before it.
 extern uint32_t gl_context;
 
-// Loaded models of the process. While there are any, clearing the caches leaves one program in GL that tells
-// whether the models' context is still there.
+// Number of loaded models in the process. While there are any, clearing the caches leaves one program in GL:
+// as long as that exists, so does the context that the models were uploaded into.
 extern int32_t gl_models;
 
-// Looks whether the first program made is still there. When it is gone, or another has its name, the context
-// was replaced: gl_context counts on, and what the caches held is forgotten, for GL has forgotten it too.
-// Three queries; none while no program has been made.
+// Checks that the oldest program still exists. When it does not, or its name belongs to another program, the
+// context was replaced: gl_context is incremented, and the caches are emptied without a call of GL, whose
+// objects went with the context. Costs three GL queries; none while there is no program.
 void gl_context_check();
 
-// The same before anything is made for the caches: what is new there must not stand beside what is lost. More
-// lenient, for a lookup says what became of a single object: while any of the caches is still there, the
-// context is.
+// The same before an object is made for the caches, which must not hold objects of two contexts. As long as
+// any cached object exists, the context counts as the same: a single one may have been deleted by the host,
+// which the look-up in the cache finds out.
 void gl_context_check_before_making();
 
-// The same for an object just made: GL gives no name again that one of ours still has. A cached program holds
-// its shaders.
+// The same after an object was made: GL does not give away a name that is in use, so a name that the caches
+// know comes from a new context. The shaders of a cached program are in use as well.
 void gl_context_check_new_shader(uint32_t shader);
 void gl_context_check_new_program(uint32_t program);
 
-// Makes a record of the "shader" pool whole again: one whose program went with the caches or with its
-// context, or whose uniforms did not all find memory. False, after log lines, when that cannot be done now.
-// A record that was not made here is taken as it is.
+// Repairs a record of the "shader" pool: links its program again when that was deleted with the caches or
+// lost with its context, and lists its uniforms again when there was not enough memory for all. False, after
+// log lines, when that fails. A record that another library made is left as it is.
 bool program_renew(app_record* app, shader_program* record, const shader_desc* desc);
 
 #endif

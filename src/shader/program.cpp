@@ -58,7 +58,7 @@ heap_ptr<void> read_binary(app_record* app, const char* fragment) {
     return binary;
 }
 
-// As lum_gl_program_link, in a context that was looked at.
+// As lum_gl_program_link, after gl_context_check_before_making.
 uint32_t link_program(app_record* app, uint32_t vertex, uint32_t fragment, const char* const* attribs) {
     if (!vertex || !fragment) return 0;
     if (const program_cache_entry* entry = program_cache_find(vertex, fragment)) {

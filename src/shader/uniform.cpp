@@ -47,7 +47,7 @@ size_t size_of(GLenum type) {
     }
 }
 
-// Whether the record's uniforms were made here: it is the pool's own, or a copy of one.
+// Whether this library made the uniforms of the record, which is the pool's own or a copy of one.
 bool are_own(const shader_program* record) {
     const program_record* own = program_records;
     while (own && own->uniforms != record->uniforms) {
@@ -56,8 +56,9 @@ bool are_own(const shader_program* record) {
     return own;
 }
 
-// A value of the size of its type is compared and kept as in a record of our own. What is kept is not known
-// to have any other size.
+// Sets a uniform whose record another library made, and which therefore does not say how large the kept value
+// is. It is taken to have the size of the uniform's type: a value of that size is compared with it and kept
+// in its place, any other is sent and not kept.
 int set_foreign(shader_uniform* uniform, shader_program* program, const char* name, int type, int count,
                 const void* value) {
     const size_t size = uniform_value_size(type, count);

@@ -1,5 +1,5 @@
-// A program's active uniforms. Those that the built-in programs have are found once, for a frame sets
-// thousands of values.
+// A program's active uniforms. Those of the built-in programs are looked up once, when the program is listed,
+// because a frame sets thousands of values.
 #ifndef SHADER_UNIFORM_H
 #define SHADER_UNIFORM_H
 
@@ -35,7 +35,7 @@ enum builtin_uniform {
     builtin_uniform_count = uniform_light_params + max_lights * light_members
 };
 
-// A uniform record that was made here.
+// A uniform record that this library made.
 struct own_uniform : shader_uniform {
     uint32_t value_size; // bytes of the value; 0 without
 };
@@ -88,7 +88,7 @@ struct uniform_table {
 inline constexpr own_uniform* no_uniforms[builtin_uniform_count] = {};
 
 // Asks GL for every active uniform and fills the record's map, which is null before. `name` is the
-// resource's, for the log. False when memory ran out: what found none is missing.
+// resource's, for the log. False when memory ran out: then some uniforms are missing from the map.
 bool enumerate_uniforms(app_record* app, shader_program* record, const char* name);
 
 // Looks the built-in uniforms up in the map of a record of our own.

@@ -8,7 +8,8 @@
 
 #include <cstring>
 
-// The first value, or one of another size. Without memory for it the next set is sent again.
+// Keeps a value in newly allocated memory: the first one, or one that has another size than the one before.
+// When there is no memory nothing is kept, and the next value is sent even if it is equal.
 void uniform_store_anew(own_uniform* uniform, const void* value, size_t size);
 
 inline size_t uniform_value_size(int type, int count) {
@@ -82,7 +83,7 @@ IN_LINE void uniform_send_matrix(GLint location, int order, const GLfloat* m) {
     }
 }
 
-// Whether `size` bytes, a multiple of 4, are the same. No call: the sizes are small.
+// Whether `size` bytes, a multiple of 4, are equal. For the small sizes here faster than a call of memcmp.
 IN_LINE bool same_words(const void* a, const void* b, size_t size) {
     const auto word = [](const void* from, size_t at, auto bits) {
         memcpy(&bits, static_cast<const char*>(from) + at, sizeof(bits));
@@ -95,8 +96,8 @@ IN_LINE bool same_words(const void* a, const void* b, size_t size) {
     return at == size || word(a, at, uint32_t{}) == word(b, at, uint32_t{});
 }
 
-// uniform_set_any, for where a few instructions count. A caller that knows that it set the same value last
-// says so.
+// uniform_set_any in line, for code that runs for every segment of a mesh. With `is_same` the caller knows
+// that the value is the one it set last, and the comparison is left out.
 IN_LINE int uniform_set_inline(own_uniform* uniform, shader_program* program, const char* name, int type,
                                int count, const void* value, bool is_same = false) {
     if (!uniform) return lum_gl_shader_set_uniform_value(program, name, type, count, value);

@@ -28,6 +28,7 @@ TEST_F(hosting, loads_a_plugin_once_and_says_why_not) {
     EXPECT_EQ(kora_control_create(app, "c", "fake", 0, 0, 1, 1), nullptr);
     EXPECT_STREQ(kora_app_error(app), "no loaded plug-in has an extension named fake");
     EXPECT_EQ(kora_app_extension_args(app, "fake"), nullptr);
+    EXPECT_EQ(kora_app_attributes(app, "fake", nullptr), nullptr);
     EXPECT_EQ(noted(), "pool;init fail;");
     kora_app_destroy(app);
     EXPECT_EQ(noted(), "clear;") << "what was not initialised is not ended";
@@ -35,6 +36,13 @@ TEST_F(hosting, loads_a_plugin_once_and_says_why_not) {
     app = kora_app_create();
     EXPECT_TRUE(kora_app_load_plugin(app, FAKE_PLUGIN, "diag=5"));
     EXPECT_STREQ(kora_app_extension_args(app, "fake")[5].name, "whole");
+    size_t count = 0;
+    const kora_attribute* const rows = kora_app_attributes(app, "fake", &count);
+    ASSERT_EQ(count, 10u);
+    EXPECT_EQ(rows[4].maximum, 255) << "the host's own";
+    EXPECT_STREQ(rows[5].type, "int");
+    EXPECT_STREQ(rows[5].description, "") << "the plug-in says nothing";
+    EXPECT_EQ(kora_app_attributes(app, "fake", &count), rows);
     EXPECT_EQ(noted(), "pool;init diag=5;");
     // The caches belong to the process: they are cleared with the last application that uses them.
     kora_app* other = kora_app_create();

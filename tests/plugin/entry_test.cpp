@@ -3,6 +3,7 @@
 #include "plugin/fixture.h"
 
 #include "model3d/model3d.h"
+#include "model3d/model3d_query.h"
 
 #include <cstdlib>
 #include <sstream>
@@ -71,6 +72,10 @@ TEST_F(entry, lists_the_attributes) {
     EXPECT_EQ(arg->id, 0);
     EXPECT_EQ(arg->name, nullptr);
     EXPECT_EQ(arg->format, nullptr);
+
+    const auto query = reinterpret_cast<decltype(&model3d_get_query)>(plugin_symbol("model3d_get_query"));
+    EXPECT_EQ(query(MODEL3D_QUERY_VERSION + 1), nullptr);
+    EXPECT_EQ(query(MODEL3D_QUERY_VERSION)->attribute_count, 26u);
 }
 
 // What follows the end of an option text is not part of it.

@@ -2,6 +2,7 @@
 
 import json
 import os
+import re
 import struct
 import subprocess
 import unittest
@@ -10,6 +11,7 @@ from pathlib import Path
 
 from tool_case import ToolCase
 
+ROOT = Path(__file__).parents[2]
 FAILING_PLUGIN = os.environ["FAILING_PLUGIN"]
 
 # A rectangle from (-1, -1) to (0.5, 1), so that no turn or flip looks like another.
@@ -273,7 +275,7 @@ class ToolTest(ToolCase):
                 self.assertAlmostEqual(left + right, width - 1, delta=0.12 * width)
 
     def test_data_values_move_groups(self):
-        robot = str(Path(__file__).parents[2] / "assets/robot/robot.qel")
+        robot = str(ROOT / "assets/robot/robot.qel")
         groups = {g["name"]: g["data_keys"] for g in self.info(robot)["groups"]}
         self.assertEqual(groups["elbow"], [f"elbow_{kind}{axis}" for kind in "RTS" for axis in "XYZ"])
         plain, moved, other = [self.picture("--size", "96x72", *data, file=robot, view=["--samples", "1"])
@@ -301,11 +303,21 @@ class ToolTest(ToolCase):
     def test_the_attribute_table_is_the_plugins(self):
         table = json.loads(self.run_tool("attributes", "--json")[0])
         self.assertEqual(self.run_tool("attributes")[0].count("\n"), len(table) + 1)
-        self.assertEqual(len(table), 38)  # all that the plug-in has
+
+        # README names all that have an effect, the common ones in a sentence, then names, defaults and keywords.
+        common, *lines = (ROOT / "README.md").read_text().split("## Control attributes")[1].split("## ")[0].split("\n| ")
+        said = []
+        for names, values, defaults in (line.split(" | ")[:3] for line in lines[1:]):
+            names, defaults = re.findall("`(.*?)`", names), defaults.replace("`", "").split(", ")
+            for i, name in enumerate(names):
+                full = name if i == 0 or name[0] != "_" else names[0].rpartition("_")[0] + name
+                said.append((full, re.findall("`(.*?)`", values), defaults[min(i, len(defaults) - 1)]))
+        self.assertEqual(sorted(said), sorted((row["name"], row["values"], row["default"] or "none") for row in table[12:]))
+        self.assertEqual(re.findall("`(.*?)`", common), [row["name"] for row in table[:12] if row["has_effect"]])
 
         # Every default is a value of its attribute, and the plug-in's own default.
         sets = [f"{row['name']}={row['default']}" for row in table
-                if row["name"] != "filename" and not row["default"].startswith("the ")]
+                if row["default"]]
         gouraud = ["--raw", "--samples", "1", "--size", "64x64", "--set", "model_position_z=-2"]
         plain = self.picture(view=gouraud)
         defaults = [o for s in sets if not s.startswith("model_position_z") for o in ("--set", s)]
@@ -321,7 +333,7 @@ class ToolTest(ToolCase):
             (self.folder / name).write_text("not a library")
         env = {"LD_LIBRARY_PATH": str(self.folder)}
         self.run_tool("info", "quad.obj", env=env)
-        self.run_tool("attributes", env=env)
+        self.assertRegex(self.run_tool("attributes", env=env, code=1)[1], r"^model3d: .*libGLESv2\.so\.2.*\n$")
         errors = self.run_tool("render", "quad.obj", "-o", "out.png", env=env, code=1)[1]
         self.assertIn("libEGL.so.1", errors)
         self.assertFalse((self.folder / "out.png").exists())

@@ -6,6 +6,7 @@
 #include <numbers>
 #include <string_view>
 
+#include "attributes.h"
 #include "common/report.h"
 #include "model3d/math.h"
 
@@ -58,13 +59,15 @@ float distance_to_see(float radius, float fov_deg, const kor_rect& rect) {
 
 } // namespace
 
-void frame_model(kora_control* control, const attribute_values& given, float radius) {
+void frame_model(const host_app& host, kora_control* control, const attribute_values& given, float radius) {
     for (const char* name : {"camera_position_x", "camera_position_y", "camera_position_z"}) {
-        if (find(given, name)) return default_field_of_view(control, given);
+        if (find(given, name)) return default_field_of_view(host, control, given);
     }
     float fov_deg =
         find(given, "camera_field_of_view") ? number(given, "camera_field_of_view") : framed_fov_deg;
-    if (!(fov_deg > 0 && fov_deg <= 180)) fov_deg = plain_fov_deg; // as the plug-in does
+    const kora_attribute* const fov = find_attribute(host, "camera_field_of_view");
+    const bool in_range = !fov || (fov_deg > fov->minimum && fov_deg <= fov->maximum);
+    if (!in_range) fov_deg = strtof(fov->initial, nullptr); // as the plug-in does
     kora_control_set_float(control, "camera_field_of_view", fov_deg);
 
     float distance = distance_to_see(radius, fov_deg, kora_control_record(control)->rect);
@@ -106,8 +109,8 @@ void frame_model(kora_control* control, const attribute_values& given, float rad
     }
 }
 
-void default_field_of_view(kora_control* control, const attribute_values& given) {
-    if (!find(given, "camera_field_of_view")) {
-        kora_control_set_float(control, "camera_field_of_view", plain_fov_deg);
-    }
+void default_field_of_view(const host_app& host, kora_control* control, const attribute_values& given) {
+    if (find(given, "camera_field_of_view")) return;
+    const kora_attribute* const fov = find_attribute(host, "camera_field_of_view");
+    if (fov && fov->initial) kora_control_set(control, fov->name, fov->initial);
 }

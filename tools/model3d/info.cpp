@@ -2,13 +2,12 @@
 
 #include <bit>
 #include <cstdio>
-#include <cstdlib>
 #include <zlib.h>
 
 #include "base/heap.h"
-#include "common/data_keys.h"
 #include "common/json.h"
 #include "common/model.h"
+#include "rext/data_keys.h"
 
 // Checksums are over the bytes of the arrays as they lie in memory.
 static_assert(std::endian::native == std::endian::little);

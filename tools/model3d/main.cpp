@@ -1,7 +1,6 @@
 // The commands of model3d and their arguments.
 
 #include <charconv>
-#include <cstdlib>
 
 #include "attributes.h"
 #include "common/program.h"
@@ -80,7 +79,7 @@ void check_combinations(const render_options& options) {
 constexpr const char* render_footer =
     R"(Unless --raw or a camera_position_* is given, the camera looks down -z from where the whole model is
 in view, with a field of view of 40 degrees; azimuth and elevation then turn it around the model.
-With --raw only the attributes given are set, and camera_field_of_view, to 60, when it is not.
+With --raw only the attributes given are set, and camera_field_of_view, to its default, when it is not.
 
 A background that is not opaque gives a picture with straight alpha; with --raw the framebuffer's
 bytes, which are multiplied by alpha where the model is transparent, are written as they are.
@@ -119,7 +118,8 @@ struct command_line {
 
         attributes = app.add_subcommand("attributes", "List the control attributes that --set takes");
         attributes->add_flag("--json", attributes_json, "Print a JSON list");
-        attributes->footer("Example:\n  model3d attributes");
+        attributes->footer("Asks the plug-in, which needs libGLESv2 and libEGL, but no "
+                           "display.\n\nExample:\n  model3d attributes");
     }
 
     void add_render() {

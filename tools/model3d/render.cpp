@@ -1,8 +1,6 @@
 #include "render.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
 
 #include "attributes.h"
@@ -11,6 +9,7 @@
 #include "common/output_file.h"
 #include "common/report.h"
 #include "gl.h"
+#include "plugin.h"
 #include "png_write.h"
 
 namespace {
@@ -65,23 +64,6 @@ void on_timing(app_record*, const char*, const char*, const char* label, int64_t
     phase->max_ns = std::max(phase->max_ns, elapsed_ns);
 }
 
-std::string plugin_path() {
-    if (const char* given = getenv("MODEL3D_PLUGIN"); given && *given) return given;
-    const std::filesystem::path prefix =
-        std::filesystem::read_symlink("/proc/self/exe").parent_path().parent_path();
-    const auto built = prefix / "lib" / "libmodel3d.so";
-    std::error_code ignored;
-    return std::filesystem::exists(built, ignored) ? built : prefix / MODEL3D_LIBDIR / "libmodel3d.so";
-}
-
-void load_plugin(const host_app& host, const render_options& options) {
-    const std::string path = plugin_path();
-    const char* text = options.plugin_option.empty() ? nullptr : options.plugin_option.c_str();
-    if (!kora_app_load_plugin(host.get(), path.c_str(), text)) {
-        throw failure(exit_failed, "cannot draw: plug-in " + path + ": " + kora_app_error(host.get()));
-    }
-}
-
 struct destroy_control {
     void operator()(kora_control* control) const { kora_control_destroy(control); }
 };
@@ -100,9 +82,9 @@ control_handle make_control(const host_app& host, const render_options& options,
         }
     }
     if (options.raw) {
-        default_field_of_view(control.get(), options.attributes);
+        default_field_of_view(host, control.get(), options.attributes);
     } else {
-        frame_model(control.get(), options.attributes, radius);
+        frame_model(host, control.get(), options.attributes, radius);
     }
     return control;
 }
@@ -200,8 +182,7 @@ json describe(const render_options& options, const gl_context& context, const fr
 } // namespace
 
 void run_render(const render_options& options) {
-    for (const auto& [name, value] : options.attributes)
-        check_attribute(name, value);
+    if (!options.attributes.empty()) check_attributes(options.attributes);
 
     missing_list missing;
     input_files inputs;
@@ -222,7 +203,7 @@ void run_render(const render_options& options) {
     check_size(context, options);
     const log_watch log(options.verbosity);
     const host_app host = make_host(missing, &inputs); // goes while the context is still there
-    load_plugin(host, options);
+    load_plugin(host, options.plugin_option.empty() ? nullptr : options.plugin_option.c_str(), "cannot draw");
     kora_app_set_image_limits(host.get(), options.image_limit_mib << 20, options.image_budget_mib << 20);
     set_target(host, options);
     if (options.json) kora_app_set_timing_hook(host.get(), on_timing);

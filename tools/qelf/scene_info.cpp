@@ -6,8 +6,8 @@
 #include <map>
 
 #include "commands.h"
-#include "common/data_keys.h"
 #include "common/json.h"
+#include "rext/data_keys.h"
 #include "scene_file.h"
 #include "scene_walk.h"
 
