@@ -162,9 +162,8 @@ TEST(qel_export, gives_the_file_that_was_loaded) {
     matrix[1] = 1e-3f;
     const node_list nodes = {
         {1, group_record("arm", inner, 0.5f, {1, -2, 3, 90, -30.25f, -7, 1, 2, 0.1f}, matrix)}};
-    const record texture = texture_record(0, "", "t.png");
-    const record file =
-        scene_record(group_record("g", nodes, 7, {0, 0, 0, 0.1f, -359, 1e-30f, 1, 1, 1}), {texture, texture});
+    const record file = scene_record(group_record("g", nodes, 7, {0, 0, 0, 0.1f, -359, 1e-30f, 1, 1, 1}),
+                                     {texture_record(0, "", "t.png"), texture_record(1, "", "t.png")});
     const temp_folder folder;
     const std::string path = folder.write("a.qel", file.bytes);
     loaded_model model(path);
