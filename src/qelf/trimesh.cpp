@@ -54,7 +54,8 @@ bool is_there(const QELF_TriangleMesh* mesh, const array_field& a) {
 IFF_RawChunk* read_array(FILE* file, QELF_TriangleMesh* mesh, const char* chunk_id, int32_t count,
                          int32_t each) {
     // An array that is too large for a size is as short as one that the file does not have.
-    const int32_t size = count <= INT32_MAX / each ? count * each : -1;
+    const int64_t whole = int64_t{count} * each;
+    const int32_t size = whole <= INT32_MAX ? static_cast<int32_t>(whole) : -1;
     IFF_RawChunk* data = IFF_readRawChunk(file, chunk_id, size);
     if (data && !embed(&mesh->chunk, &data->chunk)) free_text(&data);
     return data;

@@ -6,6 +6,8 @@
 
 #include <GLES2/gl2.h>
 
+own_uniform* no_uniforms[builtin_uniform_count];
+
 namespace {
 
 shader_uniform* find(const shader_program* program, const char* name) {

@@ -85,7 +85,7 @@ struct uniform_table {
     shader_program* program;
     own_uniform* const* uniforms;
 };
-inline constexpr own_uniform* no_uniforms[builtin_uniform_count] = {};
+extern own_uniform* no_uniforms[builtin_uniform_count]; // all null
 
 // Asks GL for every active uniform and fills the record's map, which is null before. `name` is the
 // resource's, for the log. False when memory ran out: then some uniforms are missing from the map.

@@ -61,9 +61,11 @@ owned_tree from_obj(const std::string& in, const std::string& out, input_files& 
     source.compute_normals();
     const std::vector<std::string> paths = number_textures(source, real_folder(out));
     std::vector<std::string> names;
+    names.reserve(paths.size());
     for (const std::string& path : paths)
         names.push_back(fs::path(path).stem().string());
     std::vector<saved_texture> textures;
+    textures.reserve(paths.size());
     for (size_t i = 0; i < paths.size(); ++i)
         textures.push_back({names[i].c_str(), paths[i].c_str()});
     IFF_Form* const form = scene_form(source.export_root(), textures.data(), textures.size());
