@@ -22,7 +22,7 @@ help:
 	@echo 'make install       install into PREFIX, /usr/local unless given'
 	@echo 'make clean         remove build/ and demo/'
 	@echo
-	@echo 'Only demo, test, bench and fuzz install what is missing, with apt; the others name it (scripts/install-deps.sh installs it).'
+	@echo 'make and make install name the packages that are missing; the others install them first, with apt (scripts/install-deps.sh).'
 
 .PHONY: deps deps-targets deps-bench deps-fuzz
 deps:
