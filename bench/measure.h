@@ -2,14 +2,15 @@
 #ifndef BENCH_MEASURE_H
 #define BENCH_MEASURE_H
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
 #include <string>
-#include <sys/wait.h>
-#include <unistd.h>
 
 // Processor time of a piece of work, so that others on the machine count little.
 template <class Work> double milliseconds(Work work) {

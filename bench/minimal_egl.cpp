@@ -7,9 +7,10 @@
 #include <EGL/eglext.h>
 #include <GLES2/gl2.h>
 #include <GLES2/gl2ext.h>
+#include <png.h>
+
 #include <cstdio>
 #include <cstdlib>
-#include <png.h>
 #include <vector>
 
 namespace {

@@ -7,6 +7,7 @@
 #include "models.h"
 
 #include <GLES2/gl2.h>
+
 #include <array>
 #include <cstdio>
 #include <vector>

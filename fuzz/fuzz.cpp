@@ -6,12 +6,13 @@
 #include "scene/save.h"
 #include "scene/trimesh.h"
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
-#include <sys/mman.h>
-#include <unistd.h>
 
 void require(bool kept, const char* promise) {
     if (kept) return;

@@ -1,6 +1,7 @@
 // The records of scene files.
 //   fuzz_qelf -dict=fuzz/scene.dict CORPUS SEEDS/scene tests/crashers
 #include "qelf/qelf.h"
+
 #include "fuzz.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {

@@ -5,11 +5,12 @@
 #include "model3d/info.h"
 #include "qelf/commands.h"
 
+#include <unistd.h>
+
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <unistd.h>
 
 const char* const program_name = "fuzz";
 

@@ -3,10 +3,11 @@
 #include "control.h"
 #include "guard.h"
 
+#include <dlfcn.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <dlfcn.h>
 
 namespace {
 

@@ -4,11 +4,10 @@
 
 #include "canvas.h"
 #include "images.h"
-#include "resources.h"
-#include "services.h"
-
 #include "kora/host.h"
 #include "model3d/model3d_query.h"
+#include "resources.h"
+#include "services.h"
 
 #include <deque>
 #include <exception>

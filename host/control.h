@@ -3,7 +3,6 @@
 #define HOST_CONTROL_H
 
 #include "app.h"
-
 #include "kora/host.h"
 
 #include <cstdlib>

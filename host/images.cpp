@@ -3,14 +3,15 @@
 #include "guard.h"
 #include "picture.h"
 
+#include <dlfcn.h>
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <dlfcn.h>
 #include <string_view>
-#include <sys/stat.h>
 
 namespace {
 

@@ -2,10 +2,9 @@
 #ifndef HOST_IMAGES_H
 #define HOST_IMAGES_H
 
+#include "kora/host.h"
 #include "picture.h"
 #include "resources.h"
-
-#include "kora/host.h"
 
 #include <array>
 #include <map>

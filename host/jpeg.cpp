@@ -3,11 +3,11 @@
 
 #ifdef KORA_IMAGE_FILES
 
-#include <csetjmp>
-#include <cstdio>
-
 #include <jerror.h>
 #include <jpeglib.h>
+
+#include <csetjmp>
+#include <cstdio>
 
 namespace {
 

@@ -1,6 +1,5 @@
 // The small library functions for plug-ins.
 #include "control.h"
-
 #include "kora/kora.h"
 
 #include <algorithm>

@@ -1,10 +1,11 @@
 #include "picture.h"
 
+#include <strings.h>
+
 #include <algorithm>
 #include <bit>
 #include <cstring>
 #include <string_view>
-#include <strings.h>
 
 namespace {
 

@@ -3,8 +3,9 @@
 
 #ifdef KORA_IMAGE_FILES
 
-#include <csetjmp>
 #include <png.h>
+
+#include <csetjmp>
 
 namespace {
 

@@ -3,10 +3,9 @@
 #ifndef HOST_RESOURCES_H
 #define HOST_RESOURCES_H
 
+#include "kora/kora.h"
 #include "paths.h"
 #include "text_hash.h"
-
-#include "kora/kora.h"
 
 #include <list>
 #include <string>

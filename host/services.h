@@ -2,9 +2,8 @@
 #ifndef HOST_SERVICES_H
 #define HOST_SERVICES_H
 
-#include "text_hash.h"
-
 #include "kora/kora.h"
+#include "text_hash.h"
 
 #include <string>
 #include <vector>

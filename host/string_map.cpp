@@ -1,7 +1,6 @@
 // String maps: an open-addressed index over entries kept in the order they came.
-#include "text_hash.h"
-
 #include "kora/kora.h"
+#include "text_hash.h"
 
 #include <algorithm>
 #include <bit>

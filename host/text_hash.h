@@ -2,6 +2,8 @@
 #ifndef HOST_TEXT_HASH_H
 #define HOST_TEXT_HASH_H
 
+#include <sys/random.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -9,7 +11,6 @@
 #include <functional>
 #include <string>
 #include <string_view>
-#include <sys/random.h>
 #include <unordered_map>
 
 constexpr uint32_t text_hash_points = (1u << 28) - 1;

@@ -36,12 +36,12 @@
 #ifndef IFF_IFF_H
 #define IFF_IFF_H
 
+#include "model3d/api.h"
+
 #include <stdarg.h>
 #include <stddef.h>
 #include <stdint.h>
 #include <stdio.h>
-
-#include "model3d/api.h"
 
 #if defined(__GNUC__)
 #define IFF_PRINTF(text, first) __attribute__((format(printf, text, first)))

@@ -1,10 +1,11 @@
 #include "iff/group.h"
 
-#include <cerrno>
-#include <climits>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <climits>
 
 IFF_Chunk* IFF_read(const char* filename, const IFF_FormExtension* formExtensions,
                     unsigned int formExtensionsLength) {

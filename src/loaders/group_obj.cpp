@@ -10,8 +10,9 @@
 #include "scene/export.h"
 #include "scene/trimesh.h"
 
-#include <cmath>
 #include <fcntl.h>
+
+#include <cmath>
 
 namespace {
 

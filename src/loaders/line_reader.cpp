@@ -2,8 +2,9 @@
 
 #include "base/heap.h"
 
-#include <algorithm>
 #include <unistd.h>
+
+#include <algorithm>
 
 namespace {
 

@@ -2,8 +2,9 @@
 
 #include "base/heap.h"
 
-#include <bit>
 #include <sys/stat.h>
+
+#include <bit>
 
 struct library_file {
     dev_t device;

@@ -9,6 +9,7 @@
 //   ...   the nodes
 
 #include "iff/group.h"
+
 #include "qelf/fields.h"
 
 namespace {

@@ -1,6 +1,7 @@
 // Groups and the host's data: the map of groups by name, their bound values, their configuration.
 
 #include "rext/bindings.h"
+
 #include "base/heap.h"
 #include "math/angle.h"
 #include "model3d/math.h"

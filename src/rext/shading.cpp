@@ -1,4 +1,5 @@
 #include "rext/shading.h"
+
 #include "model3d/math.h"
 #include "scene/bindings.h"
 #include "scene/material.h"

@@ -2,11 +2,12 @@
 #include "hosting.h"
 #include "scarce_heap.h"
 
+#include <unistd.h>
+
 #include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <string>
-#include <unistd.h>
 
 namespace {
 

@@ -6,6 +6,7 @@
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+
 #include <string>
 
 struct hosting : testing::Test {

@@ -1,11 +1,12 @@
 // Image files through the "image" pool: every format, damaged ones, and padding. The files are beside this,
 // all made of one small picture:
 //   images/LOOK/FILE    LOOK says what the file keeps of the picture
+#include "kora/host.h"
 #include "scarce_heap.h"
 
-#include "kora/host.h"
-
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -15,8 +16,6 @@
 #include <functional>
 #include <iterator>
 #include <string>
-#include <sys/mman.h>
-#include <unistd.h>
 #include <vector>
 
 namespace {

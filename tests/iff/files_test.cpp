@@ -3,12 +3,13 @@
 #include "fixture.h"
 #include "scarce_heap.h"
 
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <map>
-#include <sys/resource.h>
 
 using namespace std::string_literals;
 namespace fs = std::filesystem;

@@ -2,9 +2,10 @@
 
 #include "scarce_heap.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <sstream>
 
 std::string big_endian(uint32_t number) {

@@ -4,8 +4,9 @@
 #include "iff/io.h"
 #include "scarce_heap.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
+
+#include <algorithm>
 #include <numeric>
 #include <vector>
 

@@ -3,8 +3,9 @@
 #include "fixture.h"
 #include "qelf/qelf.h"
 
-#include <cstring>
 #include <gtest/gtest.h>
+
+#include <cstring>
 
 using namespace std::string_literals;
 

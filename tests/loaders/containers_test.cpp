@@ -3,6 +3,7 @@
 #include "scarce_heap.h"
 
 #include <gtest/gtest.h>
+
 #include <set>
 #include <string>
 

@@ -5,10 +5,11 @@
 #include "obj_reference.h"
 #include "scene/material.h"
 
+#include <gtest/gtest.h>
+
 #include <clocale>
 #include <cmath>
 #include <cstring>
-#include <gtest/gtest.h>
 #include <limits>
 #include <random>
 

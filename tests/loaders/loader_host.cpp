@@ -2,11 +2,12 @@
 
 #include "scarce_heap.h"
 
+#include <gtest/gtest.h>
+#include <unistd.h>
+
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
-#include <unistd.h>
 
 namespace {
 

@@ -1,15 +1,16 @@
 #include "obj_reference.h"
 
+#include <fcntl.h>
+#include <locale.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
 #include <functional>
 #include <limits>
-#include <locale.h>
 #include <map>
-#include <unistd.h>
 
 namespace {
 

@@ -3,10 +3,11 @@
 #include "loader_host.h"
 #include "scene/material.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <gtest/gtest.h>
 
 namespace {
 

@@ -1,9 +1,10 @@
 // Values that no picture can be made of: whatever was drawn of them, nothing of it stays.
 #include "stage.h"
 
+#include <dlfcn.h>
+
 #include <climits>
 #include <cstring>
-#include <dlfcn.h>
 #include <fstream>
 #include <limits>
 

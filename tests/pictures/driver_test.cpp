@@ -2,7 +2,6 @@
 #include "stage.h"
 
 #include <GLES2/gl2.h>
-
 #include <dlfcn.h>
 
 namespace {

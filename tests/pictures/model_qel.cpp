@@ -1,7 +1,6 @@
 // Models as scene files, written with the library: QELF_write refuses a tree that a set operation left
 // something out of.
 #include "model.h"
-
 #include "qelf/qelf.h"
 
 namespace pictures {

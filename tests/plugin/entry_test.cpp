@@ -1,9 +1,8 @@
 // Entry, descriptor, attribute table and options.
 
-#include "plugin/fixture.h"
-
 #include "model3d/model3d.h"
 #include "model3d/model3d_query.h"
+#include "plugin/fixture.h"
 
 #include <cstdlib>
 #include <sstream>

@@ -10,6 +10,7 @@
 #include "plugin/trace.h"
 
 #include <GLES2/gl2.h>
+
 #include <array>
 #include <map>
 #include <set>

@@ -2,8 +2,9 @@
 
 #include "model3d/model3d.h"
 
-#include <cstdlib>
 #include <dlfcn.h>
+
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 

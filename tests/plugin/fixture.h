@@ -8,6 +8,7 @@
 #include "plugin/fake_kora.h"
 
 #include <gtest/gtest.h>
+
 #include <map>
 #include <memory>
 #include <string>

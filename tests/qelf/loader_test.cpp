@@ -4,11 +4,12 @@
 #include "scene/material.h"
 #include "scene_bytes.h"
 
-#include <cstring>
-#include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+
+#include <cstring>
+#include <filesystem>
 
 namespace {
 

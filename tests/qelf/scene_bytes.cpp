@@ -2,8 +2,9 @@
 
 #include "fixture.h"
 
-#include <bit>
 #include <gtest/gtest.h>
+
+#include <bit>
 #include <numeric>
 
 namespace {

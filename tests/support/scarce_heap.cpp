@@ -1,10 +1,11 @@
 #include "scarce_heap.h"
 
+#include <gtest/gtest.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <gtest/gtest.h>
-#include <unistd.h>
 
 heap_state heap;
 

@@ -1,8 +1,9 @@
 // An extension "model3d" that fails to draw, in the way that the option text names.
 #include "kora/kora.h"
 
-#include <cstring>
 #include <dlfcn.h>
+
+#include <cstring>
 #include <string_view>
 
 namespace {

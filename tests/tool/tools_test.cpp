@@ -3,12 +3,13 @@
 #include "qelf/commands.h"
 #include "scarce_heap.h"
 
+#include <gtest/gtest.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <new>
-#include <unistd.h>
 
 const char* const program_name = "test";
 

@@ -1,10 +1,11 @@
 #include "input_file.h"
 
-#include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 
 open_file open_input(const std::string& file, const char* kind, exit_code code) {
     const auto fail = [&](const std::string& cause) { throw failure(code, file + ": " + cause); };

@@ -2,15 +2,16 @@
 #ifndef TOOLS_COMMON_INPUT_FILE_H
 #define TOOLS_COMMON_INPUT_FILE_H
 
+#include "report.h"
+
+#include <sys/types.h>
+
 #include <cstdio>
 #include <memory>
 #include <set>
 #include <string>
-#include <sys/types.h>
 #include <utility>
 #include <vector>
-
-#include "report.h"
 
 struct close_file {
     void operator()(FILE* file) const { fclose(file); }

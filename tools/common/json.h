@@ -2,9 +2,9 @@
 #ifndef TOOLS_COMMON_JSON_H
 #define TOOLS_COMMON_JSON_H
 
-#include <nlohmann/json.hpp>
-
 #include "report.h"
+
+#include <nlohmann/json.hpp>
 
 using json = nlohmann::ordered_json;
 

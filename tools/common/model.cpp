@@ -1,12 +1,12 @@
 #include "model.h"
 
+#include "input_file.h"
+#include "loaders/load_scene.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
-
-#include "input_file.h"
-#include "loaders/load_scene.h"
 
 namespace {
 

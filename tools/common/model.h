@@ -2,10 +2,6 @@
 #ifndef TOOLS_COMMON_MODEL_H
 #define TOOLS_COMMON_MODEL_H
 
-#include <functional>
-#include <string>
-#include <vector>
-
 #include "loaders/load_scene.h"
 #include "qelf/qelf.h"
 #include "report.h"
@@ -13,6 +9,10 @@
 #include "scene/material.h"
 #include "scene/scene.h"
 #include "scene/trimesh.h"
+
+#include <functional>
+#include <string>
+#include <vector>
 
 struct named_group {
     std::string path; // names from the root, "/" between

@@ -2,11 +2,11 @@
 #ifndef TOOLS_COMMON_OUTPUT_FILE_H
 #define TOOLS_COMMON_OUTPUT_FILE_H
 
+#include "input_file.h"
+
 #include <cstdio>
 #include <functional>
 #include <string>
-
-#include "input_file.h"
 
 // Throws a failure when `file` ("-": standard output) could not be written, or would replace an input.
 void check_output(const std::string& file, const input_files& inputs);

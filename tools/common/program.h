@@ -2,13 +2,14 @@
 #ifndef TOOLS_COMMON_PROGRAM_H
 #define TOOLS_COMMON_PROGRAM_H
 
+#include "report.h"
+
 #include <CLI/CLI.hpp>
+
 #include <csignal>
 #include <cstdio>
 #include <new>
 #include <sstream>
-
-#include "report.h"
 
 // Parses the arguments into a Line, whose `app` takes them, and runs the command it says; `run` returns the
 // exit code. Line::no_answer is the exit code for want of memory.

@@ -1,11 +1,11 @@
 #include "report.h"
 
+#include "input_file.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-
-#include "input_file.h"
 
 std::string printable(std::string_view text) {
     std::string result(text);

@@ -2,13 +2,13 @@
 #ifndef TOOLS_COMMON_REPORT_H
 #define TOOLS_COMMON_REPORT_H
 
+#include "kora/host.h"
+
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "kora/host.h"
 
 enum exit_code : int { exit_done = 0, exit_failed = 1, exit_usage = 2 };
 

@@ -1,11 +1,11 @@
 #include "attributes.h"
 
+#include "common/json.h"
+#include "plugin.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-
-#include "common/json.h"
-#include "plugin.h"
 
 namespace {
 

@@ -2,11 +2,11 @@
 #ifndef TOOLS_MODEL3D_ATTRIBUTES_H
 #define TOOLS_MODEL3D_ATTRIBUTES_H
 
-#include <span>
-#include <string_view>
-
 #include "common/report.h"
 #include "framing.h"
+
+#include <span>
+#include <string_view>
 
 // Of a host that has the plug-in.
 std::span<const kora_attribute> attributes_of(const host_app& host);

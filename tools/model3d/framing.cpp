@@ -1,14 +1,14 @@
 #include "framing.h"
 
+#include "attributes.h"
+#include "common/report.h"
+#include "model3d/math.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
 #include <string_view>
-
-#include "attributes.h"
-#include "common/report.h"
-#include "model3d/math.h"
 
 namespace {
 

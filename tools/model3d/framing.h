@@ -2,11 +2,11 @@
 #ifndef TOOLS_MODEL3D_FRAMING_H
 #define TOOLS_MODEL3D_FRAMING_H
 
+#include "common/report.h"
+
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "common/report.h"
 
 using attribute_values = std::vector<std::pair<std::string, std::string>>;
 

@@ -1,10 +1,11 @@
 #include "gl.h"
 
+#include "common/report.h"
+
 #include <EGL/eglext.h>
-#include <algorithm>
 #include <dlfcn.h>
 
-#include "common/report.h"
+#include <algorithm>
 
 #ifndef EGL_PLATFORM_SURFACELESS_MESA
 #define EGL_PLATFORM_SURFACELESS_MESA 0x31DD

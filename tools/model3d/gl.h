@@ -5,6 +5,7 @@
 
 #include <EGL/egl.h>
 #include <GLES3/gl3.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>

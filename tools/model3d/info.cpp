@@ -1,13 +1,14 @@
 #include "info.h"
 
-#include <bit>
-#include <cstdio>
-#include <zlib.h>
-
 #include "base/heap.h"
 #include "common/json.h"
 #include "common/model.h"
 #include "rext/data_keys.h"
+
+#include <zlib.h>
+
+#include <bit>
+#include <cstdio>
 
 // Checksums are over the bytes of the arrays as they lie in memory.
 static_assert(std::endian::native == std::endian::little);

@@ -1,11 +1,11 @@
 // The commands of model3d and their arguments.
 
-#include <charconv>
-
 #include "attributes.h"
 #include "common/program.h"
 #include "info.h"
 #include "render.h"
+
+#include <charconv>
 
 const char* const program_name = "model3d";
 

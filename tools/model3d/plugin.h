@@ -2,9 +2,9 @@
 #ifndef TOOLS_MODEL3D_PLUGIN_H
 #define TOOLS_MODEL3D_PLUGIN_H
 
-#include <string>
-
 #include "common/report.h"
+
+#include <string>
 
 // Where it is: beside the program, or where MODEL3D_PLUGIN says.
 std::string plugin_path();

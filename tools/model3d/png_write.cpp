@@ -1,9 +1,9 @@
 #include "png_write.h"
 
-#include <png.h>
-
 #include "common/output_file.h"
 #include "common/report.h"
+
+#include <png.h>
 
 void write_png(const picture& image, const std::string& file, const input_files& inputs) {
     write_file(file, inputs, [&](FILE* out) {

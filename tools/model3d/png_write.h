@@ -2,11 +2,11 @@
 #ifndef TOOLS_MODEL3D_PNG_WRITE_H
 #define TOOLS_MODEL3D_PNG_WRITE_H
 
+#include "common/input_file.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
-
-#include "common/input_file.h"
 
 struct picture {
     int width = 0, height = 0;

@@ -1,8 +1,5 @@
 #include "render.h"
 
-#include <algorithm>
-#include <memory>
-
 #include "attributes.h"
 #include "common/json.h"
 #include "common/model.h"
@@ -11,6 +8,9 @@
 #include "gl.h"
 #include "plugin.h"
 #include "png_write.h"
+
+#include <algorithm>
+#include <memory>
 
 namespace {
 

@@ -2,15 +2,14 @@
 #ifndef TOOLS_MODEL3D_RENDER_H
 #define TOOLS_MODEL3D_RENDER_H
 
+#include "framing.h"
+#include "kora/host.h"
+
 #include <array>
 #include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "framing.h"
-
-#include "kora/host.h"
 
 // Opaque, and dark enough for light models, light enough for dark ones.
 constexpr std::array<uint8_t, 4> default_background{0x2b, 0x33, 0x3d, 0xff};

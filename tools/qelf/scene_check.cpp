@@ -1,15 +1,16 @@
 // qelf check: the container's rules, then those of scenes.
 
-#include <cerrno>
-#include <cmath>
-#include <cstring>
-#include <filesystem>
-#include <unistd.h>
-
 #include "commands.h"
 #include "common/json.h"
 #include "scene_file.h"
 #include "scene_walk.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
 
 namespace {
 

@@ -1,12 +1,12 @@
 // qelf compare: both files as lists of named values; the first that differs is named.
 
-#include <cstring>
-#include <vector>
-
 #include "commands.h"
 #include "common/report.h"
 #include "scene_file.h"
 #include "scene_walk.h"
+
+#include <cstring>
+#include <vector>
 
 namespace {
 

@@ -1,12 +1,5 @@
 // qelf convert: OBJ models into scene files, and scene files written anew.
 
-#include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <filesystem>
-#include <map>
-#include <meshoptimizer.h>
-
 #include "commands.h"
 #include "common/model.h"
 #include "common/output_file.h"
@@ -14,6 +7,14 @@
 #include "scene/save.h"
 #include "scene_file.h"
 #include "scene_walk.h"
+
+#include <meshoptimizer.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <map>
 
 namespace {
 

@@ -1,15 +1,15 @@
 #include "scene_file.h"
 
+#include "base/heap.h"
+#include "common/input_file.h"
+#include "loaders/path.h"
+#include "scene_walk.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <new>
 #include <string_view>
-
-#include "base/heap.h"
-#include "common/input_file.h"
-#include "loaders/path.h"
-#include "scene_walk.h"
 
 namespace {
 

@@ -2,11 +2,11 @@
 #ifndef TOOLS_QELF_SCENE_FILE_H
 #define TOOLS_QELF_SCENE_FILE_H
 
-#include <string>
-#include <vector>
-
 #include "common/report.h"
 #include "qelf/qelf.h"
+
+#include <string>
+#include <vector>
 
 // Collects the library's reports as lines, while it lives.
 class report_lines {

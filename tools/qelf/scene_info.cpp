@@ -1,15 +1,15 @@
 // qelf info: groups with their data keys, meshes, textures, lights, animations, sizes.
 
-#include <array>
-#include <cstdio>
-#include <filesystem>
-#include <map>
-
 #include "commands.h"
 #include "common/json.h"
 #include "rext/data_keys.h"
 #include "scene_file.h"
 #include "scene_walk.h"
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <map>
 
 namespace {
 

@@ -2,10 +2,10 @@
 #ifndef TOOLS_QELF_SCENE_WALK_H
 #define TOOLS_QELF_SCENE_WALK_H
 
+#include "qelf/qelf.h"
+
 #include <cstdint>
 #include <string>
-
-#include "qelf/qelf.h"
 
 // The path names chunks and nodes from the outermost form on. The offset is that of the record's first
 // byte, behind a chunk's header; -1 where it is not known.

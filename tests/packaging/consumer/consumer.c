@@ -1,10 +1,10 @@
 /* A stranger's program: links the host library, loads the plug-in whose path it is given. */
-#include <stdio.h>
-
 #include "kora/host.h"
 #include "model3d/math.h"
 #include "model3d/model3d.h"
 #include "model3d/shader.h"
+
+#include <stdio.h>
 
 int main(int argc, char** argv) {
     kora_app* app = kora_app_create();
